@@ -1,0 +1,216 @@
+/* The check for repeated names before they are stored. */
+#include <ctype.h>
+#include <string.h>
+
+#include <algorithm>
+
+#include "host/host_memory.h"
+#include "host/host_pool.h"
+#include "names/names_internal.hpp"
+
+namespace names {
+
+namespace {
+
+/* The names as they are compared, one pointer per index of the range, and the text of those that had to be rewritten. */
+struct PreparedNames {
+    const char **ppNames;
+    char *pTexts;
+};
+
+struct GivenNames {
+    const char *const *ppNames;
+    const int32_t *pLengths;
+    int32_t nNames;
+};
+
+struct Clash {
+    int32_t iHeld;  /* 0-based index of the name that was there first; -1: no clash */
+    int32_t iGiven; /* 0-based index of the given name that repeats it */
+    const char *szName;
+};
+
+bool isWhiteSpace(char c) {
+    return isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+bool isUsableInPlace(const char *pName, int32_t nLength) {
+    return (nLength == 0 || !isWhiteSpace(pName[nLength - 1])) && pName[nLength] == 0;
+}
+
+bool allUsableInPlace(const GivenNames &given) {
+    for (int32_t k = 0; k < given.nNames; ++k) {
+        if (given.ppNames[k] != nullptr && !isUsableInPlace(given.ppNames[k], given.pLengths[k])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void *poolAlloc(uint64_t nBytes) {
+    return HostPool_Alloc(HostPool_Get(), nBytes, 0, 0);
+}
+
+void poolFree(void *pMemory) {
+    HostPool_Free(HostPool_Get(), pMemory, 0, 0);
+}
+
+/* Room for every given name with a NUL. */
+char *allocTexts(const GivenNames &given) {
+    uint64_t nBytes = 0;
+    for (int32_t k = 0; k < given.nNames; ++k) {
+        nBytes += given.ppNames[k] != nullptr ? static_cast<uint64_t>(given.pLengths[k]) + 1 : 0;
+    }
+    return static_cast<char *>(poolAlloc(nBytes));
+}
+
+/* Copies a name's text without trailing white space to *ppTexts and steps over it. */
+const char *copyPrepared(const char *pName, int32_t nLength, char **ppTexts) {
+    char *pText = *ppTexts;
+    while (nLength > 0 && isWhiteSpace(pName[nLength - 1])) {
+        --nLength;
+    }
+    memcpy(pText, pName, static_cast<size_t>(nLength));
+    pText[nLength] = 0;
+    *ppTexts = pText + nLength + 1;
+    return pText;
+}
+
+/* A text area is made only when a name has to be rewritten. False without memory. */
+bool prepareNames(const GivenNames &given, PreparedNames *pPrepared) {
+    pPrepared->pTexts = nullptr;
+    pPrepared->ppNames = static_cast<const char **>(poolAlloc(static_cast<uint64_t>(given.nNames) * sizeof(char *)));
+    if (pPrepared->ppNames == nullptr) {
+        return false;
+    }
+    if (allUsableInPlace(given)) {
+        std::copy_n(given.ppNames, given.nNames, pPrepared->ppNames);
+        return true;
+    }
+    pPrepared->pTexts = allocTexts(given);
+    if (pPrepared->pTexts == nullptr) {
+        return false;
+    }
+    char *pTexts = pPrepared->pTexts;
+    for (int32_t k = 0; k < given.nNames; ++k) {
+        const char *pName = given.ppNames[k];
+        const bool bCopy = pName != nullptr && !isUsableInPlace(pName, given.pLengths[k]);
+        pPrepared->ppNames[k] = bCopy ? copyPrepared(pName, given.pLengths[k], &pTexts) : pName;
+    }
+    return true;
+}
+
+/* Looks for two equal names among the given ones, the first of which is meant for index iFirst. 1 without memory. */
+int32_t clashAmongGiven(const char *const *ppNames, int32_t nNames, int32_t iFirst, Clash *pClash) {
+    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, nNames);
+    int32_t nStatus = pMap == nullptr ? 1 : 0;
+    for (int32_t k = 0; nStatus == 0 && pClash->iHeld < 0 && k < nNames; ++k) {
+        int32_t iEarlier = -1;
+        if (ppNames[k] != nullptr && HostHashMap_Insert(pMap, ppNames[k], iFirst + k, &iEarlier) != 0) {
+            nStatus = 1;
+        } else if (iEarlier >= 0) {
+            *pClash = {iEarlier, iFirst + k, ppNames[k]};
+        }
+    }
+    if (pMap != nullptr) {
+        HostHashMap_Release(pMap);
+    }
+    return nStatus;
+}
+
+/* Looks for a given name among those that the manager holds outside the range. */
+void clashWithHeld(NamesManager *mgr, const char *const *ppNames, IndexRange range, Clash *pClash) {
+    if (range.first == 0 && range.last >= mgr->nNames - 1) {
+        return;
+    }
+    for (int32_t k = 0; k < countOf(range); ++k) {
+        const int32_t iFound = ppNames[k] != nullptr ? findText(mgr, ppNames[k]) : -1;
+        if (iFound >= 0 && (iFound < range.first || iFound > range.last)) {
+            *pClash = {iFound, range.first + k, ppNames[k]};
+            return;
+        }
+    }
+}
+
+int32_t findClash(NamesManager *mgr, IndexRange range, const char *const *ppNames, const int32_t *pLengths, PreparedNames *pPrepared,
+                  Clash *pClash) {
+    if (NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0) {
+        return 1;
+    }
+    const int32_t nNames = countOf(range);
+    if (nNames == 0) {
+        return 0;
+    }
+    if (!prepareNames({ppNames, pLengths, nNames}, pPrepared) || clashAmongGiven(pPrepared->ppNames, nNames, range.first, pClash) != 0) {
+        return 1;
+    }
+    if (pClash->iHeld < 0) {
+        clashWithHeld(mgr, pPrepared->ppNames, range, pClash);
+    }
+    return 0;
+}
+
+void copyCut(char *pBuffer, int32_t nBufferSize, const char *szText) {
+    if (nBufferSize >= 1) {
+        const size_t nBytes = strnlen(szText, static_cast<size_t>(nBufferSize) - 1);
+        memcpy(pBuffer, szText, nBytes);
+        pBuffer[nBytes] = 0;
+    }
+}
+
+}  // namespace
+
+}  // namespace names
+
+using namespace names;
+
+int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *ppNames,
+                                         const int32_t *pnLengths, int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex,
+                                         char *szDuplicateName, int32_t nDuplicateNameSize) {
+    ScopedLock lock(mgr);
+    *pbDuplicate = 0;
+    IndexRange range;
+    if (!toIndexRange(first, last, bOneBased, &range)) {
+        return 1;
+    }
+    PreparedNames prepared = {nullptr, nullptr};
+    Clash clash = {-1, -1, nullptr};
+    const int32_t nStatus = findClash(mgr, range, ppNames, pnLengths, &prepared, &clash);
+    if (nStatus == 0 && clash.iHeld >= 0) {
+        const int32_t nBase = bOneBased != 0 ? 1 : 0;
+        *pbDuplicate = 1;
+        *piFirstIndex = clash.iHeld + nBase;
+        *piSecondIndex = clash.iGiven + nBase;
+        copyCut(szDuplicateName, nDuplicateNameSize, clash.szName);
+    }
+    poolFree(prepared.pTexts);
+    poolFree(prepared.ppNames);
+    return nStatus;
+}
+
+int32_t NamesManager_CheckDuplicateNamesInBuffer(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *buffer,
+                                                 int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex, char *szDuplicateName,
+                                                 int32_t nDuplicateNameSize) {
+    IndexRange range;
+    if (!toIndexRange(first, last, bOneBased, &range)) {
+        return 1;
+    }
+    const uint64_t nNames = static_cast<uint64_t>(countOf(range));
+    int32_t *pLengths = static_cast<int32_t *>(HostMem_Alloc(nNames * sizeof(int32_t), kSourceTag, __LINE__));
+    const char **ppNames = static_cast<const char **>(HostMem_Alloc(nNames * sizeof(char *), kSourceTag, __LINE__));
+    int32_t nStatus = 1;
+    if (pLengths != nullptr && ppNames != nullptr) {
+        for (int32_t k = 0; k < countOf(range); ++k) {
+            const size_t nLength = strlen(buffer);
+            const bool bTakesPart = nLength <= kMaxNameBytes;
+            ppNames[k] = bTakesPart ? buffer : nullptr;
+            pLengths[k] = bTakesPart ? static_cast<int32_t>(nLength) : 0;
+            buffer += nLength + 1;
+        }
+        nStatus = NamesManager_CheckDuplicateNames(mgr, first, last, bOneBased, ppNames, pLengths, pbDuplicate, piFirstIndex, piSecondIndex,
+                                                   szDuplicateName, nDuplicateNameSize);
+    }
+    HostMem_Free(ppNames, kSourceTag, __LINE__);
+    HostMem_Free(pLengths, kSourceTag, __LINE__);
+    return nStatus;
+}

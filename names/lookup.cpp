@@ -1,0 +1,129 @@
+/* Finding indices by name: the hash index over the stored texts, and the scan that stands in for it when it cannot be built. */
+#include <string.h>
+
+#include <algorithm>
+
+#include "names/names_internal.hpp"
+
+namespace names {
+
+void dropIndex(NamesManager *mgr) {
+    if (mgr->pLookupIndex != nullptr) {
+        HostHashMap_Release(mgr->pLookupIndex);
+        mgr->pLookupIndex = nullptr;
+    }
+}
+
+void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames, int32_t iFirst) {
+    for (int32_t k = 0; k < nNames && mgr->pLookupIndex != nullptr; ++k) {
+        if (HostHashMap_Insert(mgr->pLookupIndex, pText, iFirst + k, nullptr) != 0) {
+            dropIndex(mgr);
+        }
+        pText += lengths[k] + 1;
+    }
+}
+
+namespace {
+
+void buildIndex(NamesManager *mgr) {
+    mgr->pLookupIndex = HostHashMap_Create(&HostHashMap_StringKeys, mgr->nNames);
+    const char *apNames[kMaxSegmentNames];
+    NameReader reader = startReading(mgr, {0, mgr->nNames - 1});
+    for (int32_t i = 0; mgr->pLookupIndex != nullptr && i < mgr->nNames;) {
+        const int32_t iEnd = i + readNames(&reader, apNames, nullptr);
+        for (int32_t k = 0; i < iEnd; ++k, ++i) {
+            if (HostHashMap_Insert(mgr->pLookupIndex, apNames[k], i, nullptr) != 0) {
+                dropIndex(mgr);
+                return;
+            }
+        }
+    }
+}
+
+/* Reads on from the cursor as any sequential reader does, and so moves it. */
+int32_t scanForText(NamesManager *mgr, const char *szText) {
+    for (int32_t i = 0; i < mgr->nNames; ++i) {
+        const char *pName = nullptr;
+        if (getPointers(mgr, {i, i}, &pName) == 0 && strcmp(pName, szText) == 0) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+/* The NUL-terminated text that a name given with nWidth is looked up by: the name itself where it needs no trimming, else a copy in the
+ * buffer; NULL without memory for that. */
+const char *lookupText(const char *pName, int32_t nWidth, TextBuffer *pBuffer) {
+    if (nWidth < -1) {
+        return pName;
+    }
+    const size_t nGiven = nWidth < 0 ? strlen(pName) : strnlen(pName, static_cast<size_t>(nWidth));
+    const bool bTerminated = nWidth < 0 || nGiven < static_cast<size_t>(nWidth);
+    if (bTerminated && (nGiven == 0 || pName[nGiven - 1] != ' ')) {
+        return pName;
+    }
+    const size_t nLength = trimmedLength(pName, nGiven);
+    char *pText = roomFor(pBuffer, nLength + 1);
+    if (pText != nullptr) {
+        memcpy(pText, pName, nLength);
+        pText[nLength] = 0;
+    }
+    return pText;
+}
+
+}  // namespace
+
+NameLookupIndex *currentIndex(NamesManager *mgr) {
+    if (mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames) {
+        return mgr->pLookupIndex;
+    }
+    dropIndex(mgr);
+    if (mgr->nNames > 0) {
+        buildIndex(mgr);
+    }
+    return mgr->pLookupIndex;
+}
+
+int32_t findText(NamesManager *mgr, const char *szText) {
+    NameLookupIndex *pIndex = currentIndex(mgr);
+    return pIndex != nullptr ? HostHashMap_Find(pIndex, szText) : scanForText(mgr, szText);
+}
+
+}  // namespace names
+
+using namespace names;
+
+int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased,
+                               int32_t *pIndices) {
+    ScopedLock lock(mgr);
+    TextBuffer buffer;
+    NameLookupIndex *pIndex = currentIndex(mgr);
+    for (int32_t k = 0; k < nCount; ++k) {
+        const char *szText = lookupText(ppNames[k], nWidth, &buffer);
+        if (szText == nullptr) {
+            if (pIndices != nullptr) {
+                std::fill_n(pIndices, nCount, -1);
+            }
+            return 1;
+        }
+        const int32_t iFound = pIndex != nullptr ? HostHashMap_Find(pIndex, szText) : scanForText(mgr, szText);
+        if (pIndices != nullptr) {
+            pIndices[k] = iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
+        }
+    }
+    return 0;
+}
+
+int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneBased) {
+    return NamesManager_FindNameInField(mgr, name, -1, bOneBased);
+}
+
+int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_t nWidth, int32_t bOneBased) {
+    int32_t iFound = -1;
+    static_cast<void>(NamesManager_FindNames(mgr, &name, 1, nWidth, bOneBased, &iFound));
+    return iFound;
+}
+
+int32_t NamesManager_FindNameList(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t bOneBased, int32_t *pIndices) {
+    return NamesManager_FindNames(mgr, ppNames, nCount, -1, bOneBased, pIndices);
+}

@@ -1,0 +1,180 @@
+/* What the module's sources share. Everything here expects the manager's lock to be held by the caller; public operations take it once and
+ * call these. The invariants that all of it keeps are drawn in docs/design.md and checked in audit.cpp. */
+#ifndef NAMES_NAMES_INTERNAL_HPP
+#define NAMES_NAMES_INTERNAL_HPP
+
+#include <stdint.h>
+
+#include "names/names_manager.h"
+
+/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Fills a gap before the range with default names,
+ * replaces what exists, appends the rest. 0, or 1: what was stored before the failure stays. One name may lie in mgr itself, several may
+ * not. */
+int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
+                                const int32_t *lengths);
+
+/* Generates the default names nNames to iLastIndex, none if that is below nNames. 0, or 1 after a report: one could not be stored. */
+int32_t NamesManager_GenerateNamesUpTo(NamesManager *mgr, int32_t iLastIndex);
+
+namespace names {
+
+constexpr uint64_t kSourceTag = 0x6e616d65735f6d67; /* identifies the module in allocations and reports: "names_mg" */
+
+constexpr int32_t kFirstBlockBytes = 4096;
+constexpr int32_t kNewBlockBytes = 131072; /* blocks made for new text have at least this many, while memory allows */
+constexpr int32_t kLeastBlockBytes = 1023; /* a block made while memory is short is larger than this */
+constexpr int32_t kTableStep = 16;         /* records by which the block and segment tables grow */
+constexpr int32_t kPositionsStep = 32;     /* the position table grows by multiples of this */
+constexpr int32_t kMaxSegmentNames = 128;  /* names in a segment */
+constexpr int32_t kMaxMergedNames = 127;   /* names in a segment made by merging two */
+constexpr int32_t kMaxNameBytes = 1048575; /* longest name that AddNames and AddNamesFromBuffer take, without its NUL */
+constexpr int32_t kMaxFreeMisses = 4;      /* retrievals in a row that may search before the manager switches to positions */
+constexpr int32_t kLocalTextBytes = 256;   /* texts up to this size, NUL included, are put together without an allocation */
+
+/* Holds a manager's lock for a scope. */
+struct ScopedLock {
+    explicit ScopedLock(NamesManager *mgr) : pLock(&mgr->lock) { HostLock_Acquire(pLock); }
+    ~ScopedLock() { HostLock_Release(pLock); }
+    ScopedLock(const ScopedLock &) = delete;
+    ScopedLock &operator=(const ScopedLock &) = delete;
+    HostLock *pLock;
+};
+
+/* Room for one text after another, allocated only for long ones. */
+struct TextBuffer {
+    TextBuffer() : pHeap(nullptr), nHeap(0) {}
+    ~TextBuffer();
+    TextBuffer(const TextBuffer &) = delete;
+    TextBuffer &operator=(const TextBuffer &) = delete;
+    char aLocal[kLocalTextBytes];
+    char *pHeap;
+    uint64_t nHeap;
+};
+
+/* Room for nBytes, which may lie where the last text lay; NULL without memory. */
+char *roomFor(TextBuffer *pBuffer, uint64_t nBytes);
+
+/* ---- Index ranges ---- */
+
+/* 0-based and inclusive; last == first - 1 is empty. */
+struct IndexRange {
+    int32_t first;
+    int32_t last;
+};
+
+/* Converts a caller's range. False if it lies outside every operation's contract: a first below 0 or more than one past the last, or a last
+ * that would make nNames leave the 32-bit range. */
+bool toIndexRange(int32_t first, int32_t last, int32_t bOneBased, IndexRange *pRange);
+
+inline int32_t countOf(IndexRange range) {
+    return range.last - range.first + 1;
+}
+
+/* ---- Storage: names_manager.cpp ---- */
+
+/* Only after a clear that ran out of memory. */
+inline bool hasNoTables(const NamesManager *mgr) {
+    return mgr->pSegments == nullptr && mgr->pPositions == nullptr;
+}
+
+inline const char *textAt(const NamesManager *mgr, int32_t iBlock, int32_t nOffset) {
+    return mgr->pBlocks[iBlock].pData + nOffset;
+}
+
+inline const char *textLimit(const NamesManager *mgr, int32_t iBlock) {
+    return textAt(mgr, iBlock, mgr->pBlocks[iBlock].nSize);
+}
+
+inline int32_t namesIn(const NameSegment &segment) {
+    return segment.iLast - segment.iFirst + 1;
+}
+
+inline void dropCursor(NamesManager *mgr) {
+    mgr->iCursorName = -1;
+    mgr->nCursorMisses = 0;
+}
+
+/* The block that new text of nNeed bytes, NULs included, goes to: the last one with room, else a new one; -1 if that could not be made. May
+ * move the block table. */
+int32_t chooseBlock(NamesManager *mgr, int64_t nNeed);
+
+/* Takes nNames names off a block, whose text lay at nOffset and took nBytes. Text at the end of the used bytes is given back, other text
+ * goes dead; a block without names is wholly free again. */
+void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nBytes, int32_t nNames);
+
+/* Table growth. False without memory: nothing has changed. New records are zeroed. */
+bool growSegmentTable(NamesManager *mgr);
+bool growPositionTable(NamesManager *mgr, int32_t nPositions);
+
+/* Replaces the segment records iBegin to iEnd-1 by the nRecords given, with one move of those behind. The table must have the room. */
+void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords, int32_t nRecords);
+
+/* Copies names back to back to pText, each followed by a NUL. */
+void copyTexts(char *pText, const char *const *names, const int32_t *lengths, int32_t nNames);
+
+int32_t clearNames(NamesManager *mgr);
+int32_t storeIndividualPositions(NamesManager *mgr);
+void switchIfFragmented(NamesManager *mgr); /* once segments outnumber half the names; a failed switch changes nothing */
+void releaseEmptyBlocks(NamesManager *mgr);
+
+/* ---- Locating and reading: retrieval.cpp ---- */
+
+/* Where a name's text begins, in segment mode. */
+struct Place {
+    int32_t iSegment;
+    int32_t nOffset;
+    bool bSearched; /* it was neither name 0 nor the cursor's */
+};
+
+Place locateName(const NamesManager *mgr, int32_t index);
+int32_t findSegment(const NamesManager *mgr, int32_t index);
+
+/* Reads the names of a range in ascending order, in either storage mode. In segment mode, place always is where the next name begins or,
+ * behind the last name of a segment, where that segment's text ends. */
+struct NameReader {
+    const NamesManager *mgr;
+    int32_t iNext;
+    int32_t iLast;
+    Place place;
+};
+
+NameReader startReading(const NamesManager *mgr, IndexRange range); /* the range lies below nNames and may be empty */
+
+/* Reads on: pointers, lengths or both (NULL for one not wanted) of as many names as can be had at once, at most kMaxSegmentNames; the
+ * number read, 0 at the end of the range. */
+int32_t readNames(NameReader *pReader, const char **ppNames, int32_t *pLengths);
+
+void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths);
+int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames); /* as NamesManager_GetNamePointers */
+
+/* ---- Storing: storing.cpp, replacing.cpp, generating.cpp ---- */
+
+uint64_t trimmedLength(const char *pText, uint64_t nLength); /* without trailing blanks */
+
+int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names); /* NamesManager_AddNames */
+
+/* Stores one name at a 0-based index as NamesManager_AddNames does; it needs no trimming and is not too long. 0 or 1. */
+int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength);
+
+/* Replaces the names of a range that exists. 0 or 1. */
+int32_t replaceNames(NamesManager *mgr, IndexRange range, const char *const *names, const int32_t *lengths);
+
+/* Tells whether szFormat is an acceptable format of default names. Looks no further than the record's field is wide. */
+bool isNameFormat(const char *szFormat);
+
+/* ---- Lookup: lookup.cpp ---- */
+
+/* The index, built if need be; NULL when there are no names or it could not be built. */
+NameLookupIndex *currentIndex(NamesManager *mgr);
+
+/* The 0-based index of a name without trailing blanks, or -1. */
+int32_t findText(NamesManager *mgr, const char *szText);
+
+void dropIndex(NamesManager *mgr);
+
+/* Enters nNames names that lie back to back at pText, the first one at index iFirst. Does nothing without an index, drops it on failure. */
+void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames, int32_t iFirst);
+
+}  // namespace names
+
+#endif

@@ -1,0 +1,409 @@
+/* Removing names: a range, and the names at a list of indices.
+ *
+ * A list is removed as its runs of consecutive indices would be one by one, from the highest down, but in one sweep: done literally each
+ * run would shift the rest of the table. The sweep first goes through the runs on counts alone, to learn how large the table grows and
+ * whether and where the switch to positions falls, then writes the final records straight away. Two runs leave at least one name between
+ * them, so no block that the single removals would keep is released at the end. */
+#include <string.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "host/host_memory.h"
+#include "names/names_internal.hpp"
+#include "names/text_walk.hpp"
+
+namespace names {
+
+namespace {
+
+/* One name less of the length given. */
+void noteRemovedLength(NamesManager *mgr, int32_t nLength) {
+    if (nLength == mgr->nMaxNameLength && --mgr->nMaxNameLengthCount == 0) {
+        mgr->nMaxNameLength = -1;
+    }
+}
+
+/* Takes a range off a known maximum. Without memory for its lengths the maximum becomes unknown. */
+void takeOffMaxLength(NamesManager *mgr, IndexRange range) {
+    if (mgr->nMaxNameLength < 0) {
+        return;
+    }
+    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
+    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (lengths == nullptr) {
+        mgr->nMaxNameLength = -1;
+        return;
+    }
+    readLengths(mgr, range, lengths);
+    for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
+        noteRemovedLength(mgr, lengths[k]);
+    }
+    HostMem_Free(lengths, kSourceTag, __LINE__);
+}
+
+/* Text of names that have positions stays where it is until its block is empty. */
+void takeOffBlock(NamesManager *mgr, int32_t iBlock) {
+    NameStorageBlock *pBlock = &mgr->pBlocks[iBlock];
+    if (--pBlock->nNamesInBlock == 0) {
+        pBlock->nUsed = 0;
+    }
+}
+
+void removePositions(NamesManager *mgr, IndexRange range) {
+    for (int32_t i = range.first; i <= range.last; ++i) {
+        takeOffBlock(mgr, mgr->pPositions[i].iBlock);
+    }
+    std::copy(mgr->pPositions + range.last + 1, mgr->pPositions + mgr->nNames, mgr->pPositions + range.first);
+}
+
+/* Takes the segments of a range out, leaving what its first and last segment hold of other names. The table has room for two more. */
+void removeSegments(NamesManager *mgr, IndexRange range) {
+    const Place place = locateName(mgr, range.first);
+    NameSegment aRest[2];
+    int32_t nRest = 0;
+    int32_t nOffset = place.nOffset;
+    int32_t iSegment = place.iSegment;
+    if (mgr->pSegments[iSegment].iFirst < range.first) {
+        aRest[nRest] = mgr->pSegments[iSegment];
+        aRest[nRest].iLast = range.first - 1;
+        aRest[nRest].nBytes = nOffset - aRest[nRest].nOffset;
+        ++nRest;
+    }
+    for (int32_t iNext = range.first; iNext <= range.last; ++iSegment) {
+        const NameSegment segment = mgr->pSegments[iSegment];
+        const int32_t iLast = std::min(segment.iLast, range.last);
+        int32_t nBytes = segment.nOffset + segment.nBytes - nOffset;
+        if (iLast < segment.iLast) {
+            const char *pText = textAt(mgr, segment.iBlock, nOffset);
+            nBytes = bytesOfNames(pText, textLimit(mgr, segment.iBlock), iLast - iNext + 1);
+            const int32_t nEnd = nOffset + nBytes;
+            aRest[nRest++] = {iLast + 1, segment.iLast, segment.iBlock, nEnd, segment.nOffset + segment.nBytes - nEnd};
+        }
+        giveBackText(&mgr->pBlocks[segment.iBlock], nOffset, nBytes, iLast - iNext + 1);
+        iNext = iLast + 1;
+        nOffset = iSegment + 1 < mgr->nSegments ? mgr->pSegments[iSegment + 1].nOffset : 0;
+    }
+    spliceSegments(mgr, place.iSegment, iSegment, aRest, nRest);
+    for (int32_t s = place.iSegment; s < mgr->nSegments; ++s) {
+        if (mgr->pSegments[s].iFirst > range.first) {
+            mgr->pSegments[s].iFirst -= countOf(range);
+            mgr->pSegments[s].iLast -= countOf(range);
+        }
+    }
+}
+
+/* Removes a range that is not empty and lies below nNames. 0, or 1 without memory for the segments that it cuts. */
+int32_t removeRange(NamesManager *mgr, IndexRange range) {
+    dropIndex(mgr);
+    takeOffMaxLength(mgr, range);
+    if (mgr->pSegments == nullptr) {
+        removePositions(mgr, range);
+    } else if (mgr->nSegmentsAlloc - mgr->nSegments >= 2 || growSegmentTable(mgr)) {
+        removeSegments(mgr, range);
+    } else {
+        return 1;
+    }
+    mgr->nNames -= countOf(range);
+    dropCursor(mgr);
+    if (mgr->pSegments != nullptr) {
+        switchIfFragmented(mgr);
+    }
+    releaseEmptyBlocks(mgr);
+    return 0;
+}
+
+/* ---- Lists of indices ---- */
+
+/* Indices of existing names in ascending order, some perhaps more than once. */
+struct IndexList {
+    const int32_t *pIndices;
+    int32_t nIndices;
+};
+
+/* Takes the highest run of consecutive indices off the list; false when none is left. */
+bool takeRun(IndexList *pList, IndexRange *pRun) {
+    if (pList->nIndices == 0) {
+        return false;
+    }
+    int32_t n = pList->nIndices - 1;
+    *pRun = {pList->pIndices[n], pList->pIndices[n]};
+    for (; n > 0 && pList->pIndices[n - 1] >= pRun->first - 1; --n) {
+        pRun->first = pList->pIndices[n - 1];
+    }
+    pList->nIndices = n;
+    return true;
+}
+
+/* What removing the runs one by one would come to. */
+struct RemovalPlan {
+    int32_t nRemoved;
+    int32_t nSegments;
+    int64_t nSegmentsAlloc;
+    int32_t nRunsInSegments; /* runs removed before the switch to positions */
+    int32_t nPositionsAlloc; /* names at the switch, -1: there is none */
+};
+
+RemovalPlan planRemoval(const NamesManager *mgr, IndexList list) {
+    RemovalPlan plan = {0, mgr->nSegments, mgr->nSegmentsAlloc, 0, -1};
+    const NameSegment *pSegment = mgr->pSegments + mgr->nSegments - 1;
+    IndexRange run;
+    while (takeRun(&list, &run)) {
+        plan.nRemoved += countOf(run);
+        if (plan.nPositionsAlloc >= 0) {
+            continue;
+        }
+        while (pSegment->iFirst > run.last) {
+            --pSegment;
+        }
+        plan.nSegmentsAlloc += plan.nSegments + 2 > plan.nSegmentsAlloc ? kTableStep : 0;
+        plan.nSegments += pSegment->iLast > run.last ? 1 : 0;
+        for (; pSegment->iFirst > run.first; --pSegment) {
+            --plan.nSegments;
+        }
+        plan.nSegments -= pSegment->iFirst < run.first ? 0 : 1;
+        ++plan.nRunsInSegments;
+        if (plan.nSegments > (mgr->nNames - plan.nRemoved) / 2) {
+            plan.nPositionsAlloc = mgr->nNames - plan.nRemoved;
+        }
+    }
+    return plan;
+}
+
+/* A sweep over the segments from the last name down. */
+struct Sweep {
+    NamesManager *mgr;
+    NameSegment *pNewSegments; /* where the table will be, one of these two */
+    NamePosition *pNewPositions;
+    int32_t iNewSegment; /* the record written last */
+    int32_t iSegment;    /* the segment that iTop lies in or below */
+    int32_t iTop;        /* the highest name not swept yet */
+    int32_t nBelow;      /* names to be removed below iTop */
+    int32_t iWalked;     /* the segment that aEnds describes */
+    uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
+};
+
+/* Byte offset in its block of a name of segment s, or, for s's last index plus 1, of the end of s. */
+int32_t offsetIn(Sweep *pSweep, int32_t s, int32_t index) {
+    const NameSegment &segment = pSweep->mgr->pSegments[s];
+    if (index == segment.iFirst) {
+        return segment.nOffset;
+    }
+    if (index > segment.iLast) {
+        return segment.nOffset + segment.nBytes;
+    }
+    if (pSweep->iWalked != s) {
+        const char *pText = textAt(pSweep->mgr, segment.iBlock, segment.nOffset);
+        findNameEnds(pText, textLimit(pSweep->mgr, segment.iBlock), namesIn(segment), pSweep->aEnds);
+        pSweep->iWalked = s;
+    }
+    return segment.nOffset + static_cast<int32_t>(pSweep->aEnds[index - segment.iFirst - 1]) + 1;
+}
+
+/* Writes what is kept of segment s. */
+void keepPiece(Sweep *pSweep, int32_t s, IndexRange piece) {
+    const int32_t iBlock = pSweep->mgr->pSegments[s].iBlock;
+    if (pSweep->pNewSegments != nullptr) {
+        const int32_t nOffset = offsetIn(pSweep, s, piece.first);
+        const int32_t nBytes = offsetIn(pSweep, s, piece.last + 1) - nOffset;
+        pSweep->pNewSegments[--pSweep->iNewSegment] = {piece.first - pSweep->nBelow, piece.last - pSweep->nBelow, iBlock, nOffset, nBytes};
+        return;
+    }
+    for (int32_t i = piece.first; i <= piece.last; ++i) {
+        pSweep->pNewPositions[i - pSweep->nBelow] = {iBlock, offsetIn(pSweep, s, i)};
+    }
+}
+
+void keepDownTo(Sweep *pSweep, int32_t first) {
+    while (pSweep->iTop >= first) {
+        while (pSweep->mgr->pSegments[pSweep->iSegment].iFirst > pSweep->iTop) {
+            --pSweep->iSegment;
+        }
+        const int32_t iPieceFirst = std::max(first, pSweep->mgr->pSegments[pSweep->iSegment].iFirst);
+        keepPiece(pSweep, pSweep->iSegment, {iPieceFirst, pSweep->iTop});
+        pSweep->iTop = iPieceFirst - 1;
+    }
+}
+
+/* Removes what a run takes of segment s. */
+void removePiece(Sweep *pSweep, int32_t s, IndexRange piece, bool bInSegments) {
+    NamesManager *mgr = pSweep->mgr;
+    const int32_t iBlock = mgr->pSegments[s].iBlock;
+    const int32_t nOffset = offsetIn(pSweep, s, piece.first);
+    for (int32_t i = piece.first, nStart = nOffset; i <= piece.last && mgr->nMaxNameLength >= 0; ++i) {
+        const int32_t nEnd = offsetIn(pSweep, s, i + 1);
+        noteRemovedLength(mgr, nEnd - nStart - 1);
+        nStart = nEnd;
+    }
+    if (bInSegments) {
+        giveBackText(&mgr->pBlocks[iBlock], nOffset, offsetIn(pSweep, s, piece.last + 1) - nOffset, countOf(piece));
+        return;
+    }
+    for (int32_t i = piece.first; i <= piece.last; ++i) {
+        takeOffBlock(mgr, iBlock);
+    }
+}
+
+/* Text is given back in ascending order within a run, as removing the run alone would. */
+void removeRun(Sweep *pSweep, IndexRange run, bool bInSegments) {
+    int32_t s = pSweep->iSegment;
+    while (pSweep->mgr->pSegments[s].iFirst > run.first) {
+        --s;
+    }
+    pSweep->iSegment = s;
+    for (int32_t iFirst = run.first; iFirst <= run.last; ++s) {
+        const int32_t iLast = std::min(run.last, pSweep->mgr->pSegments[s].iLast);
+        removePiece(pSweep, s, {iFirst, iLast}, bInSegments);
+        iFirst = iLast + 1;
+    }
+    pSweep->nBelow -= countOf(run);
+    pSweep->iTop = run.first - 1;
+}
+
+/* Puts the new table in place of the segments. */
+void takeOverTable(NamesManager *mgr, const RemovalPlan &plan, const Sweep &sweep) {
+    HostMem_Free(mgr->pSegments, kSourceTag, __LINE__);
+    mgr->pSegments = sweep.pNewSegments;
+    mgr->nSegments = sweep.pNewSegments != nullptr ? plan.nSegments : 0;
+    mgr->nSegmentsAlloc = sweep.pNewSegments != nullptr ? static_cast<int32_t>(plan.nSegmentsAlloc) : 0;
+    mgr->pPositions = sweep.pNewPositions;
+    mgr->nPositionsAlloc = sweep.pNewPositions != nullptr ? plan.nPositionsAlloc : 0;
+}
+
+/* False without memory for the new table: nothing has changed. */
+bool sweepSegments(NamesManager *mgr, IndexList list) {
+    const RemovalPlan plan = planRemoval(mgr, list);
+    const bool bSwitch = plan.nPositionsAlloc >= 0;
+    const uint64_t nRecords = static_cast<uint64_t>(bSwitch ? plan.nPositionsAlloc : plan.nSegmentsAlloc);
+    const uint64_t nBytes = nRecords * (bSwitch ? sizeof(NamePosition) : sizeof(NameSegment));
+    void *pTable = plan.nSegmentsAlloc <= INT32_MAX ? HostMem_Alloc(nBytes, kSourceTag, __LINE__) : nullptr;
+    if (pTable == nullptr) {
+        return false;
+    }
+    memset(pTable, 0, nBytes);
+    Sweep sweep;
+    sweep.mgr = mgr;
+    sweep.pNewSegments = bSwitch ? nullptr : static_cast<NameSegment *>(pTable);
+    sweep.pNewPositions = bSwitch ? static_cast<NamePosition *>(pTable) : nullptr;
+    sweep.iNewSegment = plan.nSegments;
+    sweep.iSegment = mgr->nSegments - 1;
+    sweep.iTop = mgr->nNames - 1;
+    sweep.nBelow = plan.nRemoved;
+    sweep.iWalked = -1;
+    IndexRange run;
+    for (int32_t nRun = 0; takeRun(&list, &run); ++nRun) {
+        keepDownTo(&sweep, run.last + 1);
+        removeRun(&sweep, run, nRun < plan.nRunsInSegments);
+    }
+    keepDownTo(&sweep, 0);
+    takeOverTable(mgr, plan, sweep);
+    mgr->nNames -= plan.nRemoved;
+    return true;
+}
+
+void sweepPositions(NamesManager *mgr, IndexList list) {
+    int32_t nKept = list.pIndices[0];
+    int32_t iNext = nKept; /* names before this one are dealt with */
+    for (int32_t k = 0; k < list.nIndices; ++k) {
+        const int32_t index = list.pIndices[k];
+        if (index < iNext) {
+            continue; /* listed twice */
+        }
+        std::copy(mgr->pPositions + iNext, mgr->pPositions + index, mgr->pPositions + nKept);
+        nKept += index - iNext;
+        iNext = index + 1;
+        if (mgr->nMaxNameLength >= 0) {
+            const NamePosition position = mgr->pPositions[index];
+            noteRemovedLength(mgr, static_cast<int32_t>(strlen(textAt(mgr, position.iBlock, position.nOffset))));
+        }
+        takeOffBlock(mgr, mgr->pPositions[index].iBlock);
+    }
+    std::copy(mgr->pPositions + iNext, mgr->pPositions + mgr->nNames, mgr->pPositions + nKept);
+    mgr->nNames -= iNext - nKept;
+}
+
+int32_t removeRunByRun(NamesManager *mgr, IndexList list) {
+    int32_t nStatus = 0;
+    IndexRange run;
+    while (takeRun(&list, &run)) {
+        nStatus |= removeRange(mgr, run);
+    }
+    return nStatus;
+}
+
+int32_t removeSorted(NamesManager *mgr, const int32_t *pIndices, int32_t nCount) {
+    const int32_t *pBegin = std::lower_bound(pIndices, pIndices + nCount, 0);
+    const int32_t *pEnd = std::lower_bound(pBegin, pIndices + nCount, mgr->nNames);
+    const IndexList list = {pBegin, static_cast<int32_t>(pEnd - pBegin)};
+    IndexList rest = list;
+    IndexRange run;
+    const bool bSeveralRuns = takeRun(&rest, &run) && rest.nIndices > 0;
+    if (!bSeveralRuns) {
+        return removeRunByRun(mgr, list);
+    }
+    if (mgr->pSegments == nullptr) {
+        sweepPositions(mgr, list);
+    } else if (!sweepSegments(mgr, list)) {
+        return removeRunByRun(mgr, list);
+    }
+    dropIndex(mgr);
+    dropCursor(mgr);
+    releaseEmptyBlocks(mgr);
+    return 0;
+}
+
+/* Without memory to sort in: the highest index that is left, again and again. */
+int32_t removeUnsorted(NamesManager *mgr, const int32_t *pIndices, int32_t nCount) {
+    int32_t nStatus = 0;
+    int32_t iBound = mgr->nNames;
+    while (true) {
+        int32_t iHighest = -1;
+        for (int32_t k = 0; k < nCount; ++k) {
+            if (pIndices[k] < iBound) {
+                iHighest = std::max(iHighest, pIndices[k]);
+            }
+        }
+        if (iHighest < 0) {
+            return nStatus;
+        }
+        nStatus |= removeRange(mgr, {iHighest, iHighest});
+        iBound = iHighest;
+    }
+}
+
+}  // namespace
+
+}  // namespace names
+
+using namespace names;
+
+int32_t NamesManager_RemoveNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased) {
+    ScopedLock lock(mgr);
+    const int64_t nBase = bOneBased != 0 ? 1 : 0;
+    const int64_t iFirst = first - nBase;
+    const int64_t iLast = std::min<int64_t>(last - nBase, mgr->nNames - 1);
+    if (iFirst < 0 || iFirst > last - nBase + 1) {
+        return 1;
+    }
+    return iFirst <= iLast ? removeRange(mgr, {static_cast<int32_t>(iFirst), static_cast<int32_t>(iLast)}) : 0;
+}
+
+int32_t NamesManager_RemoveNamesByIndices(NamesManager *mgr, const int32_t *pIndices, int32_t nCount) {
+    ScopedLock lock(mgr);
+    if (nCount <= 0) {
+        return 0;
+    }
+    if (std::adjacent_find(pIndices, pIndices + nCount, std::greater_equal<int32_t>()) == pIndices + nCount) {
+        return removeSorted(mgr, pIndices, nCount);
+    }
+    const uint64_t nBytes = static_cast<uint64_t>(nCount) * sizeof(int32_t);
+    int32_t *pSorted = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (pSorted == nullptr) {
+        return removeUnsorted(mgr, pIndices, nCount);
+    }
+    std::copy_n(pIndices, nCount, pSorted);
+    std::sort(pSorted, pSorted + nCount);
+    const int32_t nStatus = removeSorted(mgr, pSorted, nCount);
+    HostMem_Free(pSorted, kSourceTag, __LINE__);
+    return nStatus;
+}

@@ -1,0 +1,270 @@
+/* Replacing stored names.
+ *
+ * In segment mode the range is taken run by run, a run being what lies in one segment:
+ *
+ *     segment s        [ front | run | back ]        front and back keep their text where it is
+ *                              |
+ *                 rewritten in place, grown at the end of its block, or moved to another
+ *                              |
+ *     s-1 [ ... ]  [ front ][ run ][ back ]  [ ... ] s+1
+ *                  merged again with neighbours that its text still touches
+ *
+ * The records that this leaves are worked out first; the table then changes once. */
+#include <string.h>
+
+#include <algorithm>
+
+#include "host/host_memory.h"
+#include "names/names_internal.hpp"
+#include "names/text_walk.hpp"
+
+namespace names {
+
+namespace {
+
+/* The new length of a name that had nOld bytes, against the known maximum. */
+void noteReplacedLength(NamesManager *mgr, int32_t nOld, int32_t nNew) {
+    if (nNew > nOld && nNew > mgr->nMaxNameLength) {
+        mgr->nMaxNameLength = nNew;
+        mgr->nMaxNameLengthCount = 1;
+    } else if (nNew < nOld && nOld == mgr->nMaxNameLength && --mgr->nMaxNameLengthCount == 0) {
+        mgr->nMaxNameLength = -1;
+    }
+}
+
+/* Brings a known maximum up to date before any text changes. Without memory for the old lengths it becomes unknown. */
+void updateMaxLength(NamesManager *mgr, IndexRange range, const int32_t *lengths) {
+    if (mgr->nMaxNameLength < 0) {
+        return;
+    }
+    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
+    int32_t *oldLengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (oldLengths == nullptr) {
+        mgr->nMaxNameLength = -1;
+        return;
+    }
+    readLengths(mgr, range, oldLengths);
+    for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
+        noteReplacedLength(mgr, oldLengths[k], lengths[k]);
+    }
+    HostMem_Free(oldLengths, kSourceTag, __LINE__);
+}
+
+/* Takes the old texts out of the index before any of them changes: they are its keys. */
+void removeFromIndex(NamesManager *mgr, IndexRange range) {
+    if (mgr->pLookupIndex == nullptr) {
+        return;
+    }
+    const char *apNames[kMaxSegmentNames];
+    NameReader reader = startReading(mgr, range);
+    for (int32_t n = readNames(&reader, apNames, nullptr); n > 0; n = readNames(&reader, apNames, nullptr)) {
+        for (int32_t k = 0; k < n; ++k) {
+            HostHashMap_Remove(mgr->pLookupIndex, apNames[k]);
+        }
+    }
+}
+
+/* ---- Individual-positions mode ---- */
+
+/* Finds new room for a name that outgrew its old one. *piBlock: the block tried first, then the one taken. False without memory. */
+bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int64_t nNeed, int32_t *piBlock) {
+    if (int64_t{mgr->pBlocks[*piBlock].nSize} - mgr->pBlocks[*piBlock].nUsed < nNeed) {
+        const int32_t iChosen = chooseBlock(mgr, nNeed);
+        if (iChosen < 0) {
+            return false;
+        }
+        *piBlock = iChosen;
+    }
+    NameStorageBlock *pBlock = &mgr->pBlocks[*piBlock];
+    if (pPosition->iBlock != *piBlock) {
+        giveBackText(&mgr->pBlocks[pPosition->iBlock], pPosition->nOffset, nOldBytes, 1);
+        ++pBlock->nNamesInBlock;
+    }
+    *pPosition = {*piBlock, pBlock->nUsed};
+    pBlock->nUsed += static_cast<int32_t>(nNeed);
+    return true;
+}
+
+/* iBlock: the block that text that has to move is tried in first. */
+int32_t replaceByPosition(NamesManager *mgr, IndexRange range, const char *const *names, const int32_t *lengths, int32_t iBlock) {
+    for (int32_t k = 0; k < countOf(range); ++k) {
+        NamePosition *pPosition = &mgr->pPositions[range.first + k];
+        const int32_t nOldBytes = static_cast<int32_t>(strlen(textAt(mgr, pPosition->iBlock, pPosition->nOffset))) + 1;
+        const int64_t nNeed = int64_t{lengths[k]} + 1;
+        if (nNeed > nOldBytes && !moveName(mgr, pPosition, nOldBytes, nNeed, &iBlock)) {
+            return 1;
+        }
+        char *pText = mgr->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
+        copyTexts(pText, names + k, lengths + k, 1);
+        indexTexts(mgr, pText, lengths + k, 1, range.first + k);
+    }
+    return 0;
+}
+
+/* ---- Segment mode ---- */
+
+/* A run and what is left of its segment around it. A piece without names has an iLast below its iFirst. */
+struct Cut {
+    int32_t iSegment;
+    NameSegment front;
+    NameSegment run;
+    NameSegment back;
+};
+
+bool isPiece(const NameSegment &piece) {
+    return piece.iFirst <= piece.iLast;
+}
+
+Cut cutSegment(const NamesManager *mgr, int32_t iSegment, int32_t iFirst, int32_t iLast) {
+    const NameSegment whole = mgr->pSegments[iSegment];
+    const char *pText = textAt(mgr, whole.iBlock, whole.nOffset);
+    const char *pLimit = textLimit(mgr, whole.iBlock);
+    const int32_t nFront = bytesOfNames(pText, pLimit, iFirst - whole.iFirst);
+    const int32_t nFrontAndRun = iLast == whole.iLast ? whole.nBytes : nFront + bytesOfNames(pText + nFront, pLimit, iLast - iFirst + 1);
+    Cut cut = {iSegment, whole, whole, whole};
+    cut.front.iLast = iFirst - 1;
+    cut.front.nBytes = nFront;
+    cut.run = {iFirst, iLast, whole.iBlock, whole.nOffset + nFront, nFrontAndRun - nFront};
+    cut.back.iFirst = iLast + 1;
+    cut.back.nOffset += nFrontAndRun;
+    cut.back.nBytes -= nFrontAndRun;
+    return cut;
+}
+
+bool canMerge(const NameSegment &a, const NameSegment &b) {
+    return a.iBlock == b.iBlock && a.nOffset + a.nBytes == b.nOffset && b.iLast - a.iFirst + 1 <= kMaxMergedNames;
+}
+
+/* Puts the pieces of a cut into the table in place of the segment they came from; the run is merged with what its text touches, forwards
+ * only where it ends the range. Without bMerge the bare cut stays. The table must have room for two more records. The number of the segment
+ * that holds the run afterwards. */
+int32_t putBack(NamesManager *mgr, const Cut &cut, bool bMerge, bool bEndsRange) {
+    int32_t iBegin = cut.iSegment;
+    int32_t iEnd = cut.iSegment + 1;
+    const bool bFront = isPiece(cut.front);
+    const bool bBack = isPiece(cut.back);
+    NameSegment run = cut.run;
+    const NameSegment *pBefore = bFront ? &cut.front : iBegin > 0 ? &mgr->pSegments[iBegin - 1] : nullptr;
+    const NameSegment *pAfter = bBack ? &cut.back : iEnd < mgr->nSegments ? &mgr->pSegments[iEnd] : nullptr;
+    const bool bMergeBefore = bMerge && pBefore != nullptr && canMerge(*pBefore, run);
+    if (bMergeBefore) {
+        run.iFirst = pBefore->iFirst;
+        run.nOffset = pBefore->nOffset;
+        run.nBytes += pBefore->nBytes;
+        iBegin -= bFront ? 0 : 1;
+    }
+    const bool bMergeAfter = bMerge && bEndsRange && pAfter != nullptr && canMerge(run, *pAfter);
+    if (bMergeAfter) {
+        run.iLast = pAfter->iLast;
+        run.nBytes += pAfter->nBytes;
+        iEnd += bBack ? 0 : 1;
+    }
+    NameSegment aRecords[3];
+    int32_t nRecords = 0;
+    if (bFront && !bMergeBefore) {
+        aRecords[nRecords++] = cut.front;
+    }
+    const int32_t iRun = iBegin + nRecords;
+    aRecords[nRecords++] = run;
+    if (bBack && !bMergeAfter) {
+        aRecords[nRecords++] = cut.back;
+    }
+    spliceSegments(mgr, iBegin, iEnd, aRecords, nRecords);
+    return iRun;
+}
+
+/* Gives the run room for nNew bytes: where it is, by growing at its block's end, or elsewhere. False without memory. */
+bool makeRoom(NamesManager *mgr, NameSegment *pRun, int64_t nNew) {
+    NameStorageBlock *pBlock = &mgr->pBlocks[pRun->iBlock];
+    const bool bAtEnd = pRun->nOffset + pRun->nBytes == pBlock->nUsed;
+    if (nNew <= pRun->nBytes || (bAtEnd && nNew <= int64_t{pBlock->nSize} - pRun->nOffset)) {
+        if (bAtEnd) {
+            pBlock->nUsed = pRun->nOffset + static_cast<int32_t>(nNew);
+        }
+    } else {
+        const int32_t iChosen = chooseBlock(mgr, nNew);
+        if (iChosen < 0) {
+            return false;
+        }
+        giveBackText(&mgr->pBlocks[pRun->iBlock], pRun->nOffset, pRun->nBytes, namesIn(*pRun));
+        pBlock = &mgr->pBlocks[iChosen];
+        pRun->iBlock = iChosen;
+        pRun->nOffset = pBlock->nUsed;
+        pBlock->nNamesInBlock += namesIn(*pRun);
+        pBlock->nUsed += static_cast<int32_t>(nNew);
+    }
+    pRun->nBytes = static_cast<int32_t>(nNew);
+    return true;
+}
+
+/* Replaces the part of the range that lies in segment iSegment. The segment that holds it afterwards, or -1: it keeps its old text, and the
+ * cuts that separate it stay. */
+int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const char *const *names, const int32_t *lengths) {
+    const NameSegment *pSegment = &mgr->pSegments[iSegment];
+    const int32_t iLast = std::min(pSegment->iLast, range.last);
+    const bool bCuts = pSegment->iFirst < range.first || pSegment->iLast > range.last;
+    if (bCuts && mgr->nSegmentsAlloc - mgr->nSegments < 2 && !growSegmentTable(mgr)) {
+        return -1;
+    }
+    Cut cut = cutSegment(mgr, iSegment, range.first, iLast);
+    const int32_t nRun = namesIn(cut.run);
+    int64_t nNew = nRun;
+    for (int32_t k = 0; k < nRun; ++k) {
+        nNew += lengths[k];
+    }
+    if (!makeRoom(mgr, &cut.run, nNew)) {
+        putBack(mgr, cut, false, false);
+        return -1;
+    }
+    char *pText = mgr->pBlocks[cut.run.iBlock].pData + cut.run.nOffset;
+    copyTexts(pText, names, lengths, nRun);
+    indexTexts(mgr, pText, lengths, nRun, range.first);
+    return putBack(mgr, cut, true, iLast == range.last);
+}
+
+/* Run by run, until the range is done or the segments are given up. The rest of the range is left in *pRange. */
+int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const char *const *names, const int32_t *lengths) {
+    int32_t iSegment = 0;
+    const int32_t first = pRange->first;
+    while (pRange->first <= pRange->last && mgr->pSegments != nullptr) {
+        const bool bNext = iSegment < mgr->nSegments && mgr->pSegments[iSegment].iFirst <= pRange->first &&
+                           pRange->first <= mgr->pSegments[iSegment].iLast;
+        if (!bNext) {
+            iSegment = findSegment(mgr, pRange->first);
+        }
+        const int32_t iLast = std::min(mgr->pSegments[iSegment].iLast, pRange->last);
+        const int32_t iRun = replaceRun(mgr, iSegment, *pRange, names + (pRange->first - first), lengths + (pRange->first - first));
+        if (iRun < 0) {
+            return 1;
+        }
+        iSegment = iRun + 1;
+        pRange->first = iLast + 1;
+        switchIfFragmented(mgr);
+    }
+    return 0;
+}
+
+}  // namespace
+
+int32_t replaceNames(NamesManager *mgr, IndexRange range, const char *const *names, const int32_t *lengths) {
+    updateMaxLength(mgr, range, lengths);
+    removeFromIndex(mgr, range);
+    int32_t iBlock = mgr->nBlocks - 1;
+    int32_t nStatus = 0;
+    IndexRange rest = range;
+    if (mgr->pSegments != nullptr) {
+        nStatus = replaceInSegments(mgr, &rest, names, lengths);
+        iBlock = 0;
+    }
+    if (nStatus == 0 && rest.first <= rest.last) {
+        const int32_t nDone = rest.first - range.first;
+        nStatus = replaceByPosition(mgr, rest, names + nDone, lengths + nDone, iBlock);
+    }
+    if (nStatus != 0) { /* old texts of names not reached are out of the index, and lengths of new ones may be in the maximum */
+        mgr->nMaxNameLength = -1;
+        dropIndex(mgr);
+    }
+    return nStatus;
+}
+
+}  // namespace names

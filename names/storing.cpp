@@ -1,0 +1,224 @@
+/* Storing names: the public entries, the way from a range to its replaced and appended parts, and appending. */
+#include <string.h>
+
+#include <algorithm>
+
+#include "host/host_memory.h"
+#include "names/names_internal.hpp"
+
+namespace names {
+
+namespace {
+
+/* A release of empty blocks looks at every block, too much for each single name: every so many will do. */
+constexpr int32_t kReleaseInterval = 1000;
+
+/* Names that go to one block in one piece. */
+struct Batch {
+    int32_t iBlock;
+    int32_t nNames;
+    int32_t nBytes; /* NULs included */
+};
+
+/* Chooses the block for the first of the names, and how many of those behind it go along. False without memory. */
+bool chooseBatch(NamesManager *mgr, const int32_t *lengths, int32_t nNames, Batch *pBatch) {
+    int64_t nBytes = int64_t{lengths[0]} + 1;
+    pBatch->iBlock = chooseBlock(mgr, nBytes);
+    if (pBatch->iBlock < 0) {
+        return false;
+    }
+    const int64_t nRoom = int64_t{mgr->pBlocks[pBatch->iBlock].nSize} - mgr->pBlocks[pBatch->iBlock].nUsed;
+    const int32_t nMost = std::min(nNames, kMaxSegmentNames);
+    int32_t nTaken = 1;
+    while (nTaken < nMost && nBytes + lengths[nTaken] + 1 <= nRoom) {
+        nBytes += int64_t{lengths[nTaken++]} + 1;
+    }
+    pBatch->nNames = nTaken;
+    pBatch->nBytes = static_cast<int32_t>(nBytes);
+    return true;
+}
+
+/* Lets the last segment go on with the batch if the texts touch, else adds a segment. False without memory. */
+bool recordSegment(NamesManager *mgr, const Batch &batch) {
+    const int32_t nUsed = mgr->pBlocks[batch.iBlock].nUsed;
+    if (mgr->nSegments > 0) {
+        NameSegment *pLast = &mgr->pSegments[mgr->nSegments - 1];
+        if (pLast->iBlock == batch.iBlock && pLast->nOffset + pLast->nBytes == nUsed &&
+            namesIn(*pLast) + batch.nNames <= kMaxSegmentNames) {
+            pLast->iLast += batch.nNames;
+            pLast->nBytes += batch.nBytes;
+            return true;
+        }
+    }
+    if (mgr->nSegments == mgr->nSegmentsAlloc && !growSegmentTable(mgr)) {
+        return false;
+    }
+    mgr->pSegments[mgr->nSegments++] = {mgr->nNames, mgr->nNames + batch.nNames - 1, batch.iBlock, nUsed, batch.nBytes};
+    return true;
+}
+
+void recordPositions(NamesManager *mgr, const Batch &batch, const int32_t *lengths) {
+    int32_t nOffset = mgr->pBlocks[batch.iBlock].nUsed;
+    for (int32_t k = 0; k < batch.nNames; ++k) {
+        mgr->pPositions[mgr->nNames + k] = {batch.iBlock, nOffset};
+        nOffset += lengths[k] + 1;
+    }
+}
+
+void countMaxLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) {
+    for (int32_t k = 0; mgr->nMaxNameLength >= 0 && k < nNames; ++k) {
+        if (lengths[k] > mgr->nMaxNameLength) {
+            mgr->nMaxNameLength = lengths[k];
+            mgr->nMaxNameLengthCount = 1;
+        } else if (lengths[k] == mgr->nMaxNameLength) {
+            ++mgr->nMaxNameLengthCount;
+        }
+    }
+}
+
+/* Appends as many of the names as form one batch; their number, 0 without memory: nothing of the batch is stored then. */
+int32_t appendBatch(NamesManager *mgr, const char *const *names, const int32_t *lengths, int32_t nNames) {
+    Batch batch;
+    if (!chooseBatch(mgr, lengths, nNames, &batch)) {
+        return 0;
+    }
+    if (mgr->pSegments == nullptr) {
+        recordPositions(mgr, batch, lengths);
+    } else if (!recordSegment(mgr, batch)) {
+        return 0;
+    }
+    NameStorageBlock *pBlock = &mgr->pBlocks[batch.iBlock];
+    char *pText = pBlock->pData + pBlock->nUsed;
+    copyTexts(pText, names, lengths, batch.nNames);
+    countMaxLengths(mgr, lengths, batch.nNames);
+    const int32_t iFirst = mgr->nNames;
+    pBlock->nNamesInBlock += batch.nNames;
+    pBlock->nUsed += batch.nBytes;
+    mgr->nNames += batch.nNames;
+    indexTexts(mgr, pText, lengths, batch.nNames, iFirst);
+    return batch.nNames;
+}
+
+int32_t appendNames(NamesManager *mgr, const char *const *names, const int32_t *lengths, int32_t nNames) {
+    const bool bNeedPositions = mgr->pSegments == nullptr && int64_t{mgr->nNames} + nNames > mgr->nPositionsAlloc;
+    if (bNeedPositions && !growPositionTable(mgr, mgr->nNames + nNames)) {
+        return 1;
+    }
+    for (int32_t i = 0; i < nNames;) {
+        const int32_t nAppended = appendBatch(mgr, names + i, lengths + i, nNames - i);
+        if (nAppended == 0) {
+            return 1;
+        }
+        i += nAppended;
+    }
+    return 0;
+}
+
+/* Status 2 if one of the names is too long. */
+int32_t trimNames(const char *const *names, int32_t nNames, int32_t *lengths) {
+    for (int32_t k = 0; k < nNames; ++k) {
+        const uint64_t nLength = trimmedLength(names[k], strlen(names[k]));
+        if (nLength > kMaxNameBytes) {
+            return 2;
+        }
+        lengths[k] = static_cast<int32_t>(nLength);
+    }
+    return 0;
+}
+
+/* All names of a range in one store; lengths is their work array, given back here. */
+int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *names, int32_t *lengths) {
+    int32_t nStatus = trimNames(names, countOf(range), lengths);
+    if (nStatus == 0) {
+        nStatus = NamesManager_StoreNames(mgr, range.first, range.last, 0, names, lengths);
+        HostMem_Free(lengths, kSourceTag, __LINE__);
+        releaseEmptyBlocks(mgr);
+    } else {
+        HostMem_Free(lengths, kSourceTag, __LINE__);
+    }
+    return nStatus;
+}
+
+int32_t storeOneByOne(NamesManager *mgr, IndexRange range, const char *const *names) {
+    for (int32_t k = 0; k < countOf(range); ++k) {
+        int32_t nLength = 0;
+        int32_t nStatus = trimNames(names + k, 1, &nLength);
+        if (nStatus == 0) {
+            nStatus = NamesManager_StoreNames(mgr, range.first + k, range.first + k, 0, names + k, &nLength);
+        }
+        if (nStatus != 0) {
+            return nStatus;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
+    IndexRange range;
+    if (last < first) {
+        releaseEmptyBlocks(mgr);
+        return 0;
+    }
+    if (!toIndexRange(first, last, bOneBased, &range)) {
+        return 1;
+    }
+    if (last > first) {
+        const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
+        int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+        if (lengths != nullptr) {
+            return storeAtOnce(mgr, range, names, lengths);
+        }
+    }
+    const int32_t nStatus = storeOneByOne(mgr, range, names);
+    if (nStatus == 0 && (last > first || last % kReleaseInterval == 0)) {
+        releaseEmptyBlocks(mgr);
+    }
+    return nStatus;
+}
+
+int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
+    const int32_t nStatus = NamesManager_StoreNames(mgr, index, index, 0, &pName, &nLength);
+    if (nStatus == 0 && index % kReleaseInterval == 0) {
+        releaseEmptyBlocks(mgr);
+    }
+    return nStatus;
+}
+
+uint64_t trimmedLength(const char *pText, uint64_t nLength) {
+    while (nLength > 0 && pText[nLength - 1] == ' ') {
+        --nLength;
+    }
+    return nLength;
+}
+
+}  // namespace names
+
+using namespace names;
+
+int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
+                                const int32_t *lengths) {
+    IndexRange range;
+    if (!toIndexRange(first, last, bOneBased, &range) || hasNoTables(mgr)) {
+        return 1;
+    }
+    if (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0) {
+        return 1;
+    }
+    dropCursor(mgr);
+    const int32_t nReplaced = std::max(0, std::min(range.last + 1, mgr->nNames) - range.first);
+    if (nReplaced > 0 && replaceNames(mgr, {range.first, range.first + nReplaced - 1}, names, lengths) != 0) {
+        return 1;
+    }
+    return nReplaced == countOf(range) ? 0 : appendNames(mgr, names + nReplaced, lengths + nReplaced, countOf(range) - nReplaced);
+}
+
+int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
+    ScopedLock lock(mgr);
+    return addNames(mgr, first, last, bOneBased, names);
+}
+
+int32_t NamesManager_AddName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *name) {
+    return NamesManager_AddNames(mgr, index, index, bOneBased, &name);
+}
