@@ -1,0 +1,44 @@
+// What tests see and steer of the foreign host: a second implementation of the host services, with other internals than the shipped one and
+// stricter. It stands for any other host that the module is moved to. Where its types do not differ it uses the shipped declarations.
+#pragma once
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "host/host_stream.h"
+#include "host/host_text.h"
+
+struct ForeignHost {
+    std::atomic<int64_t> nFailAt{0};          // the n-th of the calls that need memory fails, locks and maps included; 0: none
+    std::atomic<bool> bFailFromThere{false};  // so do all later ones
+    std::atomic<int64_t> nFailInsertAt{0};    // the n-th insertion into a map fails; 0: none
+    std::atomic<bool> bFailMaps{false};       // no map can be created
+    std::atomic<int64_t> nLive{0};            // allocations, maps and locks not given back
+    std::atomic<int64_t> nLockDepth{0};       // acquisitions not released
+    std::atomic<int64_t> nErrors{0};          // errors reported
+    std::atomic<int64_t> nAssertions{0};      // violated expectations reported
+};
+extern ForeignHost g_foreignHost;
+
+constexpr int32_t kForeignReadError = 77;
+constexpr int32_t kForeignWriteError = -78;
+
+// Delivers nLeft bytes and then fails, after handing out those that it still has.
+struct HostInputStream {
+    const char *pNext;
+    uint64_t nLeft;
+};
+
+// Takes nRoom bytes and then fails. Hand &output.stream to the module.
+struct ForeignOutput {
+    explicit ForeignOutput(uint64_t nGiven = UINT64_MAX);
+    HostOutputStream stream;
+    uint64_t nRoom;
+    std::string written;
+};
+
+// Takes nRoom bytes and then fails; cuts a padded string that is longer than its field.
+struct HostText {
+    std::string text;
+    uint64_t nRoom = UINT64_MAX;
+};

@@ -1,0 +1,222 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "host/host_hash_map.h"
+#include "host/host_memory.h"
+#include "host/host_stream.h"
+#include "host/host_text.h"
+
+namespace {
+
+// Runs scenario with the first, then the second, then the n-th allocation failing, alone and with all later ones, until none fails any
+// more.
+template <typename Scenario>
+void starve(Scenario scenario) {
+    const int64_t nLive = HostMem_GetNumLive();
+    for (const int32_t bFromThereOn : {0, 1}) {
+        bool bFailed = true;
+        for (int64_t n = 1; bFailed; ++n) {
+            HostMem_FailAt(n, bFromThereOn);
+            scenario();
+            bFailed = HostMem_GetNumCalls() >= n;
+            HostMem_FailAt(0, 0);
+            ASSERT_EQ(nLive, HostMem_GetNumLive()) << "leak after failure " << n;
+        }
+    }
+}
+
+using Entry = std::pair<const char *, int32_t>;  // key and value
+
+auto lowest(std::vector<Entry> &entries, const char *szKey) {
+    const auto rank = [szKey](const Entry &entry) { return std::pair(entry.first != szKey, entry.second); };
+    return std::min_element(entries.begin(), entries.end(), [&rank](auto &one, auto &other) { return rank(one) < rank(other); });
+}
+
+int32_t lowestValue(std::vector<Entry> &entries) {
+    return entries.empty() ? -1 : lowest(entries, nullptr)->second;
+}
+
+// Random operations on few texts and many addresses, compared with lists of entries. A key no longer held is overwritten at once.
+void useHashMap(unsigned nSeed, int nSteps) {
+    std::mt19937 random(nSeed);
+    const std::vector<std::string> texts = {"", "a", "aa", std::string(17, 'a'), std::string(241, 'a'), std::string(999, '\xff')};
+    std::map<std::string, std::vector<Entry>> model;
+    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, static_cast<int64_t>(random() % 30) - 5);
+    if (pMap == nullptr) return;
+    std::vector<std::vector<char>> keys(300);
+    int64_t nEntries = 0;
+    for (int32_t iStep = 0; iStep < nSteps; ++iStep) {
+        const size_t iKey = random() % keys.size();
+        const std::string text = iKey < 100 ? texts[iKey % texts.size()] : std::to_string(iKey / 2);
+        std::vector<Entry> &entries = model[text];
+        std::vector<char> &key = keys[iKey];
+        key.assign(text.c_str(), text.c_str() + text.size() + 1);  // as long as before: it stays where it is
+        const int32_t nLowest = lowestValue(entries);
+        if (random() % 16 < 9) {
+            const int32_t nValue = (iStep * 7919) & 0xfffff;  // no value twice
+            int32_t nExisting = -7;
+            const bool bDone = HostHashMap_Insert(pMap, key.data(), nValue, &nExisting) == 0;
+            ASSERT_EQ(bDone ? nLowest : -7, nExisting);
+            if (bDone) entries.emplace_back(key.data(), nValue), ++nEntries;
+        } else {
+            ASSERT_EQ(entries.empty() ? 1 : 0, HostHashMap_Remove(pMap, key.data()));
+            if (!entries.empty()) {
+                const auto gone = lowest(entries, key.data());
+                char *szGone = const_cast<char *>(gone->first);
+                entries.erase(gone), --nEntries;
+                if (entries.empty() || lowest(entries, szGone)->first != szGone) std::memset(szGone, '#', text.size() + 1);
+            }
+        }
+        ASSERT_EQ(nEntries, pMap->nEntries);
+        ASSERT_EQ(lowestValue(entries), HostHashMap_Find(pMap, text.c_str()));
+    }
+    HostHashMap_Release(pMap);
+}
+
+TEST(HashMap, AgreesWithModelAlsoWhenMemoryFails) {
+    for (unsigned nSeed = 1; nSeed <= 10; ++nSeed)
+        useHashMap(nSeed, 5000);
+    starve([] { useHashMap(11, 400); });
+    EXPECT_EQ(nullptr, HostHashMap_Create(&HostHashMap_StringKeys, std::numeric_limits<int64_t>::max()));
+}
+
+// Would take minutes if any key were sought by walking over others.
+TEST(HashMap, HoldsManyEqualAndManyDifferentKeys) {
+    constexpr int32_t kCount = 200000;
+    const std::vector<char> empties(kCount, '\0');
+    std::vector<std::string> different(kCount);
+    const auto start = std::chrono::steady_clock::now();
+    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, 0);
+    for (int32_t i = 0; i < kCount; ++i) {
+        const auto iKey = static_cast<size_t>(i);
+        different[iKey] = std::to_string(i);
+        ASSERT_EQ(0, HostHashMap_Insert(pMap, different[iKey].c_str(), i, nullptr));
+        ASSERT_EQ(0, HostHashMap_Insert(pMap, &empties[iKey], i ^ 0x1ff, nullptr));
+    }
+    for (int32_t i = kCount - 1; i > 0; --i) {  // by address, and so that the lowest value stays
+        ASSERT_EQ(0, HostHashMap_Find(pMap, ""));
+        ASSERT_EQ(0, HostHashMap_Remove(pMap, &empties[static_cast<size_t>(i == 0x1ff ? 0 : i)]));
+        ASSERT_EQ(i, HostHashMap_Find(pMap, different[static_cast<size_t>(i)].c_str()));
+    }
+    EXPECT_EQ(kCount + 1, pMap->nEntries);
+    HostHashMap_Release(pMap);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// Pieces below, at and beyond the size of a file stream's buffer; one byte more follows them.
+const std::vector<size_t> kPieces = {0, 7, 65535, 1, 65536, 300000, 65537, 1000};
+
+std::string writePieces(HostOutputStream *pStream) {
+    std::mt19937 random(3);
+    std::string written;
+    for (const size_t nPiece : kPieces) {
+        const std::string piece(nPiece, static_cast<char>(random()));
+        EXPECT_EQ(0, HostStream_Write(pStream, piece.data(), nPiece));
+        written += piece;
+    }
+    EXPECT_EQ(0, HostStream_Write(pStream, "!", 1));
+    return written;
+}
+
+void readPieces(HostInputStream *pStream, const std::string &written, const std::string &endOfStream) {
+    ASSERT_NE(nullptr, pStream);
+    std::string read(written.size(), '?');
+    size_t nOffset = 0;
+    for (auto piece = kPieces.rbegin(); piece != kPieces.rend(); nOffset += *piece++) {
+        ASSERT_EQ(0, HostStream_Read(pStream, read.data() + nOffset, *piece));
+    }
+    EXPECT_TRUE(written == read);
+    char buffer[] = "???";
+    EXPECT_EQ(HostStreamError_End, HostStream_Read(pStream, buffer, 3));
+    EXPECT_EQ(endOfStream, buffer);
+    HostInputStream_Close(pStream);
+}
+
+TEST(Stream, DeliversWhatWasWrittenAndEndsEarly) {
+    HostOutputStream *pMemory = HostOutputStream_CreateInMemory();
+    const std::string written = writePieces(pMemory);
+    uint64_t nBytes = 0;
+    const void *pBytes = HostOutputStream_GetMemory(pMemory, &nBytes);
+    readPieces(HostInputStream_CreateInMemory(pBytes, nBytes), written, "???");
+    EXPECT_EQ(0, HostOutputStream_Close(pMemory, 0));
+
+    const std::string path = testing::TempDir() + "host_stream_test";
+    HostOutputStream *pFile = HostOutputStream_CreateForFile(path.c_str());
+    ASSERT_NE(nullptr, pFile);
+    writePieces(pFile);
+    EXPECT_EQ(0, HostOutputStream_Close(pFile, 1));
+    readPieces(HostInputStream_CreateForFile(path.c_str()), written, "!??");
+    std::remove(path.c_str());
+    EXPECT_EQ(nullptr, HostInputStream_CreateForFile(path.c_str()));
+}
+
+TEST(Stream, ReportsAFullDeviceAndLackOfMemory) {
+    HostOutputStream *pFull = HostOutputStream_CreateForFile("/dev/full");
+    ASSERT_NE(nullptr, pFull);
+    EXPECT_EQ(0, HostStream_Write(pFull, "abc", 3));  // buffered
+    EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 1));
+    pFull = HostOutputStream_CreateForFile("/dev/full");
+    const std::string large(100000, 'x');
+    for (const size_t nBytes : {large.size(), size_t{3}})
+        EXPECT_EQ(HostStreamError_IO, HostStream_Write(pFull, large.data(), nBytes));
+    EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 0));
+    starve([&large] {
+        HostInputStream_Close(HostInputStream_CreateForFile("/dev/null"));
+        HostOutputStream *pMemory = HostOutputStream_CreateInMemory();
+        if (pMemory == nullptr) return;
+        uint64_t nBytes = 0;
+        const uint64_t nExpected = HostStream_Write(pMemory, large.data(), large.size()) == 0 ? large.size() : 0;
+        EXPECT_NE(nullptr, HostOutputStream_GetMemory(pMemory, &nBytes));
+        EXPECT_EQ(nExpected, nBytes);
+        HostOutputStream_Close(pMemory, 0);
+    });
+}
+
+TEST(Text, AppendsAllOrNothing) {
+    std::string last;
+    starve([&last] {
+        HostText *pText = HostText_Create();
+        if (pText == nullptr) return;
+        std::string expected;
+        if (HostText_AppendPadded(pText, "ab", 4) == 0) expected += "ab  ";
+        if (HostText_AppendPadded(pText, "longer", 3) == 0) expected += "longer";
+        for (int i = 0; i < 300; ++i)
+            expected += HostText_AppendRepeated(pText, 1, 'x') == 0 ? "x" : "";
+        EXPECT_EQ(0, HostText_AppendPadded(pText, "", -5) + HostText_AppendRepeated(pText, -1, 'y'));
+        EXPECT_EQ(1, HostText_AppendRepeated(pText, std::numeric_limits<int64_t>::max(), 'z'));
+        EXPECT_EQ(expected, last = HostText_GetString(pText));
+        EXPECT_EQ(expected.size(), HostText_GetLength(pText));
+        HostText_Destroy(pText);
+    });
+    EXPECT_EQ("ab  longer" + std::string(300, 'x'), last);
+}
+
+TEST(Memory, KeepsItsContentAndRefusesTheImpossible) {
+    const int64_t nLive = HostMem_GetNumLive();
+    HostMem_FailAt(2, 0);
+    auto *pTable = static_cast<unsigned char *>(HostMem_Realloc(nullptr, 0, 0, 0));
+    EXPECT_TRUE(pTable != nullptr && HostMem_Realloc(pTable, 10, 0, 0) == nullptr);
+    for (uint32_t n = 4001; n < 600000; n += 4001) {  // past the size from which resizing is rounded
+        pTable = static_cast<unsigned char *>(HostMem_Realloc(pTable, n, 0, 0));
+        for (uint32_t i = n - 4001; i < n; ++i)
+            pTable[i] = static_cast<unsigned char>(i % 251);
+    }
+    for (const uint64_t nBytes : {~uint64_t{0}, uint64_t{1} << 63, (uint64_t{1} << 63) - 1}) {
+        EXPECT_EQ(nullptr, HostMem_Realloc(pTable, nBytes, 0, 0));
+    }
+    for (uint32_t i = 0; i < 590000; ++i)
+        ASSERT_EQ(i % 251, pTable[i]);
+    EXPECT_NE(nullptr, pTable = static_cast<unsigned char *>(HostMem_Realloc(pTable, 0, 0, 0)));
+    HostMem_Free(pTable, 0, 0);
+    EXPECT_EQ(nLive, HostMem_GetNumLive());
+}
+
+}  // namespace
