@@ -1,0 +1,18 @@
+# Every public header compiles alone, as C11 and as C++17: one generated one-line source for each header and language.
+file(GLOB names_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/names/*.h" "${PROJECT_SOURCE_DIR}/host/*.h")
+foreach(language IN ITEMS c cpp)
+    set(sources)
+    foreach(header IN LISTS names_headers)
+        string(MAKE_C_IDENTIFIER "${header}" stem)
+        set(source "${CMAKE_CURRENT_BINARY_DIR}/header_check/${stem}.${language}")
+        file(CONFIGURE OUTPUT "${source}" CONTENT "#include \"${header}\"\n" @ONLY)
+        list(APPEND sources "${source}")
+    endforeach()
+    if(sources)
+        add_library(header_check_${language} OBJECT ${sources})
+        set_target_properties(header_check_${language} PROPERTIES C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF
+                                                                  CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
+        target_compile_options(header_check_${language} PRIVATE -Wall -Wextra -Wconversion -Wshadow -pedantic-errors -Werror)
+        target_include_directories(header_check_${language} PRIVATE "${PROJECT_SOURCE_DIR}")
+    endif()
+endforeach()

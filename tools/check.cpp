@@ -1,0 +1,103 @@
+// check: whether an image is sound and no name in it is repeated.
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <new>
+#include <utility>
+
+#include "host/host_report.h"
+#include "tools/progress.hpp"
+#include "tools/tool.hpp"
+
+namespace tool {
+namespace {
+
+constexpr size_t kMaxNamesListed = 20;
+constexpr size_t kMaxIndicesListed = 10;
+
+struct AuditReport {
+    std::vector<std::string> findings;
+    bool bOutOfMemory = false;
+};
+
+void noteFinding(void *pContext, uint64_t, int32_t nLine, int32_t, const char *szText) {
+    auto *pReport = static_cast<AuditReport *>(pContext);
+    try {
+        pReport->findings.push_back(std::string(szText) + " (check " + std::to_string(nLine) + ")");
+    } catch (const std::bad_alloc &) {
+        pReport->bOutOfMemory = true;  // told later: no exception may pass through the audit
+    }
+}
+
+// What the audit reports.
+std::vector<std::string> auditFindings(NamesManager *mgr) {
+    AuditReport report;
+    const HostReportHandlers handlers = {&report, nullptr, noteFinding};
+    const HostReportHandlers *pBefore = Host_SetReportHandlers(&handlers);
+    NamesManager_AssertConsistency(mgr);
+    Host_SetReportHandlers(pBefore);
+    if (report.bOutOfMemory) throw std::bad_alloc();
+    return report.findings;
+}
+
+// A name that stands at an earlier index already: (that index, its own), ascending.
+using Repetition = std::pair<int32_t, int32_t>;
+
+// The lookup index yields the lowest index of a text, so every other name of that text shows itself. Texts are compared unchanged.
+std::vector<Repetition> findRepetitions(NamesManager *mgr) {
+    constexpr int32_t kTextUnchanged = -2;
+    std::vector<Repetition> repetitions;
+    visitNames(mgr, [&](int32_t first, int32_t count, const char *const *names) {
+        std::vector<int32_t> indices(static_cast<size_t>(count));
+        if (NamesManager_FindNames(mgr, names, count, kTextUnchanged, 0, indices.data()) != 0) throw std::bad_alloc();
+        for (int32_t i = 0; i < count; ++i)
+            if (const int32_t index = indices[static_cast<size_t>(i)]; index != first + i) repetitions.emplace_back(index, first + i);
+    });
+    std::sort(repetitions.begin(), repetitions.end());
+    return repetitions;
+}
+
+std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vector<Repetition> &repetitions) {
+    std::vector<std::string> findings;
+    size_t nUnlisted = 0;
+    for (size_t i = 0; i < repetitions.size();) {
+        const int32_t original = repetitions[i].first;
+        const size_t begin = i;
+        std::string indices = std::to_string(original);
+        for (; i < repetitions.size() && repetitions[i].first == original; ++i)
+            if (i - begin < kMaxIndicesListed) indices += ", " + std::to_string(repetitions[i].second);
+        if (i - begin > kMaxIndicesListed) indices += " and " + std::to_string(i - begin - kMaxIndicesListed) + " more";
+        if (findings.size() < kMaxNamesListed)
+            findings.push_back(quoted(NamesManager_GetName(mgr, original, 0)) + " is repeated: names " + indices);
+        else
+            ++nUnlisted;
+    }
+    if (nUnlisted > 0) findings.push_back(std::to_string(nUnlisted) + " more texts are repeated");
+    return findings;
+}
+
+// Everything that is wrong with the image, loaded into mgr on the way.
+std::vector<std::string> findProblems(NamesManager *mgr, const std::string &image) {
+    const Progress progress("checking");
+    const std::string problem = loadProblem(mgr, image);
+    if (!problem.empty()) return {problem};
+    std::vector<std::string> findings = auditFindings(mgr);
+    if (!findings.empty()) return findings;
+    NamesManager_FindNames(mgr, nullptr, 0, 0, 0, nullptr);
+    if (mgr->nNames > 0 && !mgr->pLookupIndex) throw std::bad_alloc();
+    return describeRepetitions(mgr, findRepetitions(mgr));
+}
+
+}  // namespace
+
+int runCheck(const std::string &image) {
+    const ManagerHandle mgr = makeManager();
+    const std::vector<std::string> problems = findProblems(mgr.get(), image);
+    for (const std::string &problem : problems)
+        std::fprintf(stderr, "names_tool: %s: %s\n", image.c_str(), problem.c_str());
+    if (!problems.empty()) return 1;
+    std::printf("%s: sound, %" PRId32 " names, none repeated\n", image.c_str(), mgr->nNames);
+    return 0;
+}
+
+}  // namespace tool
