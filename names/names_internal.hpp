@@ -4,6 +4,7 @@
 #define NAMES_NAMES_INTERNAL_HPP
 
 #include <stdint.h>
+#include <string.h>
 
 #include "names/names_manager.h"
 
@@ -64,7 +65,16 @@ struct IndexRange {
 
 /* Converts a caller's range. False if it lies outside every operation's contract: a first below 0 or more than one past the last, or a last
  * that would make nNames leave the 32-bit range. */
-bool toIndexRange(int32_t first, int32_t last, int32_t bOneBased, IndexRange *pRange);
+inline bool toIndexRange(int32_t first, int32_t last, int32_t bOneBased, IndexRange *pRange) {
+    const int64_t nBase = bOneBased != 0 ? 1 : 0;
+    const int64_t iFirst = first - nBase;
+    const int64_t iLast = last - nBase;
+    if (iFirst < 0 || iFirst > iLast + 1 || iLast >= INT32_MAX) {
+        return false;
+    }
+    *pRange = {static_cast<int32_t>(iFirst), static_cast<int32_t>(iLast)};
+    return true;
+}
 
 inline int32_t countOf(IndexRange range) {
     return range.last - range.first + 1;
@@ -94,9 +104,17 @@ inline void dropCursor(NamesManager *mgr) {
     mgr->nCursorMisses = 0;
 }
 
+inline int64_t roomIn(const NameStorageBlock &block) {
+    return int64_t{block.nSize} - block.nUsed;
+}
+
 /* The block that new text of nNeed bytes, NULs included, goes to: the last one with room, else a new one; -1 if that could not be made. May
  * move the block table. */
-int32_t chooseBlock(NamesManager *mgr, int64_t nNeed);
+int32_t searchBlock(NamesManager *mgr, int64_t nNeed);
+inline int32_t chooseBlock(NamesManager *mgr, int64_t nNeed) {
+    const int32_t iLast = mgr->nBlocks - 1;
+    return roomIn(mgr->pBlocks[iLast]) >= nNeed ? iLast : searchBlock(mgr, nNeed);
+}
 
 /* Takes nNames names off a block, whose text lay at nOffset and took nBytes. Text at the end of the used bytes is given back, other text
  * goes dead; a block without names is wholly free again. */
@@ -108,6 +126,12 @@ bool growPositionTable(NamesManager *mgr, int32_t nPositions);
 
 /* Replaces the segment records iBegin to iEnd-1 by the nRecords given, with one move of those behind. The table must have the room. */
 void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords, int32_t nRecords);
+
+/* Copies a name and adds a NUL. The name may lie where it goes to. */
+inline void copyText(char *pText, const char *pName, int32_t nLength) {
+    memmove(pText, pName, static_cast<size_t>(nLength));
+    pText[nLength] = 0;
+}
 
 /* Copies names back to back to pText, each followed by a NUL. */
 void copyTexts(char *pText, const char *const *names, const int32_t *lengths, int32_t nNames);
@@ -146,6 +170,7 @@ int32_t readNames(NameReader *pReader, const char **ppNames, int32_t *pLengths);
 
 void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths);
 int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames); /* as NamesManager_GetNamePointers */
+const char *getOne(NamesManager *mgr, int32_t index);                           /* as NamesManager_GetName */
 
 /* ---- Storing: storing.cpp, replacing.cpp, generating.cpp ---- */
 

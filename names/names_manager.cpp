@@ -89,10 +89,6 @@ bool addBlockForText(NamesManager *mgr, int64_t nNeed) {
     return true;
 }
 
-int64_t roomIn(const NameStorageBlock &block) {
-    return int64_t{block.nSize} - block.nUsed;
-}
-
 /* Block numbers that references take on when blocks go. */
 struct Renumbering {
     const NameStorageBlock *pReleased; /* released records in table order, nSize their old block number */
@@ -151,18 +147,7 @@ char *roomFor(TextBuffer *pBuffer, uint64_t nBytes) {
     return pBuffer->pHeap;
 }
 
-bool toIndexRange(int32_t first, int32_t last, int32_t bOneBased, IndexRange *pRange) {
-    const int64_t nBase = bOneBased != 0 ? 1 : 0;
-    const int64_t iFirst = first - nBase;
-    const int64_t iLast = last - nBase;
-    if (iFirst < 0 || iFirst > iLast + 1 || iLast >= INT32_MAX) {
-        return false;
-    }
-    *pRange = {static_cast<int32_t>(iFirst), static_cast<int32_t>(iLast)};
-    return true;
-}
-
-int32_t chooseBlock(NamesManager *mgr, int64_t nNeed) {
+int32_t searchBlock(NamesManager *mgr, int64_t nNeed) {
     for (int32_t b = mgr->nBlocks - 1; b >= 0; --b) {
         if (roomIn(mgr->pBlocks[b]) >= nNeed) {
             return b;

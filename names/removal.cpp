@@ -43,16 +43,16 @@ void takeOffMaxLength(NamesManager *mgr, IndexRange range) {
 }
 
 /* Text of names that have positions stays where it is until its block is empty. */
-void takeOffBlock(NamesManager *mgr, int32_t iBlock) {
-    NameStorageBlock *pBlock = &mgr->pBlocks[iBlock];
-    if (--pBlock->nNamesInBlock == 0) {
+void takeOffBlock(NameStorageBlock *pBlock, int32_t nNames) {
+    pBlock->nNamesInBlock -= nNames;
+    if (pBlock->nNamesInBlock == 0) {
         pBlock->nUsed = 0;
     }
 }
 
 void removePositions(NamesManager *mgr, IndexRange range) {
     for (int32_t i = range.first; i <= range.last; ++i) {
-        takeOffBlock(mgr, mgr->pPositions[i].iBlock);
+        takeOffBlock(&mgr->pBlocks[mgr->pPositions[i].iBlock], 1);
     }
     std::copy(mgr->pPositions + range.last + 1, mgr->pPositions + mgr->nNames, mgr->pPositions + range.first);
 }
@@ -179,38 +179,51 @@ struct Sweep {
     int32_t iSegment;    /* the segment that iTop lies in or below */
     int32_t iTop;        /* the highest name not swept yet */
     int32_t nBelow;      /* names to be removed below iTop */
-    int32_t iWalked;     /* the segment that aEnds describes */
-    uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
+    int32_t iWalked;     /* the segment that aStarts describes */
+    int32_t aStarts[1 + kMaxSegmentNames + kEndsSlack];
 };
 
-/* Byte offset in its block of a name of segment s, or, for s's last index plus 1, of the end of s. */
-int32_t offsetIn(Sweep *pSweep, int32_t s, int32_t index) {
-    const NameSegment &segment = pSweep->mgr->pSegments[s];
-    if (index == segment.iFirst) {
-        return segment.nOffset;
-    }
-    if (index > segment.iLast) {
-        return segment.nOffset + segment.nBytes;
-    }
+/* Byte offsets in its block of the names of segment s, in order, and of its end. */
+const int32_t *startsIn(Sweep *pSweep, int32_t s) {
     if (pSweep->iWalked != s) {
-        const char *pText = textAt(pSweep->mgr, segment.iBlock, segment.nOffset);
-        findNameEnds(pText, textLimit(pSweep->mgr, segment.iBlock), namesIn(segment), pSweep->aEnds);
+        const NameSegment &segment = pSweep->mgr->pSegments[s];
+        uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
+        findNameEnds(textAt(pSweep->mgr, segment.iBlock, segment.nOffset), textLimit(pSweep->mgr, segment.iBlock), namesIn(segment), aEnds);
         pSweep->iWalked = s;
+        pSweep->aStarts[0] = segment.nOffset;
+        for (int32_t k = 0; k < namesIn(segment); ++k) {
+            pSweep->aStarts[k + 1] = segment.nOffset + static_cast<int32_t>(aEnds[k]) + 1;
+        }
     }
-    return segment.nOffset + static_cast<int32_t>(pSweep->aEnds[index - segment.iFirst - 1]) + 1;
+    return pSweep->aStarts;
+}
+
+/* The piece of segment s that holds the given names. A whole segment need not be walked. */
+NameSegment pieceOf(Sweep *pSweep, int32_t s, IndexRange names) {
+    NameSegment piece = pSweep->mgr->pSegments[s];
+    if (piece.iFirst != names.first || piece.iLast != names.last) {
+        const int32_t *pStarts = startsIn(pSweep, s);
+        piece.nOffset = pStarts[names.first - piece.iFirst];
+        piece.nBytes = pStarts[names.last + 1 - piece.iFirst] - piece.nOffset;
+        piece.iFirst = names.first;
+        piece.iLast = names.last;
+    }
+    return piece;
 }
 
 /* Writes what is kept of segment s. */
-void keepPiece(Sweep *pSweep, int32_t s, IndexRange piece) {
-    const int32_t iBlock = pSweep->mgr->pSegments[s].iBlock;
+void keepPiece(Sweep *pSweep, int32_t s, IndexRange names) {
     if (pSweep->pNewSegments != nullptr) {
-        const int32_t nOffset = offsetIn(pSweep, s, piece.first);
-        const int32_t nBytes = offsetIn(pSweep, s, piece.last + 1) - nOffset;
-        pSweep->pNewSegments[--pSweep->iNewSegment] = {piece.first - pSweep->nBelow, piece.last - pSweep->nBelow, iBlock, nOffset, nBytes};
+        NameSegment piece = pieceOf(pSweep, s, names);
+        piece.iFirst -= pSweep->nBelow;
+        piece.iLast -= pSweep->nBelow;
+        pSweep->pNewSegments[--pSweep->iNewSegment] = piece;
         return;
     }
-    for (int32_t i = piece.first; i <= piece.last; ++i) {
-        pSweep->pNewPositions[i - pSweep->nBelow] = {iBlock, offsetIn(pSweep, s, i)};
+    const NameSegment &segment = pSweep->mgr->pSegments[s];
+    const int32_t *pStarts = startsIn(pSweep, s);
+    for (int32_t i = names.first; i <= names.last; ++i) {
+        pSweep->pNewPositions[i - pSweep->nBelow] = {segment.iBlock, pStarts[i - segment.iFirst]};
     }
 }
 
@@ -226,21 +239,21 @@ void keepDownTo(Sweep *pSweep, int32_t first) {
 }
 
 /* Removes what a run takes of segment s. */
-void removePiece(Sweep *pSweep, int32_t s, IndexRange piece, bool bInSegments) {
+void removePiece(Sweep *pSweep, int32_t s, IndexRange names, bool bInSegments) {
     NamesManager *mgr = pSweep->mgr;
-    const int32_t iBlock = mgr->pSegments[s].iBlock;
-    const int32_t nOffset = offsetIn(pSweep, s, piece.first);
-    for (int32_t i = piece.first, nStart = nOffset; i <= piece.last && mgr->nMaxNameLength >= 0; ++i) {
-        const int32_t nEnd = offsetIn(pSweep, s, i + 1);
-        noteRemovedLength(mgr, nEnd - nStart - 1);
-        nStart = nEnd;
+    const NameSegment &segment = mgr->pSegments[s];
+    if (mgr->nMaxNameLength >= 0) {
+        const int32_t *pStarts = startsIn(pSweep, s);
+        for (int32_t k = names.first - segment.iFirst; k <= names.last - segment.iFirst && mgr->nMaxNameLength >= 0; ++k) {
+            noteRemovedLength(mgr, pStarts[k + 1] - pStarts[k] - 1);
+        }
     }
+    NameStorageBlock *pBlock = &mgr->pBlocks[segment.iBlock];
     if (bInSegments) {
-        giveBackText(&mgr->pBlocks[iBlock], nOffset, offsetIn(pSweep, s, piece.last + 1) - nOffset, countOf(piece));
-        return;
-    }
-    for (int32_t i = piece.first; i <= piece.last; ++i) {
-        takeOffBlock(mgr, iBlock);
+        const NameSegment piece = pieceOf(pSweep, s, names);
+        giveBackText(pBlock, piece.nOffset, piece.nBytes, namesIn(piece));
+    } else {
+        takeOffBlock(pBlock, countOf(names));
     }
 }
 
@@ -280,7 +293,6 @@ bool sweepSegments(NamesManager *mgr, IndexList list) {
     if (pTable == nullptr) {
         return false;
     }
-    memset(pTable, 0, nBytes);
     Sweep sweep;
     sweep.mgr = mgr;
     sweep.pNewSegments = bSwitch ? nullptr : static_cast<NameSegment *>(pTable);
@@ -316,7 +328,7 @@ void sweepPositions(NamesManager *mgr, IndexList list) {
             const NamePosition position = mgr->pPositions[index];
             noteRemovedLength(mgr, static_cast<int32_t>(strlen(textAt(mgr, position.iBlock, position.nOffset))));
         }
-        takeOffBlock(mgr, mgr->pPositions[index].iBlock);
+        takeOffBlock(&mgr->pBlocks[mgr->pPositions[index].iBlock], 1);
     }
     std::copy(mgr->pPositions + iNext, mgr->pPositions + mgr->nNames, mgr->pPositions + nKept);
     mgr->nNames -= iNext - nKept;

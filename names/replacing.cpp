@@ -68,7 +68,7 @@ void removeFromIndex(NamesManager *mgr, IndexRange range) {
 
 /* Finds new room for a name that outgrew its old one. *piBlock: the block tried first, then the one taken. False without memory. */
 bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int64_t nNeed, int32_t *piBlock) {
-    if (int64_t{mgr->pBlocks[*piBlock].nSize} - mgr->pBlocks[*piBlock].nUsed < nNeed) {
+    if (roomIn(mgr->pBlocks[*piBlock]) < nNeed) {
         const int32_t iChosen = chooseBlock(mgr, nNeed);
         if (iChosen < 0) {
             return false;
@@ -95,7 +95,7 @@ int32_t replaceByPosition(NamesManager *mgr, IndexRange range, const char *const
             return 1;
         }
         char *pText = mgr->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
-        copyTexts(pText, names + k, lengths + k, 1);
+        copyText(pText, names[k], lengths[k]);
         indexTexts(mgr, pText, lengths + k, 1, range.first + k);
     }
     return 0;

@@ -73,11 +73,7 @@ int32_t readInSegment(NameReader *pReader, const char **ppNames, int32_t *pLengt
     const char *pText = textAt(pReader->mgr, iBlock, pReader->place.nOffset);
     uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
     aEnds[0] = 0;
-    if (nNames == 1) {
-        aEnds[0] = static_cast<uint32_t>(strlen(pText));
-    } else {
-        findNameEnds(pText, textLimit(pReader->mgr, iBlock), nNames, aEnds);
-    }
+    findNameEnds(pText, textLimit(pReader->mgr, iBlock), nNames, aEnds);
     if (ppNames != nullptr) {
         ppNames[0] = pText;
         for (int32_t k = 1; k < nNames; ++k) {
@@ -170,10 +166,24 @@ void finishRetrieval(NamesManager *mgr, const NameReader &reader) {
     }
 }
 
+/* The name at the cursor, with what finishRetrieval would leave behind: the step that sequential readers take for almost every name. */
+const char *readAtCursor(NamesManager *mgr) {
+    const NameStorageBlock &block = mgr->pBlocks[mgr->iCursorBlock];
+    const char *pText = block.pData + mgr->nCursorOffset;
+    mgr->nCursorMisses = 0;
+    if (mgr->iCursorName == mgr->pSegments[mgr->iCursorSegment].iLast) {
+        mgr->iCursorName = -1;
+    } else {
+        ++mgr->iCursorName;
+        mgr->nCursorOffset += lengthOfName(pText, block.pData + block.nSize) + 1;
+    }
+    return pText;
+}
+
 }  // namespace
 
 int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
-    if (NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
+    if (range.last >= mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
         return 1;
     }
     if (ppNames == nullptr || range.first > range.last) {
@@ -185,6 +195,20 @@ int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
     }
     finishRetrieval(mgr, reader);
     return 0;
+}
+
+/* Called so often that the usual cases go straight to the name. */
+const char *getOne(NamesManager *mgr, int32_t index) {
+    if (index < mgr->nNames) {
+        if (mgr->pPositions != nullptr) {
+            return textAt(mgr, mgr->pPositions[index].iBlock, mgr->pPositions[index].nOffset);
+        }
+        if (index == mgr->iCursorName) {
+            return readAtCursor(mgr);
+        }
+    }
+    const char *pName = nullptr;
+    return getPointers(mgr, {index, index}, &pName) == 0 ? pName : nullptr;
 }
 
 namespace {
@@ -225,17 +249,51 @@ uint64_t requiredSize(const NameReader &start, FieldFormat format) {
     return nSize;
 }
 
-char *writeField(char *pBuffer, FieldFormat format, const char *pName, int32_t nLength) {
-    const size_t nField = static_cast<size_t>(fieldBytes(format, nLength)) - 1;
-    const size_t nText = std::min(static_cast<size_t>(nLength), nField);
-    memcpy(pBuffer, pName, nText);
-    memset(pBuffer + nText, ' ', nField - nText);
-    pBuffer[nField] = 0;
-    return pBuffer + nField + 1;
+constexpr size_t kLooseBytes = 16;
+
+/* Copies 16 bytes at a time and so up to 15 more than asked for. */
+void copyLoosely(char *pTo, const char *pFrom, size_t nBytes) {
+    for (size_t n = 0; n < nBytes; n += kLooseBytes) {
+        memcpy(pTo + n, pFrom + n, kLooseBytes);
+    }
 }
 
-/* Writes the fields of the range, for which pBuffer has the room. *pReader ends behind the last name. */
-void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer) {
+void fillBlanksLoosely(char *pTo, size_t nBytes) {
+    for (size_t n = 0; n < nBytes; n += kLooseBytes) {
+        memcpy(pTo + n, "                ", kLooseBytes);
+    }
+}
+
+struct FieldOutput {
+    char *pNext;
+    const char *pEnd; /* of all fields together */
+};
+
+/* pLimit: end of the memory that the name lies in. Where both sides have bytes to spare up to their ends, they are copied along. */
+void writeField(FieldOutput *pOutput, FieldFormat format, const char *pName, int32_t nLength, const char *pLimit) {
+    const size_t nField = static_cast<size_t>(fieldBytes(format, nLength)) - 1;
+    const size_t nText = std::min(static_cast<size_t>(nLength), nField);
+    char *pTo = pOutput->pNext;
+    if (pOutput->pEnd - pTo > static_cast<int64_t>(nField + kLooseBytes) && pLimit - pName >= static_cast<int64_t>(nText + kLooseBytes)) {
+        copyLoosely(pTo, pName, nText);
+        fillBlanksLoosely(pTo + nText, nField - nText);
+    } else {
+        memcpy(pTo, pName, nText);
+        memset(pTo + nText, ' ', nField - nText);
+    }
+    pTo[nField] = 0;
+    pOutput->pNext = pTo + nField + 1;
+}
+
+/* End of the memory of the block that a name lies in, which was the k-th of the nNames names read last. */
+const char *limitOfRead(const NameReader &reader, int32_t nNames, int32_t k) {
+    const NamesManager *mgr = reader.mgr;
+    return textLimit(mgr, mgr->pSegments != nullptr ? mgr->pSegments[reader.place.iSegment].iBlock
+                                                    : mgr->pPositions[reader.iNext - nNames + k].iBlock);
+}
+
+/* Writes the fields of the range, nSize bytes in all. *pReader ends behind the last name. */
+void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_t nSize) {
     if (isPlain(format) && pReader->mgr->pSegments != nullptr) {
         for (TextPiece piece = readPiece(pReader); piece.nBytes > 0; piece = readPiece(pReader)) {
             memcpy(pBuffer, piece.pText, static_cast<size_t>(piece.nBytes));
@@ -243,17 +301,18 @@ void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer) {
         }
         return;
     }
+    FieldOutput output = {pBuffer, pBuffer + nSize};
     const char *apNames[kMaxSegmentNames];
     int32_t aLengths[kMaxSegmentNames];
     for (int32_t n = readNames(pReader, apNames, aLengths); n > 0; n = readNames(pReader, apNames, aLengths)) {
         for (int32_t k = 0; k < n; ++k) {
-            pBuffer = writeField(pBuffer, format, apNames[k], aLengths[k]);
+            writeField(&output, format, apNames[k], aLengths[k], limitOfRead(*pReader, n, k));
         }
     }
 }
 
 int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *pBuffer, uint64_t nBufferSize, uint64_t *pnRequiredSize) {
-    if (NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
+    if (range.last >= mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
         return 1;
     }
     if (pnRequiredSize == nullptr && nBufferSize == 0) {
@@ -271,7 +330,7 @@ int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *
         return 3;
     }
     if (range.first <= range.last) {
-        writeFields(&reader, format, pBuffer);
+        writeFields(&reader, format, pBuffer, nSize);
         finishRetrieval(mgr, reader);
     }
     return 0;
@@ -298,8 +357,12 @@ int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t l
 }
 
 const char *NamesManager_GetName(NamesManager *mgr, int32_t index, int32_t bOneBased) {
-    const char *pName = nullptr;
-    return NamesManager_GetNamePointers(mgr, index, index, bOneBased, &pName) == 0 ? pName : nullptr;
+    ScopedLock lock(mgr);
+    IndexRange range;
+    if (!toIndexRange(index, index, bOneBased, &range)) {
+        return nullptr;
+    }
+    return getOne(mgr, range.first);
 }
 
 int32_t NamesManager_CopyName(NamesManager *destination, int32_t destinationIndex, int32_t bDestinationOneBased, NamesManager *source,

@@ -27,7 +27,7 @@ bool chooseBatch(NamesManager *mgr, const int32_t *lengths, int32_t nNames, Batc
     if (pBatch->iBlock < 0) {
         return false;
     }
-    const int64_t nRoom = int64_t{mgr->pBlocks[pBatch->iBlock].nSize} - mgr->pBlocks[pBatch->iBlock].nUsed;
+    const int64_t nRoom = roomIn(mgr->pBlocks[pBatch->iBlock]);
     const int32_t nMost = std::min(nNames, kMaxSegmentNames);
     int32_t nTaken = 1;
     while (nTaken < nMost && nBytes + lengths[nTaken] + 1 <= nRoom) {
@@ -89,13 +89,19 @@ int32_t appendBatch(NamesManager *mgr, const char *const *names, const int32_t *
     }
     NameStorageBlock *pBlock = &mgr->pBlocks[batch.iBlock];
     char *pText = pBlock->pData + pBlock->nUsed;
-    copyTexts(pText, names, lengths, batch.nNames);
+    if (batch.nNames == 1) {
+        copyText(pText, names[0], lengths[0]);
+    } else {
+        copyTexts(pText, names, lengths, batch.nNames);
+    }
     countMaxLengths(mgr, lengths, batch.nNames);
     const int32_t iFirst = mgr->nNames;
     pBlock->nNamesInBlock += batch.nNames;
     pBlock->nUsed += batch.nBytes;
     mgr->nNames += batch.nNames;
-    indexTexts(mgr, pText, lengths, batch.nNames, iFirst);
+    if (mgr->pLookupIndex != nullptr) {
+        indexTexts(mgr, pText, lengths, batch.nNames, iFirst);
+    }
     return batch.nNames;
 }
 

@@ -85,6 +85,23 @@ inline int32_t countBits(uint64_t n) {
     return static_cast<int32_t>((n * 0x0101010101010101) >> 56);
 }
 
+/* Length of the name at pText, without its NUL. */
+inline int32_t lengthOfName(const char *pText, const char *pLimit) {
+    const char *p = pText;
+#if defined(__SSE2__)
+    for (; pLimit - p >= 16; p += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        const int nNuls = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+        if (nNuls != 0) {
+            return static_cast<int32_t>(p - pText) + __builtin_ctz(static_cast<unsigned>(nNuls));
+        }
+    }
+#else
+    static_cast<void>(pLimit);
+#endif
+    return static_cast<int32_t>(p - pText) + static_cast<int32_t>(strlen(p));
+}
+
 /* Offsets past the end of an array of ends that findNameEnds may write. */
 constexpr int32_t kEndsSlack = kWindowBytes;
 
