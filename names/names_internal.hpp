@@ -118,7 +118,14 @@ inline int32_t chooseBlock(NamesManager *mgr, int64_t nNeed) {
 
 /* Takes nNames names off a block, whose text lay at nOffset and took nBytes. Text at the end of the used bytes is given back, other text
  * goes dead; a block without names is wholly free again. */
-void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nBytes, int32_t nNames);
+inline void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nBytes, int32_t nNames) {
+    pBlock->nNamesInBlock -= nNames;
+    if (pBlock->nNamesInBlock == 0) {
+        pBlock->nUsed = 0;
+    } else if (nOffset + nBytes == pBlock->nUsed) {
+        pBlock->nUsed = nOffset;
+    }
+}
 
 /* Table growth. False without memory: nothing has changed. New records are zeroed. */
 bool growSegmentTable(NamesManager *mgr);

@@ -156,15 +156,6 @@ int32_t searchBlock(NamesManager *mgr, int64_t nNeed) {
     return addBlockForText(mgr, nNeed) ? mgr->nBlocks - 1 : -1;
 }
 
-void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nBytes, int32_t nNames) {
-    pBlock->nNamesInBlock -= nNames;
-    if (pBlock->nNamesInBlock == 0) {
-        pBlock->nUsed = 0;
-    } else if (nOffset + nBytes == pBlock->nUsed) {
-        pBlock->nUsed = nOffset;
-    }
-}
-
 bool growSegmentTable(NamesManager *mgr) {
     return resizeSegmentTable(mgr, int64_t{mgr->nSegmentsAlloc} + kTableStep);
 }
@@ -241,14 +232,13 @@ int32_t storeIndividualPositions(NamesManager *mgr) {
     if (pPositions == nullptr) {
         return 1;
     }
-    uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
+    int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     NamePosition *pNext = pPositions;
     for (const NameSegment *pSegment = mgr->pSegments; pSegment < mgr->pSegments + mgr->nSegments; ++pSegment) {
-        findNameEnds(textAt(mgr, pSegment->iBlock, pSegment->nOffset), textLimit(mgr, pSegment->iBlock), namesIn(*pSegment), aEnds);
-        int32_t nOffset = pSegment->nOffset;
-        for (int32_t k = 0; k < namesIn(*pSegment); ++k) {
-            *pNext++ = {pSegment->iBlock, nOffset};
-            nOffset = pSegment->nOffset + static_cast<int32_t>(aEnds[k]) + 1;
+        const int32_t nNames = namesIn(*pSegment);
+        findNameStarts(textAt(mgr, pSegment->iBlock, pSegment->nOffset), textLimit(mgr, pSegment->iBlock), nNames, aStarts);
+        for (int32_t k = 0; k < nNames; ++k) {
+            *pNext++ = {pSegment->iBlock, pSegment->nOffset + aStarts[k]};
         }
     }
     freeSegmentTable(mgr);

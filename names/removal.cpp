@@ -170,6 +170,34 @@ RemovalPlan planRemoval(const NamesManager *mgr, IndexList list) {
     return plan;
 }
 
+/* Where the names of one segment start, from its nOffset on. */
+struct WalkedSegment {
+    int32_t iSegment; /* -1: none yet */
+    int32_t aStarts[roomForStarts(kMaxSegmentNames)];
+};
+
+/* The starts of names in a segment, in order, and its end. Runs come in order, so that hardly any segment is walked twice. */
+const int32_t *startsIn(const NamesManager *mgr, int32_t s, WalkedSegment *pWalked) {
+    if (pWalked->iSegment != s) {
+        const NameSegment &segment = mgr->pSegments[s];
+        findNameStarts(textAt(mgr, segment.iBlock, segment.nOffset), textLimit(mgr, segment.iBlock), namesIn(segment), pWalked->aStarts);
+        pWalked->iSegment = s;
+    }
+    return pWalked->aStarts;
+}
+
+/* The piece of segment s that holds the given names. A whole segment need not be walked. */
+NameSegment pieceOf(const NamesManager *mgr, int32_t s, IndexRange names, WalkedSegment *pWalked) {
+    const NameSegment &whole = mgr->pSegments[s];
+    if (whole.iFirst == names.first && whole.iLast == names.last) {
+        return whole;
+    }
+    const int32_t *pStarts = startsIn(mgr, s, pWalked);
+    const int32_t nStart = pStarts[names.first - whole.iFirst];
+    const int32_t nEnd = pStarts[names.last + 1 - whole.iFirst];
+    return {names.first, names.last, whole.iBlock, whole.nOffset + nStart, nEnd - nStart};
+}
+
 /* A sweep over the segments from the last name down. */
 struct Sweep {
     NamesManager *mgr;
@@ -179,51 +207,23 @@ struct Sweep {
     int32_t iSegment;    /* the segment that iTop lies in or below */
     int32_t iTop;        /* the highest name not swept yet */
     int32_t nBelow;      /* names to be removed below iTop */
-    int32_t iWalked;     /* the segment that aStarts describes */
-    int32_t aStarts[1 + kMaxSegmentNames + kEndsSlack];
+    WalkedSegment *pWalked;
 };
-
-/* Byte offsets in its block of the names of segment s, in order, and of its end. */
-const int32_t *startsIn(Sweep *pSweep, int32_t s) {
-    if (pSweep->iWalked != s) {
-        const NameSegment &segment = pSweep->mgr->pSegments[s];
-        uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
-        findNameEnds(textAt(pSweep->mgr, segment.iBlock, segment.nOffset), textLimit(pSweep->mgr, segment.iBlock), namesIn(segment), aEnds);
-        pSweep->iWalked = s;
-        pSweep->aStarts[0] = segment.nOffset;
-        for (int32_t k = 0; k < namesIn(segment); ++k) {
-            pSweep->aStarts[k + 1] = segment.nOffset + static_cast<int32_t>(aEnds[k]) + 1;
-        }
-    }
-    return pSweep->aStarts;
-}
-
-/* The piece of segment s that holds the given names. A whole segment need not be walked. */
-NameSegment pieceOf(Sweep *pSweep, int32_t s, IndexRange names) {
-    NameSegment piece = pSweep->mgr->pSegments[s];
-    if (piece.iFirst != names.first || piece.iLast != names.last) {
-        const int32_t *pStarts = startsIn(pSweep, s);
-        piece.nOffset = pStarts[names.first - piece.iFirst];
-        piece.nBytes = pStarts[names.last + 1 - piece.iFirst] - piece.nOffset;
-        piece.iFirst = names.first;
-        piece.iLast = names.last;
-    }
-    return piece;
-}
 
 /* Writes what is kept of segment s. */
 void keepPiece(Sweep *pSweep, int32_t s, IndexRange names) {
+    const NamesManager *mgr = pSweep->mgr;
     if (pSweep->pNewSegments != nullptr) {
-        NameSegment piece = pieceOf(pSweep, s, names);
+        NameSegment piece = pieceOf(mgr, s, names, pSweep->pWalked);
         piece.iFirst -= pSweep->nBelow;
         piece.iLast -= pSweep->nBelow;
         pSweep->pNewSegments[--pSweep->iNewSegment] = piece;
         return;
     }
-    const NameSegment &segment = pSweep->mgr->pSegments[s];
-    const int32_t *pStarts = startsIn(pSweep, s);
+    const NameSegment &segment = mgr->pSegments[s];
+    const int32_t *pStarts = startsIn(mgr, s, pSweep->pWalked);
     for (int32_t i = names.first; i <= names.last; ++i) {
-        pSweep->pNewPositions[i - pSweep->nBelow] = {segment.iBlock, pStarts[i - segment.iFirst]};
+        pSweep->pNewPositions[i - pSweep->nBelow] = {segment.iBlock, segment.nOffset + pStarts[i - segment.iFirst]};
     }
 }
 
@@ -238,20 +238,23 @@ void keepDownTo(Sweep *pSweep, int32_t first) {
     }
 }
 
+void noteRemovedPiece(NamesManager *mgr, int32_t s, IndexRange names, WalkedSegment *pWalked) {
+    const int32_t *pStarts = startsIn(mgr, s, pWalked) + (names.first - mgr->pSegments[s].iFirst);
+    for (int32_t k = 0; k < countOf(names) && mgr->nMaxNameLength >= 0; ++k) {
+        noteRemovedLength(mgr, pStarts[k + 1] - pStarts[k] - 1);
+    }
+}
+
 /* Removes what a run takes of segment s. */
 void removePiece(Sweep *pSweep, int32_t s, IndexRange names, bool bInSegments) {
     NamesManager *mgr = pSweep->mgr;
-    const NameSegment &segment = mgr->pSegments[s];
     if (mgr->nMaxNameLength >= 0) {
-        const int32_t *pStarts = startsIn(pSweep, s);
-        for (int32_t k = names.first - segment.iFirst; k <= names.last - segment.iFirst && mgr->nMaxNameLength >= 0; ++k) {
-            noteRemovedLength(mgr, pStarts[k + 1] - pStarts[k] - 1);
-        }
+        noteRemovedPiece(mgr, s, names, pSweep->pWalked);
     }
-    NameStorageBlock *pBlock = &mgr->pBlocks[segment.iBlock];
+    NameStorageBlock *pBlock = &mgr->pBlocks[mgr->pSegments[s].iBlock];
     if (bInSegments) {
-        const NameSegment piece = pieceOf(pSweep, s, names);
-        giveBackText(pBlock, piece.nOffset, piece.nBytes, namesIn(piece));
+        const NameSegment piece = pieceOf(mgr, s, names, pSweep->pWalked);
+        giveBackText(pBlock, piece.nOffset, piece.nBytes, countOf(names));
     } else {
         takeOffBlock(pBlock, countOf(names));
     }
@@ -293,21 +296,23 @@ bool sweepSegments(NamesManager *mgr, IndexList list) {
     if (pTable == nullptr) {
         return false;
     }
-    Sweep sweep;
-    sweep.mgr = mgr;
-    sweep.pNewSegments = bSwitch ? nullptr : static_cast<NameSegment *>(pTable);
-    sweep.pNewPositions = bSwitch ? static_cast<NamePosition *>(pTable) : nullptr;
-    sweep.iNewSegment = plan.nSegments;
-    sweep.iSegment = mgr->nSegments - 1;
-    sweep.iTop = mgr->nNames - 1;
-    sweep.nBelow = plan.nRemoved;
-    sweep.iWalked = -1;
-    IndexRange run;
-    for (int32_t nRun = 0; takeRun(&list, &run); ++nRun) {
-        keepDownTo(&sweep, run.last + 1);
-        removeRun(&sweep, run, nRun < plan.nRunsInSegments);
+    WalkedSegment walked;
+    walked.iSegment = -1;
+    Sweep sweep = {mgr, nullptr, nullptr, plan.nSegments, mgr->nSegments - 1, mgr->nNames - 1, plan.nRemoved, &walked};
+    if (bSwitch) {
+        sweep.pNewPositions = static_cast<NamePosition *>(pTable);
+    } else {
+        sweep.pNewSegments = static_cast<NameSegment *>(pTable);
     }
-    keepDownTo(&sweep, 0);
+    bool bMore = true;
+    for (int32_t nRun = 0; bMore; ++nRun) {
+        IndexRange run = {-1, -1};
+        bMore = takeRun(&list, &run);
+        keepDownTo(&sweep, run.last + 1);
+        if (bMore) {
+            removeRun(&sweep, run, nRun < plan.nRunsInSegments);
+        }
+    }
     takeOverTable(mgr, plan, sweep);
     mgr->nNames -= plan.nRemoved;
     return true;

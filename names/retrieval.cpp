@@ -71,22 +71,15 @@ int32_t readInSegment(NameReader *pReader, const char **ppNames, int32_t *pLengt
     const int32_t nNames = enterSegment(pReader);
     const int32_t iBlock = pReader->mgr->pSegments[pReader->place.iSegment].iBlock;
     const char *pText = textAt(pReader->mgr, iBlock, pReader->place.nOffset);
-    uint32_t aEnds[kMaxSegmentNames + kEndsSlack];
-    aEnds[0] = 0;
-    findNameEnds(pText, textLimit(pReader->mgr, iBlock), nNames, aEnds);
-    if (ppNames != nullptr) {
-        ppNames[0] = pText;
-        for (int32_t k = 1; k < nNames; ++k) {
-            ppNames[k] = pText + aEnds[k - 1] + 1;
-        }
+    int32_t aStarts[roomForStarts(kMaxSegmentNames)];
+    findNameStarts(pText, textLimit(pReader->mgr, iBlock), nNames, aStarts);
+    for (int32_t k = 0; ppNames != nullptr && k < nNames; ++k) {
+        ppNames[k] = pText + aStarts[k];
     }
-    if (pLengths != nullptr) {
-        pLengths[0] = static_cast<int32_t>(aEnds[0]);
-        for (int32_t k = 1; k < nNames; ++k) {
-            pLengths[k] = static_cast<int32_t>(aEnds[k] - aEnds[k - 1] - 1);
-        }
+    for (int32_t k = 0; pLengths != nullptr && k < nNames; ++k) {
+        pLengths[k] = aStarts[k + 1] - aStarts[k] - 1;
     }
-    leaveNames(pReader, nNames, static_cast<int32_t>(aEnds[nNames - 1]) + 1);
+    leaveNames(pReader, nNames, aStarts[nNames]);
     return nNames;
 }
 

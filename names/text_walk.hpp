@@ -102,20 +102,24 @@ inline int32_t lengthOfName(const char *pText, const char *pLimit) {
     return static_cast<int32_t>(p - pText) + static_cast<int32_t>(strlen(p));
 }
 
-/* Offsets past the end of an array of ends that findNameEnds may write. */
-constexpr int32_t kEndsSlack = kWindowBytes;
+/* Room for the starts of nNames names and the end of the last, with what findNameStarts may write beyond. */
+constexpr int32_t roomForStarts(int32_t nNames) {
+    return nNames + 1 + kWindowBytes;
+}
 
-/* Writes the offsets from pText of the NULs that end the nNames names there. aEnds has room for nNames + kEndsSlack. Four ends are taken
- * per step, wanted or not, so that the number of names in a window costs no unpredictable branch per name. */
-inline void findNameEnds(const char *pText, const char *pLimit, int32_t nNames, uint32_t *aEnds) {
+/* Writes the offsets from pText at which the nNames names there start, and behind them the offset at which the last one ends, NULs
+ * included: aStarts[k + 1] - aStarts[k] - 1 is the length of name k. Four NULs are taken per step, wanted or not, so that the number of
+ * names in a window costs no unpredictable branch per name. */
+inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+    aStarts[0] = 0;
     int32_t nFound = 0;
-    for (uint32_t nBase = 0; nFound < nNames; nBase += kWindowBytes) {
-        uint64_t nNuls = matchWindow(pText + nBase, pLimit, 0);
-        uint32_t *pEnd = aEnds + nFound;
+    for (int32_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
+        uint64_t nNuls = matchWindow(pText + (nBase - 1), pLimit, 0);
+        int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
         while (nNuls != 0) {
             for (int i = 0; i < 4; ++i) {
-                *pEnd++ = nBase + lowestBit(nNuls);
+                *pStart++ = nBase + static_cast<int32_t>(lowestBit(nNuls));
                 nNuls &= nNuls - 1;
             }
         }
