@@ -1,0 +1,570 @@
+// A second, slow telling of the names manager: every operation carried out step by step on plain containers, so that after each one the
+// whole record of a real manager can be compared with it. It never runs out of memory, and its lookups find the lowest of equal names, as
+// the shipped hash map does. Statuses, index bases and widths are those of names/names_manager.h; texts hold no NUL; pTexts points to one
+// text for each index of its range. Sizes of names count the NUL, lengths do not.
+#pragma once
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <numeric>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "names/names_manager.h"
+
+namespace model {
+
+using Strings = std::vector<std::string>;
+using Texts = std::span<const std::string>;
+
+// An index range as a caller gives it, or within the contract and 0-based.
+struct Range {
+    int32_t first, last, bOneBased;
+};
+
+// How a name is laid out in a caller's buffer.
+struct Field {
+    int32_t bPad, bTruncate, nWidth;
+};
+
+// What the duplicate check finds; the last three count only where bDuplicate is set.
+struct Clash {
+    int32_t bDuplicate, iFirst, iSecond;
+    std::string szName;
+};
+
+// As it ends a saved image.
+struct Cursor {
+    int32_t iName, iSegment, iBlock, nOffset, nMisses;
+};
+
+struct Block {
+    int32_t nSize, nNames;
+    std::string text;  // the nUsed bytes, dead ones included
+    int32_t nUsed() const { return static_cast<int32_t>(text.size()); }
+    int32_t nRoom() const { return nSize - nUsed(); }
+};
+
+struct Record {
+    Strings names;             // the list itself; the blocks, through segments or positions, must spell it
+    std::string szNameFormat;  // 32 bytes, and so is the next
+    std::string szFirstGeneratedName = std::string(32, '\0');
+    int32_t nGeneratedNameBase = 0, nMaxNameLength = -1, nMaxNameLengthCount = 0;
+    std::vector<Block> blocks = {{4096, 0, ""}};
+    std::vector<NameSegment> segments;    // those in use
+    std::vector<NamePosition> positions;  // one per name, in positions mode
+    int32_t nBlocksAlloc = 16, nSegmentsAlloc = 16, nPositionsAlloc = 0;
+    bool bSegments = true;  // the storage mode: segments, else positions
+    bool bLookupIndex = false;
+    Cursor cursor = {-1, 0, 0, 0, 0};
+
+    explicit Record(const char *szFormat) : szNameFormat(szFormat) { szNameFormat.resize(32); }
+
+    static int32_t toInt(size_t n) { return static_cast<int32_t>(n); }
+    static int32_t lengthOf(const std::string &name) { return toInt(name.size()); }
+    static int32_t sizeOf(const std::string &name) { return lengthOf(name) + 1; }
+    static int32_t endOf(const NameSegment &segment) { return segment.nOffset + segment.nBytes; }
+    static int32_t countOf(const NameSegment &segment) { return segment.iLast - segment.iFirst + 1; }
+    static std::string trimmed(const std::string &text) { return text.substr(0, text.find_last_not_of(' ') + 1); }
+    static std::string bytesOf(const void *pData, size_t nBytes) { return {static_cast<const char *>(pData), nBytes}; }
+    static std::string bytesOf(std::vector<int32_t> numbers) { return bytesOf(numbers.data(), numbers.size() * sizeof(int32_t)); }
+
+    int32_t nNames() const { return toInt(names.size()); }
+    int32_t nBlocks() const { return toInt(blocks.size()); }
+    int32_t nSegments() const { return toInt(segments.size()); }
+    std::string *at(int32_t i) { return names.data() + i; }
+    std::string &name(int32_t i) { return *at(i); }
+    Block &block(int32_t i) { return blocks.data()[i]; }
+    NameSegment &segment(int32_t i) { return segments.data()[i]; }
+
+    // ---- The mechanics that operations share
+
+    static std::optional<Range> boundsOf(Range range) {
+        const int64_t first = int64_t{range.first} - (range.bOneBased != 0);
+        const int64_t last = int64_t{range.last} - (range.bOneBased != 0);
+        if (first < 0 || first > last + 1 || last >= INT32_MAX) return std::nullopt;
+        return Range{static_cast<int32_t>(first), static_cast<int32_t>(last), 0};
+    }
+
+    static int32_t sizeOf(Texts texts) {
+        return std::accumulate(texts.begin(), texts.end(), 0, [](int32_t n, const std::string &text) { return n + sizeOf(text); });
+    }
+
+    int32_t offsetOf(const NameSegment &in, int32_t iName) { return in.nOffset + sizeOf(Texts(at(in.iFirst), at(iName))); }
+
+    int32_t segmentOf(int32_t iName) {
+        const auto bBefore = [=](const NameSegment &segment) { return segment.iLast < iName; };
+        return static_cast<int32_t>(std::count_if(segments.begin(), segments.end(), bBefore));
+    }
+
+    // Writes a name with its NUL over the text at nOffset, or at the end of it.
+    void writeName(int32_t iBlock, int32_t nOffset, const std::string &text) {
+        block(iBlock).text.replace(static_cast<size_t>(nOffset), text.size() + 1, text.c_str(), text.size() + 1);
+    }
+
+    int32_t chooseBlock(int32_t nNeed) {
+        for (int32_t iBlock = nBlocks() - 1; iBlock >= 0; --iBlock) {
+            if (block(iBlock).nRoom() >= nNeed) return iBlock;
+        }
+        if (nBlocks() == nBlocksAlloc) nBlocksAlloc += 16;
+        blocks.push_back({std::max(nNeed, 131072), 0, ""});
+        return nBlocks() - 1;
+    }
+
+    // nCount names leave a block; their nBytes at nOffset are given back where they end its text.
+    void leaveBlock(int32_t iBlock, int32_t nOffset, int32_t nBytes, int32_t nCount) {
+        Block &old = block(iBlock);
+        old.nNames -= nCount;
+        if (old.nNames == 0 || nOffset + nBytes == old.nUsed()) old.text.resize(old.nNames == 0 ? 0 : static_cast<size_t>(nOffset));
+    }
+
+    void reserveTwoSegments() { nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? 16 : 0; }
+
+    // Splits a segment so that the one after it starts at iName.
+    void splitSegment(int32_t iSegment, int32_t iName) {
+        const NameSegment whole = segment(iSegment);
+        const int32_t nOffset = offsetOf(whole, iName);
+        segment(iSegment) = {whole.iFirst, iName - 1, whole.iBlock, whole.nOffset, nOffset - whole.nOffset};
+        segments.insert(segments.begin() + iSegment + 1, {iName, whole.iLast, whole.iBlock, nOffset, endOf(whole) - nOffset});
+    }
+
+    // Makes the names of a segment that lie in the bounds a segment of their own; returns its number.
+    int32_t cutSegment(int32_t iSegment, Range bounds) {
+        if (segment(iSegment).iFirst < bounds.first) splitSegment(iSegment++, bounds.first);
+        if (segment(iSegment).iLast > bounds.last) splitSegment(iSegment, bounds.last + 1);
+        return iSegment;
+    }
+
+    // Joins a segment to the one before it where their texts touch and 127 names are not exceeded; 1 if so.
+    int32_t mergeSegment(int32_t iSegment) {
+        if (iSegment < 1 || iSegment >= nSegments()) return 0;
+        NameSegment &front = segment(iSegment - 1);
+        const NameSegment back = segment(iSegment);
+        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset || countOf(front) + countOf(back) > 127) return 0;
+        front.nBytes += back.nBytes;
+        front.iLast = back.iLast;
+        segments.erase(segments.begin() + iSegment);
+        return 1;
+    }
+
+    void raiseMaximum(int32_t nLength) {
+        nMaxNameLengthCount = nLength > nMaxNameLength ? 1 : nMaxNameLengthCount + (nLength == nMaxNameLength);
+        nMaxNameLength = std::max(nMaxNameLength, nLength);
+    }
+
+    // A name of nLength bytes goes; a maximum that no known name has is unknown.
+    void lowerMaximum(int32_t nLength) {
+        if (nLength == nMaxNameLength && --nMaxNameLengthCount == 0) nMaxNameLength = -1;
+    }
+
+    void resetCursor() { cursor.iName = -1, cursor.nMisses = 0; }
+
+    // What a retrieval leaves behind.
+    void finishRead(Range bounds) {
+        if (!bSegments || bounds.first > bounds.last) return;
+        const bool bHit = bounds.first == 0 || bounds.first == cursor.iName;
+        cursor.nMisses = bHit ? 0 : cursor.nMisses + 1;
+        if (cursor.nMisses > 4) {
+            storeIndividualNamePositions();
+            return;
+        }
+        const int32_t iSegment = segmentOf(bounds.last);
+        const NameSegment &in = segment(iSegment);
+        cursor.iName = -1;
+        if (bounds.last < in.iLast) cursor = {bounds.last + 1, iSegment, in.iBlock, offsetOf(in, bounds.last + 1), cursor.nMisses};
+    }
+
+    // The bounds of a range to be read, its missing names generated; nothing where that is refused.
+    std::optional<Range> reach(Range range) {
+        const auto bounds = boundsOf(range);
+        return bounds && generateNamesUpTo(bounds->last) == 0 ? bounds : std::nullopt;
+    }
+
+    // ---- Storing
+
+    void appendNames(int32_t nCount, const std::string *pTexts) {
+        for (int32_t k = 0; k < nCount && nMaxNameLength != -1; ++k)
+            raiseMaximum(lengthOf(pTexts[k]));
+        const int32_t nShort = nNames() + nCount - nPositionsAlloc;
+        if (!bSegments && nShort > 0) nPositionsAlloc += (nShort + 31) / 32 * 32;
+        for (const std::string *pEnd = pTexts + nCount; pTexts != pEnd;) {
+            int32_t nBatch = 1, nBytes = sizeOf(*pTexts);
+            const int32_t iBlock = chooseBlock(nBytes), nOffset = block(iBlock).nUsed(), nRoom = block(iBlock).nRoom();
+            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < 128 && nBytes + sizeOf(pTexts[nBatch]) <= nRoom)
+                nBytes += sizeOf(pTexts[nBatch++]);
+            NameSegment *pLast = segments.empty() ? nullptr : &segments.back();
+            if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset && countOf(*pLast) + nBatch <= 128) {
+                pLast->iLast += nBatch;
+                pLast->nBytes += nBytes;
+            } else if (bSegments) {
+                if (nSegments() == nSegmentsAlloc) nSegmentsAlloc += 16;
+                segments.push_back({nNames(), nNames() + nBatch - 1, iBlock, nOffset, nBytes});
+            }
+            for (block(iBlock).nNames += nBatch; nBatch > 0; --nBatch, ++pTexts) {
+                if (!bSegments) positions.push_back({iBlock, block(iBlock).nUsed()});
+                writeName(iBlock, block(iBlock).nUsed(), *pTexts);
+                names.push_back(*pTexts);
+            }
+        }
+    }
+
+    // iCurrent: the block that is tried first when the text moves, then the one it moved to.
+    void replaceAtPosition(int32_t iName, const std::string &text, int32_t &iCurrent) {
+        NamePosition &position = positions.data()[iName];
+        if (sizeOf(text) > sizeOf(name(iName))) {
+            if (block(iCurrent).nRoom() < sizeOf(text)) iCurrent = chooseBlock(sizeOf(text));
+            if (iCurrent != position.iBlock) {
+                leaveBlock(position.iBlock, position.nOffset, sizeOf(name(iName)), 1);
+                ++block(iCurrent).nNames;
+            }
+            position = {iCurrent, block(iCurrent).nUsed()};
+        }
+        writeName(position.iBlock, position.nOffset, text);
+        name(iName) = text;
+    }
+
+    // Replaces the names within the bounds that lie in the first one's segment; returns how many.
+    int32_t replaceRun(Range bounds, const std::string *pTexts) {
+        int32_t iSegment = segmentOf(bounds.first);
+        if (segment(iSegment).iFirst < bounds.first || segment(iSegment).iLast > bounds.last) reserveTwoSegments();
+        iSegment = cutSegment(iSegment, bounds);
+        NameSegment &run = segment(iSegment);
+        const int32_t nRun = countOf(run), iLast = run.iLast, nNew = sizeOf(Texts(pTexts, pTexts + nRun));
+        const bool bEndsBlock = endOf(run) == block(run.iBlock).nUsed();
+        if (nNew > run.nBytes && (!bEndsBlock || nNew > block(run.iBlock).nSize - run.nOffset)) {
+            const int32_t iBlock = chooseBlock(nNew);
+            leaveBlock(run.iBlock, run.nOffset, run.nBytes, nRun);
+            block(iBlock).nNames += nRun;
+            run.iBlock = iBlock;
+            run.nOffset = block(iBlock).nUsed();
+        } else if (bEndsBlock) {
+            block(run.iBlock).text.resize(static_cast<size_t>(run.nOffset) + static_cast<size_t>(nNew));
+        }
+        run.nBytes = nNew;
+        for (int32_t i = run.iFirst; i <= iLast; ++i) {
+            name(i) = pTexts[i - run.iFirst];
+            writeName(run.iBlock, offsetOf(run, i), name(i));
+        }
+        iSegment -= mergeSegment(iSegment);
+        if (iLast == bounds.last) mergeSegment(iSegment + 1);
+        switchWhereSegmentsDoNotPay();
+        return nRun;
+    }
+
+    void replaceNames(Range bounds, const std::string *pTexts) {
+        for (int32_t i = bounds.first; i <= bounds.last && nMaxNameLength != -1; ++i) {
+            const int32_t nOld = lengthOf(name(i)), nNew = lengthOf(pTexts[i - bounds.first]);
+            if (nNew > nOld && nNew > nMaxNameLength) raiseMaximum(nNew);
+            if (nNew < nOld) lowerMaximum(nOld);
+        }
+        for (int32_t iCurrent = nBlocks() - 1, i = bounds.first; i <= bounds.last;) {
+            if (!bSegments) {
+                replaceAtPosition(i, pTexts[i - bounds.first], iCurrent);
+                ++i;
+            } else {
+                i += replaceRun({i, bounds.last, 0}, pTexts + (i - bounds.first));
+                if (!bSegments) iCurrent = 0;
+            }
+        }
+    }
+
+    int32_t storeNames(Range range, const std::string *pTexts) {
+        const auto bounds = boundsOf(range);
+        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) return 1;
+        const int32_t nOld = nNames();
+        if (bounds->first < nOld && nOld <= bounds->last) {
+            storeNames({bounds->first, nOld - 1, 0}, pTexts);
+            return storeNames({nOld, bounds->last, 0}, pTexts + (nOld - bounds->first));
+        }
+        resetCursor();
+        bounds->first == nOld ? appendNames(bounds->last - nOld + 1, pTexts) : replaceNames(*bounds, pTexts);
+        return 0;
+    }
+
+    int32_t storeTrimmed(Range range, const std::string *pTexts) {
+        Strings stored;
+        for (int32_t k = 0; k <= range.last - range.first; ++k) {
+            stored.push_back(trimmed(pTexts[k]));
+            if (stored.back().size() > 1048575) return 2;
+        }
+        return storeNames(range, stored.data());
+    }
+
+    int32_t addNames(Range range, const std::string *pTexts) {
+        if (range.last < range.first) return releaseEmptyBlocks();
+        const int32_t nStatus = boundsOf(range) ? storeTrimmed(range, pTexts) : 1;
+        if (nStatus == 0 && (range.first != range.last || range.last % 1000 == 0)) releaseEmptyBlocks();
+        return nStatus;
+    }
+
+    int32_t addNamesFromBuffer(Range range, const std::string *pTexts) {
+        if (!boundsOf(range)) return 1;
+        return range.first == range.last ? addNames(range, pTexts) : storeTrimmed(range, pTexts);
+    }
+
+    int32_t addNameWithMaxLength(Range range, const std::string &text, int32_t nMaxLength) {
+        const std::string stored = trimmed(text.substr(0, static_cast<size_t>(std::max(nMaxLength, 0))));
+        return storeNames(range, &stored);
+    }
+
+    int32_t copyName(Range to, Record &source, Range from, const std::string &prefix) {
+        Strings texts;
+        if (source.getNamePointers(from, &texts) != 0) return 1;
+        return addNames(to, &(texts[0] = prefix + texts[0]));
+    }
+
+    int32_t generateNamesUpTo(int32_t iLast) {
+        if (iLast < nNames()) return 0;
+        std::unordered_set<std::string> held(names.begin(), names.end());
+        int32_t nNumber = std::max(nGeneratedNameBase, nNames());
+        for (int32_t iName = nNames(); iName <= iLast; ++iName) {
+            char szText[100];
+            do {
+                std::snprintf(szText, sizeof szText, szNameFormat.c_str(), nNumber + 1);
+                if (nNumber == 0 && szFirstGeneratedName[0] != '\0') szFirstGeneratedName.copy(szText, 32);
+                ++nNumber;
+                buildIndex();
+            } while (!held.insert(trimmed(szText)).second);
+            const std::string candidate = szText;
+            if (addNames({iName, iName, 0}, &candidate) != 0) return 1;
+        }
+        nGeneratedNameBase = nNumber - 1;
+        return 0;
+    }
+
+    int32_t generateNames(int32_t nCount) { return nNames() < nCount ? generateNamesUpTo(nCount - 1) : 0; }
+
+    void setFirstGeneratedName(const std::string &text) { (szFirstGeneratedName = text.substr(0, 31)).resize(32); }
+
+    // ---- Reading
+
+    // Nothing where the range is refused.
+    std::vector<int32_t> getNameLengths(Range range) {
+        const auto bounds = boundsOf(range);
+        std::vector<int32_t> lengths;
+        if (bounds && bounds->last < nNames())
+            std::transform(at(bounds->first), at(bounds->last + 1), std::back_inserter(lengths), lengthOf);
+        return lengths;
+    }
+
+    // pTexts NULL: the caller gave no array.
+    int32_t getNamePointers(Range range, Strings *pTexts) {
+        const auto bounds = reach(range);
+        if (bounds && pTexts != nullptr) {
+            pTexts->assign(at(bounds->first), at(bounds->last + 1));
+            finishRead(*bounds);
+        }
+        return bounds ? 0 : 1;
+    }
+
+    static std::string fieldOf(const std::string &text, Field field) {
+        const auto nCharacters = static_cast<size_t>(field.nWidth - 1);
+        std::string made = field.bTruncate != 0 ? text.substr(0, nCharacters) : text;
+        if (field.bPad != 0) made.resize(std::max(made.size(), nCharacters), ' ');
+        return made;
+    }
+
+    // What is written into a buffer of nBufferSize bytes comes back in bytes.
+    int32_t getNames(Range range, Field field, uint64_t nBufferSize, uint64_t &nRequired, std::string &bytes) {
+        if ((field.bPad != 0 || field.bTruncate != 0) && field.nWidth < 1) return 1;
+        const auto bounds = reach(range);
+        if (!bounds) return 1;
+        std::string fields;
+        for (int32_t i = bounds->first; i <= bounds->last; ++i)
+            fields += fieldOf(name(i), field) + '\0';
+        nRequired = fields.size();
+        if (nBufferSize < nRequired) return nBufferSize == 0 ? 0 : 3;
+        bytes = fields;
+        finishRead(*bounds);
+        return 0;
+    }
+
+    int32_t getMaxNameLength() {
+        if (nMaxNameLength != -1) return nMaxNameLength;
+        nMaxNameLength = nMaxNameLengthCount = 0;
+        for (const std::string &text : names)
+            raiseMaximum(lengthOf(text));
+        return nMaxNameLength;
+    }
+
+    // What is appended comes back in text.
+    int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, std::string &text) {
+        Strings texts;
+        if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) || getNamePointers(range, &texts) != 0) return 1;
+        text = fieldOf(texts[0], {field.bPad, 0, field.nWidth});
+        if (bTrailingBlanks) text.append(static_cast<size_t>(field.nWidth - 1), ' ');
+        return 0;
+    }
+
+    // given: each text as far as its length reaches; nothing for a NULL pointer.
+    int32_t checkDuplicateNames(Range range, std::vector<std::optional<std::string>> given, Clash &clash) {
+        const auto bounds = boundsOf(range);
+        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) return 1;
+        for (auto &text : given) {
+            while (text && !text->empty() && std::isspace(static_cast<unsigned char>(text->back())) != 0)
+                text->pop_back();
+        }
+        const auto report = [&](size_t k, int32_t iHeld) { clash = {1, iHeld, range.first + toInt(k), *given[k]}; };
+        for (size_t k = 0; k < given.size(); ++k) {
+            const auto iSame = std::find(given.begin(), given.end(), given[k]) - given.begin();
+            if (given[k] && iSame < toInt(k)) return report(k, range.first + static_cast<int32_t>(iSame)), 0;
+        }
+        if (bounds->first == 0 && bounds->last >= nNames() - 1) return 0;
+        for (size_t k = 0; k < given.size(); ++k) {
+            const int32_t iHeld = given[k] ? findName(*given[k], -1, range.bOneBased) : -1;
+            if (iHeld != -1 && (iHeld < range.first || iHeld > range.last)) return report(k, iHeld), 0;
+        }
+        return 0;
+    }
+
+    void buildIndex() { bLookupIndex = bLookupIndex || nNames() > 0; }
+
+    int32_t findName(const std::string &text, int32_t nWidth, int32_t bOneBased) {
+        buildIndex();
+        const std::string sought = nWidth < -1 ? text : trimmed(nWidth == -1 ? text : text.substr(0, static_cast<size_t>(nWidth)));
+        const auto found = std::find(names.begin(), names.end(), sought);
+        return found == names.end() ? -1 : static_cast<int32_t>(found - names.begin()) + (bOneBased != 0);
+    }
+
+    // ---- Removing
+
+    void removeSegments(Range bounds) {
+        reserveTwoSegments();
+        int32_t iSegment = segmentOf(bounds.first);
+        for (int32_t iNext = bounds.first; iNext <= bounds.last;) {
+            iSegment = cutSegment(iSegment, {iNext, bounds.last, 0});
+            const NameSegment gone = segment(iSegment);
+            leaveBlock(gone.iBlock, gone.nOffset, gone.nBytes, countOf(gone));
+            segments.erase(segments.begin() + iSegment);
+            iNext = gone.iLast + 1;
+        }
+        for (; iSegment < nSegments(); ++iSegment) {
+            segment(iSegment).iFirst -= bounds.last - bounds.first + 1;
+            segment(iSegment).iLast -= bounds.last - bounds.first + 1;
+        }
+    }
+
+    void removePositions(Range bounds) {
+        const auto from = positions.begin() + bounds.first, to = positions.begin() + bounds.last + 1;
+        std::for_each(from, to, [this](NamePosition gone) { leaveBlock(gone.iBlock, 0, 0, 1); });
+        positions.erase(from, to);
+    }
+
+    int32_t removeNames(Range range) {
+        auto bounds = boundsOf({range.first, std::min(range.last, INT32_MAX - 1), range.bOneBased});
+        if (!bounds) return 1;
+        bounds->last = std::min(bounds->last, nNames() - 1);
+        if (bounds->first > bounds->last) return 0;
+        bLookupIndex = false;
+        for (int32_t i = bounds->first; i <= bounds->last && nMaxNameLength != -1; ++i)
+            lowerMaximum(lengthOf(name(i)));
+        bSegments ? removeSegments(*bounds) : removePositions(*bounds);
+        names.erase(names.begin() + bounds->first, names.begin() + bounds->last + 1);
+        resetCursor();
+        switchWhereSegmentsDoNotPay();
+        return releaseEmptyBlocks();
+    }
+
+    int32_t removeNamesByIndices(std::vector<int32_t> indices) {
+        std::sort(indices.begin(), indices.end());
+        indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
+        std::erase_if(indices, [](int32_t i) { return i < 0; });
+        for (int32_t last = 0, first = 0; !indices.empty(); removeNames({first, last, 0})) {
+            for (first = last = indices.back(); !indices.empty() && indices.back() >= first - 1; indices.pop_back())
+                first = indices.back();
+        }
+        return 0;
+    }
+
+    // ---- The manager as a whole
+
+    int32_t clear() {
+        Record fresh(szNameFormat.c_str());
+        fresh.szFirstGeneratedName = szFirstGeneratedName;
+        fresh.blocks[0].nSize = blocks[0].nSize;
+        fresh.nBlocksAlloc = nBlocksAlloc;
+        if (bSegments) fresh.nSegmentsAlloc = nSegmentsAlloc;
+        fresh.cursor = {-1, cursor.iSegment, cursor.iBlock, cursor.nOffset, 0};
+        *this = fresh;
+        return 0;
+    }
+
+    int32_t copy(Record source) {
+        clear();
+        source.szFirstGeneratedName = szFirstGeneratedName;
+        source.blocks[0].nSize = std::max(blocks[0].nSize, source.blocks[0].nSize);
+        source.cursor = cursor;
+        source.bLookupIndex = false;
+        *this = source;
+        return 0;
+    }
+
+    void switchWhereSegmentsDoNotPay() {
+        if (nSegments() > nNames() / 2) storeIndividualNamePositions();
+    }
+
+    int32_t storeIndividualNamePositions() {
+        if (!bSegments) return 1;
+        for (const NameSegment &from : segments) {
+            for (int32_t i = from.iFirst; i <= from.iLast; ++i)
+                positions.push_back({from.iBlock, offsetOf(from, i)});
+        }
+        nPositionsAlloc = nNames();
+        bSegments = false;
+        segments.clear();
+        nSegmentsAlloc = 0;
+        cursor.iName = -1;
+        return 0;
+    }
+
+    int32_t releaseEmptyBlocks() {
+        for (int32_t i = 0; i < nBlocks() && nBlocks() > 1; ++i) {
+            if (block(i).nUsed() != 0) continue;
+            blocks.erase(blocks.begin() + i);
+            for (NameSegment &later : segments)
+                later.iBlock -= later.iBlock > i;
+            for (NamePosition &later : positions)
+                later.iBlock -= later.iBlock > i;
+            if (cursor.iName >= 0) cursor.iBlock -= cursor.iBlock > i;
+            --i;
+        }
+        return 0;
+    }
+
+    // The image, one string for each write to the stream.
+    Strings save() const {
+        Strings writes;
+        for (const int32_t n : {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc})
+            writes.push_back(bytesOf({n}));
+        writes.insert(writes.end(), {szNameFormat, bytesOf({nGeneratedNameBase}), szFirstGeneratedName, ""});
+        for (const Block &saved : blocks)
+            writes.back() += bytesOf({0, 0, saved.nSize, saved.nUsed(), saved.nNames, 0});
+        if (!segments.empty()) writes.push_back(bytesOf(segments.data(), segments.size() * sizeof(NameSegment)));
+        if (!positions.empty()) writes.push_back(bytesOf(positions.data(), positions.size() * sizeof(NamePosition)));
+        for (const Block &saved : blocks)
+            writes.push_back(saved.text);
+        writes.push_back(bytesOf(&cursor, sizeof cursor));
+        return writes;
+    }
+
+    // What loading the whole image of saved makes of this record.
+    void load(const Record &saved) {
+        *this = saved;
+        nMaxNameLength = -1;
+        nMaxNameLengthCount = 0;
+        bLookupIndex = false;
+    }
+
+    // How many reports the audit owes: with an index, one for each name that an earlier index also has.
+    int32_t owedReports() const {
+        const std::unordered_set<std::string_view> distinct(names.begin(), bLookupIndex ? names.end() : names.begin());
+        return bLookupIndex ? nNames() - toInt(distinct.size()) : 0;
+    }
+};
+
+}  // namespace model
