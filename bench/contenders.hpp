@@ -1,0 +1,375 @@
+/* Who competes: the component, and what its users would write themselves, all behind the same set of calls. Ranges are given as first index
+ * and count; names are NUL-terminated; buffers hold names back to back. Every contender stores the same bytes and answers the same. */
+#ifndef BENCH_CONTENDERS_HPP
+#define BENCH_CONTENDERS_HPP
+
+#include <absl/container/flat_hash_map.h>
+
+#include <algorithm>
+#include <boost/unordered/unordered_flat_map.hpp>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "bench/inputs.hpp"
+#include "names/names_manager.h"
+
+using StdMap = std::unordered_map<std::string_view, int32_t>;
+using AbslMap = absl::flat_hash_map<std::string_view, int32_t>;
+using FlatMap = boost::unordered_flat_map<std::string_view, int32_t>;
+
+constexpr char kDefaultNameFormat[] = "nm%d";
+
+// A contender that fails has no time to show.
+inline void require(bool bTrue) {
+    if (!bTrue) {
+        std::fputs("a contender failed\n", stderr);
+        std::abort();
+    }
+}
+
+inline size_t at(int32_t i) {
+    return static_cast<size_t>(i);
+}
+
+template <typename Map>
+int32_t findIn(const Map &map, const char *szName) {
+    const auto found = map.find(std::string_view(szName));
+    return found == map.end() ? -1 : found->second;
+}
+
+// Room for nMore: what is known now, yet never so little that growing in many calls would become quadratic.
+template <typename Vector>
+void reserveMore(Vector &vector, size_t nMore) {
+    const size_t nNeed = vector.size() + nMore;
+    if (nNeed > vector.capacity()) {
+        vector.reserve(std::max(nNeed, 2 * vector.capacity()));
+    }
+}
+
+// Writes a name as a field of nWidth bytes, its NUL included, padded with blanks or cut.
+inline void writeField(char *pField, size_t nWidth, const char *pName, size_t nLength) {
+    const size_t nText = std::min(nLength, nWidth - 1);
+    std::memcpy(pField, pName, nText);
+    std::memset(pField + nText, ' ', nWidth - 1 - nText);
+    pField[nWidth - 1] = '\0';
+}
+
+// ---- The component ----
+
+struct Component {
+    NamesManager *mgr;
+
+    Component() : mgr(NamesManager_Create(nullptr, kDefaultNameFormat)) { require(mgr != nullptr); }
+    ~Component() { NamesManager_Destroy(mgr); }
+    Component(const Component &) = delete;
+    Component &operator=(const Component &) = delete;
+
+    int32_t count() { return NamesManager_GetNumNames(mgr); }
+    void storeBuffer(int32_t first, int32_t n, const char *pText) {
+        require(NamesManager_AddNamesFromBuffer(mgr, first, first + n - 1, 0, pText) == 0);
+    }
+    void storePointers(int32_t n, const char *const *ppNames) { require(NamesManager_AddNames(mgr, 0, n - 1, 0, ppNames) == 0); }
+    void append(int32_t i, const char *szName) { require(NamesManager_AddName(mgr, i, 0, szName) == 0); }
+    void replace(int32_t i, const char *szName) { append(i, szName); }
+    void replaceAll(const char *pText) { storeBuffer(0, count(), pText); }
+    void usePositions() { require(NamesManager_StoreIndividualNamePositions(mgr) == 0); }
+
+    void pointers(int32_t first, int32_t n, const char **ppNames) {
+        require(NamesManager_GetNamePointers(mgr, first, first + n - 1, 0, ppNames) == 0);
+    }
+    const char *name(int32_t i) { return NamesManager_GetName(mgr, i, 0); }
+    size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t nRoom) {
+        uint64_t nBytes = 0;
+        require(NamesManager_GetNames(mgr, first, first + n - 1, 0, 0, 0, 0, pBuffer, nRoom, &nBytes) == 0);
+        return nBytes;
+    }
+    void copyFields(int32_t first, int32_t n, int32_t nWidth, char *pBuffer) {
+        const uint64_t nBytes = static_cast<uint64_t>(n) * static_cast<uint64_t>(nWidth);
+        require(NamesManager_GetNames(mgr, first, first + n - 1, 0, 1, 1, nWidth, pBuffer, nBytes, nullptr) == 0);
+    }
+    size_t longest() { return static_cast<size_t>(NamesManager_GetMaxNameLength(mgr)); }
+
+    void buildIndex() { require(NamesManager_FindNameList(mgr, nullptr, 0, 0, nullptr) == 0); }
+    int32_t find(const char *szName) { return NamesManager_FindName(mgr, szName, 0); }
+    void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) {
+        require(NamesManager_FindNameList(mgr, ppNames, n, 0, pIndices) == 0);
+    }
+    // The index of the first given name that would be there twice, were the names stored behind those held; -1 for none.
+    int32_t findDuplicate(const NameList &given) {
+        int32_t bDuplicate = 0, iFirst = -1, iSecond = -1;
+        const int32_t nHeld = count();
+        require(NamesManager_CheckDuplicateNames(mgr, nHeld, nHeld + countOf(given) - 1, 0, given.names.data(), given.lengths.data(),
+                                                 &bDuplicate, &iFirst, &iSecond, nullptr, 0) == 0);
+        return bDuplicate != 0 ? iSecond : -1;
+    }
+    void generate(int32_t n) { require(NamesManager_GenerateNames(mgr, n) == 0); }
+
+    void removeFirst(int32_t n) { require(NamesManager_RemoveNames(mgr, 0, n - 1, 0) == 0); }
+    void removeList(const std::vector<int32_t> &ascending) {
+        require(NamesManager_RemoveNamesByIndices(mgr, ascending.data(), static_cast<int32_t>(ascending.size())) == 0);
+    }
+    void copyFrom(Component &source) { require(NamesManager_Copy(mgr, source.mgr) == 0); }
+    void save(HostOutputStream *pStream) { require(NamesManager_Save(mgr, nullptr, pStream) == 0); }
+    void load(HostInputStream *pStream) { require(NamesManager_Load(mgr, nullptr, pStream) == 0); }
+};
+
+// ---- A vector of strings with a map of views ----
+
+template <typename Map>
+struct Strings {
+    std::vector<std::string> names;
+    Map index;  // views of names, built once these stand still
+
+    int32_t count() const { return static_cast<int32_t>(names.size()); }
+    void storeBuffer(int32_t /*first*/, int32_t n, const char *pText) {
+        reserveMore(names, at(n));
+        for (int32_t k = 0; k < n; ++k) {
+            pText += names.emplace_back(pText).size() + 1;
+        }
+    }
+    void storePointers(int32_t n, const char *const *ppNames) { names.insert(names.end(), ppNames, ppNames + n); }
+    void append(int32_t /*i*/, const char *szName) { names.emplace_back(szName); }
+    void replace(int32_t i, const char *szName) { names[at(i)] = szName; }
+    void replaceAll(const char *pText) {
+        for (std::string &name : names) {
+            pText += name.assign(pText).size() + 1;
+        }
+    }
+    void usePositions() {}
+
+    void pointers(int32_t first, int32_t n, const char **ppNames) const {
+        for (int32_t k = 0; k < n; ++k) {
+            ppNames[k] = names[at(first + k)].c_str();
+        }
+    }
+    const char *name(int32_t i) const { return names[at(i)].c_str(); }
+    size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t /*nRoom*/) const {
+        char *p = pBuffer;
+        for (int32_t i = first; i < first + n; ++i) {
+            const std::string &name = names[at(i)];
+            std::memcpy(p, name.c_str(), name.size() + 1);
+            p += name.size() + 1;
+        }
+        return static_cast<size_t>(p - pBuffer);
+    }
+    void copyFields(int32_t first, int32_t n, int32_t nWidth, char *pBuffer) const {
+        for (int32_t i = first; i < first + n; ++i, pBuffer += nWidth) {
+            writeField(pBuffer, at(nWidth), names[at(i)].data(), names[at(i)].size());
+        }
+    }
+    size_t longest() const {
+        size_t nMax = 0;
+        for (const std::string &name : names) {
+            nMax = std::max(nMax, name.size());
+        }
+        return nMax;
+    }
+
+    void buildIndex() {
+        index.reserve(names.size());
+        for (size_t i = 0; i < names.size(); ++i) {
+            index.emplace(names[i], static_cast<int32_t>(i));
+        }
+    }
+    int32_t find(const char *szName) const { return findIn(index, szName); }
+    void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) const {
+        std::transform(ppNames, ppNames + n, pIndices, [this](const char *szName) { return find(szName); });
+    }
+    int32_t findDuplicate(const NameList &given) const {
+        Map fresh;
+        fresh.reserve(given.names.size());
+        for (int32_t k = 0; k < countOf(given); ++k) {
+            const std::string_view name(given.names[at(k)], at(given.lengths[at(k)]));
+            if (!fresh.emplace(name, count() + k).second || (!index.empty() && index.find(name) != index.end())) {
+                return count() + k;
+            }
+        }
+        return -1;
+    }
+
+    void removeFirst(int32_t n) { names.erase(names.begin(), names.begin() + n); }
+    void removeList(const std::vector<int32_t> &ascending) {
+        size_t nKept = 0;
+        auto next = ascending.begin();
+        for (size_t i = 0; i < names.size(); ++i) {
+            if (next != ascending.end() && at(*next) == i) {
+                ++next;
+            } else if (nKept++ != i) {
+                names[nKept - 1] = std::move(names[i]);
+            }
+        }
+        names.resize(nKept);
+    }
+    void copyFrom(const Strings &source) { names = source.names; }
+};
+
+// ---- The expert's arena: one text in the order of the names, an offset for each, a flat map of views ----
+
+// A dump is the number of names, the bytes of text and the text, from which the offsets follow; or with the offsets in front of the text.
+template <bool kDumpOffsets>
+struct BasicArena {
+    std::string text;                     // up to 4 GiB, NULs kept
+    std::vector<uint32_t> offsets = {0};  // of each name, and of the end
+    FlatMap index;                        // views into text; empty until it is wanted
+    bool bIndexed = false;
+
+    int32_t count() const { return static_cast<int32_t>(offsets.size()) - 1; }
+    std::string_view view(int32_t i) const { return {text.data() + offsets[at(i)], offsets[at(i) + 1] - offsets[at(i)] - 1}; }
+    // Text that moves takes the keys of the index along; their hashes stay.
+    void appendText(const char *pText, size_t nBytes) {
+        const char *pOld = text.data();
+        text.append(pText, nBytes);
+        if (bIndexed && text.data() != pOld) {
+            for (const auto &entry : index) {
+                const_cast<std::string_view &>(entry.first) = {text.data() + (entry.first.data() - pOld), entry.first.size()};
+            }
+        }
+    }
+
+    void storeBuffer(int32_t /*first*/, int32_t n, const char *pText) {
+        reserveMore(offsets, at(n));
+        const char *p = pText;
+        for (int32_t k = 0; k < n; ++k) {
+            p += std::strlen(p) + 1;
+            offsets.push_back(static_cast<uint32_t>(text.size() + static_cast<size_t>(p - pText)));
+        }
+        text.append(pText, p);
+    }
+    void storePointers(int32_t n, const char *const *ppNames) {
+        reserveMore(offsets, at(n));
+        for (int32_t k = 0; k < n; ++k) {
+            append(k, ppNames[k]);
+        }
+    }
+    void append(int32_t /*i*/, const char *szName) {
+        const size_t nLength = std::strlen(szName);
+        appendText(szName, nLength + 1);
+        offsets.push_back(static_cast<uint32_t>(text.size()));
+        if (bIndexed) {
+            index.emplace(view(count() - 1), count() - 1);
+        }
+    }
+    void replace(int32_t i, const char *szName) {
+        const size_t nOld = view(i).size();
+        const size_t nNew = std::strlen(szName);
+        if (nNew == nOld) {
+            std::memcpy(text.data() + offsets[at(i)], szName, nNew);
+            return;
+        }
+        text.replace(offsets[at(i)], nOld, szName, nNew);
+        for (size_t k = at(i) + 1; k < offsets.size(); ++k) {
+            offsets[k] += static_cast<uint32_t>(nNew - nOld);
+        }
+    }
+    void replaceAll(const char *pText) {
+        const char *p = pText;
+        for (size_t i = 1; i < offsets.size(); ++i) {
+            p += std::strlen(p) + 1;
+            offsets[i] = static_cast<uint32_t>(p - pText);
+        }
+        text.assign(pText, p);
+    }
+    void usePositions() {}
+
+    void pointers(int32_t first, int32_t n, const char **ppNames) const {
+        for (int32_t k = 0; k < n; ++k) {
+            ppNames[k] = name(first + k);
+        }
+    }
+    const char *name(int32_t i) const { return text.data() + offsets[at(i)]; }
+    size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t /*nRoom*/) const {
+        const size_t nBytes = offsets[at(first + n)] - offsets[at(first)];
+        std::memcpy(pBuffer, name(first), nBytes);
+        return nBytes;
+    }
+    void copyFields(int32_t first, int32_t n, int32_t nWidth, char *pBuffer) const {
+        for (int32_t i = first; i < first + n; ++i, pBuffer += nWidth) {
+            writeField(pBuffer, at(nWidth), name(i), view(i).size());
+        }
+    }
+    size_t longest() const {
+        size_t nMax = 0;
+        for (int32_t i = 0; i < count(); ++i) {
+            nMax = std::max(nMax, view(i).size());
+        }
+        return nMax;
+    }
+
+    void buildIndex() {
+        bIndexed = true;
+        index.reserve(at(count()));
+        for (int32_t i = 0; i < count(); ++i) {
+            index.emplace(view(i), i);
+        }
+    }
+    int32_t find(const char *szName) const { return findIn(index, szName); }
+    void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) const {
+        std::transform(ppNames, ppNames + n, pIndices, [this](const char *szName) { return find(szName); });
+    }
+    // The format comes at run time, as the component's does.
+    void generate(int32_t n, const char *szFormat = kDefaultNameFormat) {
+        buildIndex();
+        char aName[kFormBytes];
+        for (int32_t nNumber = count(); count() < n;) {
+            do {
+                std::snprintf(aName, sizeof aName, szFormat, ++nNumber);
+            } while (find(aName) >= 0);
+            append(count(), aName);
+        }
+    }
+
+    // Gives the text's room back to the names to come, as the component does.
+    void removeFirst(int32_t n) {
+        const uint32_t nBytes = offsets[at(n)];
+        text.erase(0, nBytes);
+        offsets.erase(offsets.begin(), offsets.begin() + n);
+        for (uint32_t &nOffset : offsets) {
+            nOffset -= nBytes;
+        }
+    }
+    void copyFrom(const BasicArena &source) {
+        text = source.text;
+        offsets = source.offsets;
+    }
+
+    void save(HostOutputStream *pStream) const {
+        const uint64_t aHeader[2] = {at(count()), text.size()};
+        require(HostStream_Write(pStream, aHeader, sizeof aHeader) == 0);
+        require(!kDumpOffsets || HostStream_Write(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
+        require(HostStream_Write(pStream, text.data(), text.size()) == 0);
+    }
+    void load(HostInputStream *pStream) {
+        uint64_t aHeader[2] = {0, 0};
+        require(HostStream_Read(pStream, aHeader, sizeof aHeader) == 0 && aHeader[0] <= aHeader[1] && aHeader[1] <= UINT32_MAX);
+        offsets.resize(aHeader[0] + 1);
+        text.resize(aHeader[1]);
+        require(!kDumpOffsets || HostStream_Read(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
+        require(HostStream_Read(pStream, text.data(), text.size()) == 0 && (text.empty() || text.back() == '\0'));
+        kDumpOffsets ? checkOffsets() : findOffsets();
+        require(offsets[0] == 0 && offsets.back() == text.size());
+    }
+    void checkOffsets() const {
+        for (size_t i = 1; i < offsets.size(); ++i) {
+            require(offsets[i] > offsets[i - 1] && offsets[i] <= text.size() && text[offsets[i] - 1] == '\0');
+        }
+    }
+    void findOffsets() {
+        size_t nOffset = 0;
+        for (size_t i = 1; i < offsets.size(); ++i) {
+            require(nOffset < text.size());
+            nOffset += std::strlen(text.data() + nOffset) + 1;
+            offsets[i] = static_cast<uint32_t>(nOffset);
+        }
+    }
+};
+
+using Arena = BasicArena<false>;
+using OffsetDumpingArena = BasicArena<true>;
+
+#endif
