@@ -2,16 +2,17 @@
 #ifndef HOST_HOST_LOCK_H
 #define HOST_HOST_LOCK_H
 
-#include <pthread.h>
 #include <stdint.h>
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* Must stay at its address from HostLock_Init to HostLock_Destroy. The field is the host's own. */
+/* Must stay at its address from HostLock_Init to HostLock_Destroy. The fields are the host's own. */
 typedef struct HostLock {
-    pthread_mutex_t mutex;
+    uint64_t nOwner; /* the thread that holds it, 0: none */
+    int32_t nState;  /* 0 free, 1 held, 2 held and perhaps waited for */
+    int32_t nDepth;  /* times that its owner has taken it */
 } HostLock;
 
 /* Makes *pLock an unheld lock. Returns 0, or non-zero when the system has no resources for it; *pLock is then not a lock. */

@@ -41,14 +41,16 @@ bool allocArrays(BatchArrays *pArrays, int32_t nRoom) {
 }
 
 /* Notes start and trimmed length of the nNames names at *ppText and steps over them. Status 2 if one is too long. */
-int32_t measureNames(const char **ppText, int32_t nNames, const BatchArrays &arrays) {
+int32_t measureNames(const char **ppText, int32_t nNames, const BatchArrays &arrays, bool *pbTrimmed) {
     const char *pText = *ppText;
+    *pbTrimmed = false;
     for (int32_t k = 0; k < nNames; ++k) {
         const size_t nLength = strlen(pText);
         const uint64_t nTrimmed = trimmedLength(pText, nLength);
         if (nTrimmed > kMaxNameBytes) {
             return 2;
         }
+        *pbTrimmed |= nTrimmed != nLength;
         arrays.ppNames[k] = pText;
         arrays.pLengths[k] = static_cast<int32_t>(nTrimmed);
         pText += nLength + 1;
@@ -62,10 +64,11 @@ int32_t storeInBatches(NamesManager *mgr, IndexRange range, const char *pText, c
     int32_t nDone = 0;
     do {
         const int32_t nBatch = std::min(countOf(range) - nDone, arrays.nRoom);
-        nStatus = measureNames(&pText, nBatch, arrays);
+        const int32_t iFirst = range.first + nDone;
+        bool bTrimmed = false;
+        nStatus = measureNames(&pText, nBatch, arrays, &bTrimmed);
         if (nStatus == 0) {
-            const int32_t iFirst = range.first + nDone;
-            nStatus = NamesManager_StoreNames(mgr, iFirst, iFirst + nBatch - 1, 0, arrays.ppNames, arrays.pLengths);
+            nStatus = storeRange(mgr, {iFirst, iFirst + nBatch - 1}, {arrays.ppNames, arrays.pLengths, !bTrimmed});
         }
         nDone += nBatch;
     } while (nStatus == 0 && nDone < countOf(range));

@@ -43,7 +43,7 @@ void buildIndex(NamesManager *mgr) {
 /* Reads on from the cursor as any sequential reader does, and so moves it. */
 int32_t scanForText(NamesManager *mgr, const char *szText) {
     for (int32_t i = 0; i < mgr->nNames; ++i) {
-        if (strcmp(getOne(mgr, i), szText) == 0) {
+        if (strcmp(getOne(mgr, i, 0), szText) == 0) {
             return i;
         }
     }

@@ -140,8 +140,27 @@ inline void copyText(char *pText, const char *pName, int32_t nLength) {
     pText[nLength] = 0;
 }
 
-/* Copies names back to back to pText, each followed by a NUL. */
-void copyTexts(char *pText, const char *const *names, const int32_t *lengths, int32_t nNames);
+/* Names to be stored. */
+struct GivenNames {
+    const char *const *names;
+    const int32_t *lengths;
+    bool bBackToBack; /* they are known to lie back to back, each followed by its NUL */
+};
+
+inline GivenNames skipGiven(const GivenNames &given, int32_t nNames) {
+    return {given.names + nNames, given.lengths + nNames, given.bBackToBack};
+}
+
+/* Copies names back to back to pText, each followed by a NUL, nBytes in all. */
+void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBytes);
+
+/* Length without trailing blanks. */
+inline uint64_t trimmedLength(const char *pText, uint64_t nLength) {
+    while (nLength > 0 && pText[nLength - 1] == ' ') {
+        --nLength;
+    }
+    return nLength;
+}
 
 int32_t clearNames(NamesManager *mgr);
 int32_t storeIndividualPositions(NamesManager *mgr);
@@ -177,19 +196,20 @@ int32_t readNames(NameReader *pReader, const char **ppNames, int32_t *pLengths);
 
 void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths);
 int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames); /* as NamesManager_GetNamePointers */
-const char *getOne(NamesManager *mgr, int32_t index);                           /* as NamesManager_GetName */
+const char *getOne(NamesManager *mgr, int32_t index, int32_t bOneBased);        /* as NamesManager_GetName */
 
 /* ---- Storing: storing.cpp, replacing.cpp, generating.cpp ---- */
-
-uint64_t trimmedLength(const char *pText, uint64_t nLength); /* without trailing blanks */
 
 int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names); /* NamesManager_AddNames */
 
 /* Stores one name at a 0-based index as NamesManager_AddNames does; it needs no trimming and is not too long. 0 or 1. */
 int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength);
 
+/* NamesManager_StoreNames for a range that has been checked. */
+int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given);
+
 /* Replaces the names of a range that exists. 0 or 1. */
-int32_t replaceNames(NamesManager *mgr, IndexRange range, const char *const *names, const int32_t *lengths);
+int32_t replaceNames(NamesManager *mgr, IndexRange range, const GivenNames &given);
 
 /* Tells whether szFormat is an acceptable format of default names. Looks no further than the record's field is wide. */
 bool isNameFormat(const char *szFormat);

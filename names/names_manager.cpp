@@ -181,18 +181,22 @@ void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameS
     mgr->nSegments = iBegin + nRecords + nBehind;
 }
 
-/* A stretch of names that already lie back to back moves in one piece; whatever stands between them there, NULs end them here. */
-void copyTexts(char *pText, const char *const *names, const int32_t *lengths, int32_t nNames) {
+/* A stretch of names that turn out to lie back to back moves in one piece; whatever stands between them there, NULs end them here. */
+void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBytes) {
+    if (given.bBackToBack) {
+        memcpy(pText, given.names[0], static_cast<size_t>(nBytes));
+        return;
+    }
     for (int32_t i = 0; i < nNames;) {
-        const char *pSource = names[i];
-        int64_t nBytes = lengths[i];
+        const char *pSource = given.names[i];
+        int64_t nStretch = given.lengths[i];
         int32_t iEnd = i + 1;
-        while (iEnd < nNames && names[iEnd] == pSource + nBytes + 1) {
-            nBytes += 1 + lengths[iEnd++];
+        while (iEnd < nNames && given.names[iEnd] == pSource + nStretch + 1) {
+            nStretch += 1 + given.lengths[iEnd++];
         }
-        memmove(pText, pSource, static_cast<size_t>(nBytes));
+        memmove(pText, pSource, static_cast<size_t>(nStretch));
         for (; i < iEnd; ++i) {
-            pText += lengths[i];
+            pText += given.lengths[i];
             *pText++ = 0;
         }
     }

@@ -86,17 +86,17 @@ bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int
 }
 
 /* iBlock: the block that text that has to move is tried in first. */
-int32_t replaceByPosition(NamesManager *mgr, IndexRange range, const char *const *names, const int32_t *lengths, int32_t iBlock) {
+int32_t replaceByPosition(NamesManager *mgr, IndexRange range, const GivenNames &given, int32_t iBlock) {
     for (int32_t k = 0; k < countOf(range); ++k) {
         NamePosition *pPosition = &mgr->pPositions[range.first + k];
         const int32_t nOldBytes = static_cast<int32_t>(strlen(textAt(mgr, pPosition->iBlock, pPosition->nOffset))) + 1;
-        const int64_t nNeed = int64_t{lengths[k]} + 1;
+        const int64_t nNeed = int64_t{given.lengths[k]} + 1;
         if (nNeed > nOldBytes && !moveName(mgr, pPosition, nOldBytes, nNeed, &iBlock)) {
             return 1;
         }
         char *pText = mgr->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
-        copyText(pText, names[k], lengths[k]);
-        indexTexts(mgr, pText, lengths + k, 1, range.first + k);
+        copyText(pText, given.names[k], given.lengths[k]);
+        indexTexts(mgr, pText, given.lengths + k, 1, range.first + k);
     }
     return 0;
 }
@@ -199,7 +199,7 @@ bool makeRoom(NamesManager *mgr, NameSegment *pRun, int64_t nNew) {
 
 /* Replaces the part of the range that lies in segment iSegment. The segment that holds it afterwards, or -1: it keeps its old text, and the
  * cuts that separate it stay. */
-int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const char *const *names, const int32_t *lengths) {
+int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const GivenNames &given) {
     const NameSegment *pSegment = &mgr->pSegments[iSegment];
     const int32_t iLast = std::min(pSegment->iLast, range.last);
     const bool bCuts = pSegment->iFirst < range.first || pSegment->iLast > range.last;
@@ -210,20 +210,20 @@ int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const 
     const int32_t nRun = namesIn(cut.run);
     int64_t nNew = nRun;
     for (int32_t k = 0; k < nRun; ++k) {
-        nNew += lengths[k];
+        nNew += given.lengths[k];
     }
     if (!makeRoom(mgr, &cut.run, nNew)) {
         putBack(mgr, cut, false, false);
         return -1;
     }
     char *pText = mgr->pBlocks[cut.run.iBlock].pData + cut.run.nOffset;
-    copyTexts(pText, names, lengths, nRun);
-    indexTexts(mgr, pText, lengths, nRun, range.first);
+    copyTexts(pText, given, nRun, cut.run.nBytes);
+    indexTexts(mgr, pText, given.lengths, nRun, range.first);
     return putBack(mgr, cut, true, iLast == range.last);
 }
 
 /* Run by run, until the range is done or the segments are given up. The rest of the range is left in *pRange. */
-int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const char *const *names, const int32_t *lengths) {
+int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const GivenNames &given) {
     int32_t iSegment = 0;
     const int32_t first = pRange->first;
     while (pRange->first <= pRange->last && mgr->pSegments != nullptr) {
@@ -233,7 +233,7 @@ int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const char *con
             iSegment = findSegment(mgr, pRange->first);
         }
         const int32_t iLast = std::min(mgr->pSegments[iSegment].iLast, pRange->last);
-        const int32_t iRun = replaceRun(mgr, iSegment, *pRange, names + (pRange->first - first), lengths + (pRange->first - first));
+        const int32_t iRun = replaceRun(mgr, iSegment, *pRange, skipGiven(given, pRange->first - first));
         if (iRun < 0) {
             return 1;
         }
@@ -246,19 +246,18 @@ int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const char *con
 
 }  // namespace
 
-int32_t replaceNames(NamesManager *mgr, IndexRange range, const char *const *names, const int32_t *lengths) {
-    updateMaxLength(mgr, range, lengths);
+int32_t replaceNames(NamesManager *mgr, IndexRange range, const GivenNames &given) {
+    updateMaxLength(mgr, range, given.lengths);
     removeFromIndex(mgr, range);
     int32_t iBlock = mgr->nBlocks - 1;
     int32_t nStatus = 0;
     IndexRange rest = range;
     if (mgr->pSegments != nullptr) {
-        nStatus = replaceInSegments(mgr, &rest, names, lengths);
+        nStatus = replaceInSegments(mgr, &rest, given);
         iBlock = 0;
     }
     if (nStatus == 0 && rest.first <= rest.last) {
-        const int32_t nDone = rest.first - range.first;
-        nStatus = replaceByPosition(mgr, rest, names + nDone, lengths + nDone, iBlock);
+        nStatus = replaceByPosition(mgr, rest, skipGiven(given, rest.first - range.first), iBlock);
     }
     if (nStatus != 0) { /* old texts of names not reached are out of the index, and lengths of new ones may be in the maximum */
         mgr->nMaxNameLength = -1;

@@ -190,18 +190,13 @@ int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
     return 0;
 }
 
-/* Called so often that the usual cases go straight to the name. */
-const char *getOne(NamesManager *mgr, int32_t index) {
-    if (index < mgr->nNames) {
-        if (mgr->pPositions != nullptr) {
-            return textAt(mgr, mgr->pPositions[index].iBlock, mgr->pPositions[index].nOffset);
-        }
-        if (index == mgr->iCursorName) {
-            return readAtCursor(mgr);
-        }
-    }
+const char *getOne(NamesManager *mgr, int32_t index, int32_t bOneBased) {
+    IndexRange range;
     const char *pName = nullptr;
-    return getPointers(mgr, {index, index}, &pName) == 0 ? pName : nullptr;
+    if (!toIndexRange(index, index, bOneBased, &range)) {
+        return nullptr;
+    }
+    return getPointers(mgr, range, &pName) == 0 ? pName : nullptr;
 }
 
 namespace {
@@ -349,13 +344,19 @@ int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t l
     return toIndexRange(first, last, bOneBased, &range) ? getPointers(mgr, range, ppNames) : 1;
 }
 
+/* The usual cases take few instructions, so that the cache misses of neighbouring calls overlap. */
 const char *NamesManager_GetName(NamesManager *mgr, int32_t index, int32_t bOneBased) {
     ScopedLock lock(mgr);
-    IndexRange range;
-    if (!toIndexRange(index, index, bOneBased, &range)) {
-        return nullptr;
+    const uint32_t i = static_cast<uint32_t>(index) - (bOneBased != 0 ? 1U : 0U); /* an index below 0 becomes a huge one */
+    if (i < static_cast<uint32_t>(mgr->nNames)) {
+        if (mgr->pPositions != nullptr) {
+            return textAt(mgr, mgr->pPositions[i].iBlock, mgr->pPositions[i].nOffset);
+        }
+        if (static_cast<int32_t>(i) == mgr->iCursorName) {
+            return readAtCursor(mgr);
+        }
     }
-    return getOne(mgr, range.first);
+    return getOne(mgr, index, bOneBased);
 }
 
 int32_t NamesManager_CopyName(NamesManager *destination, int32_t destinationIndex, int32_t bDestinationOneBased, NamesManager *source,

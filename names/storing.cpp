@@ -77,41 +77,41 @@ void countMaxLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) 
 }
 
 /* Appends as many of the names as form one batch; their number, 0 without memory: nothing of the batch is stored then. */
-int32_t appendBatch(NamesManager *mgr, const char *const *names, const int32_t *lengths, int32_t nNames) {
+int32_t appendBatch(NamesManager *mgr, const GivenNames &given, int32_t nNames) {
     Batch batch;
-    if (!chooseBatch(mgr, lengths, nNames, &batch)) {
+    if (!chooseBatch(mgr, given.lengths, nNames, &batch)) {
         return 0;
     }
     if (mgr->pSegments == nullptr) {
-        recordPositions(mgr, batch, lengths);
+        recordPositions(mgr, batch, given.lengths);
     } else if (!recordSegment(mgr, batch)) {
         return 0;
     }
     NameStorageBlock *pBlock = &mgr->pBlocks[batch.iBlock];
     char *pText = pBlock->pData + pBlock->nUsed;
     if (batch.nNames == 1) {
-        copyText(pText, names[0], lengths[0]);
+        copyText(pText, given.names[0], given.lengths[0]);
     } else {
-        copyTexts(pText, names, lengths, batch.nNames);
+        copyTexts(pText, given, batch.nNames, batch.nBytes);
     }
-    countMaxLengths(mgr, lengths, batch.nNames);
+    countMaxLengths(mgr, given.lengths, batch.nNames);
     const int32_t iFirst = mgr->nNames;
     pBlock->nNamesInBlock += batch.nNames;
     pBlock->nUsed += batch.nBytes;
     mgr->nNames += batch.nNames;
     if (mgr->pLookupIndex != nullptr) {
-        indexTexts(mgr, pText, lengths, batch.nNames, iFirst);
+        indexTexts(mgr, pText, given.lengths, batch.nNames, iFirst);
     }
     return batch.nNames;
 }
 
-int32_t appendNames(NamesManager *mgr, const char *const *names, const int32_t *lengths, int32_t nNames) {
+int32_t appendNames(NamesManager *mgr, const GivenNames &given, int32_t nNames) {
     const bool bNeedPositions = mgr->pSegments == nullptr && int64_t{mgr->nNames} + nNames > mgr->nPositionsAlloc;
     if (bNeedPositions && !growPositionTable(mgr, mgr->nNames + nNames)) {
         return 1;
     }
     for (int32_t i = 0; i < nNames;) {
-        const int32_t nAppended = appendBatch(mgr, names + i, lengths + i, nNames - i);
+        const int32_t nAppended = appendBatch(mgr, skipGiven(given, i), nNames - i);
         if (nAppended == 0) {
             return 1;
         }
@@ -136,7 +136,7 @@ int32_t trimNames(const char *const *names, int32_t nNames, int32_t *lengths) {
 int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *names, int32_t *lengths) {
     int32_t nStatus = trimNames(names, countOf(range), lengths);
     if (nStatus == 0) {
-        nStatus = NamesManager_StoreNames(mgr, range.first, range.last, 0, names, lengths);
+        nStatus = storeRange(mgr, range, {names, lengths, false});
         HostMem_Free(lengths, kSourceTag, __LINE__);
         releaseEmptyBlocks(mgr);
     } else {
@@ -145,18 +145,10 @@ int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *name
     return nStatus;
 }
 
-int32_t storeOneByOne(NamesManager *mgr, IndexRange range, const char *const *names) {
-    for (int32_t k = 0; k < countOf(range); ++k) {
-        int32_t nLength = 0;
-        int32_t nStatus = trimNames(names + k, 1, &nLength);
-        if (nStatus == 0) {
-            nStatus = NamesManager_StoreNames(mgr, range.first + k, range.first + k, 0, names + k, &nLength);
-        }
-        if (nStatus != 0) {
-            return nStatus;
-        }
-    }
-    return 0;
+int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName) {
+    int32_t nLength = 0;
+    const int32_t nStatus = trimNames(&pName, 1, &nLength);
+    return nStatus != 0 ? nStatus : storeRange(mgr, {index, index}, {&pName, &nLength, false});
 }
 
 }  // namespace
@@ -177,7 +169,10 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
             return storeAtOnce(mgr, range, names, lengths);
         }
     }
-    const int32_t nStatus = storeOneByOne(mgr, range, names);
+    int32_t nStatus = 0;
+    for (int32_t i = range.first; nStatus == 0 && i <= range.last; ++i) {
+        nStatus = storeOne(mgr, i, names[i - range.first]);
+    }
     if (nStatus == 0 && (last > first || last % kReleaseInterval == 0)) {
         releaseEmptyBlocks(mgr);
     }
@@ -185,18 +180,23 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
 }
 
 int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
-    const int32_t nStatus = NamesManager_StoreNames(mgr, index, index, 0, &pName, &nLength);
+    const int32_t nStatus = storeRange(mgr, {index, index}, {&pName, &nLength, false});
     if (nStatus == 0 && index % kReleaseInterval == 0) {
         releaseEmptyBlocks(mgr);
     }
     return nStatus;
 }
 
-uint64_t trimmedLength(const char *pText, uint64_t nLength) {
-    while (nLength > 0 && pText[nLength - 1] == ' ') {
-        --nLength;
+int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given) {
+    if (hasNoTables(mgr) || (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
+        return 1;
     }
-    return nLength;
+    dropCursor(mgr);
+    const int32_t nReplaced = std::max(0, std::min(range.last + 1, mgr->nNames) - range.first);
+    if (nReplaced > 0 && replaceNames(mgr, {range.first, range.first + nReplaced - 1}, given) != 0) {
+        return 1;
+    }
+    return nReplaced == countOf(range) ? 0 : appendNames(mgr, skipGiven(given, nReplaced), countOf(range) - nReplaced);
 }
 
 }  // namespace names
@@ -206,18 +206,7 @@ using namespace names;
 int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
                                 const int32_t *lengths) {
     IndexRange range;
-    if (!toIndexRange(first, last, bOneBased, &range) || hasNoTables(mgr)) {
-        return 1;
-    }
-    if (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0) {
-        return 1;
-    }
-    dropCursor(mgr);
-    const int32_t nReplaced = std::max(0, std::min(range.last + 1, mgr->nNames) - range.first);
-    if (nReplaced > 0 && replaceNames(mgr, {range.first, range.first + nReplaced - 1}, names, lengths) != 0) {
-        return 1;
-    }
-    return nReplaced == countOf(range) ? 0 : appendNames(mgr, names + nReplaced, lengths + nReplaced, countOf(range) - nReplaced);
+    return toIndexRange(first, last, bOneBased, &range) ? storeRange(mgr, range, {names, lengths, false}) : 1;
 }
 
 int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
