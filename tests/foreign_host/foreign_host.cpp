@@ -25,13 +25,11 @@ struct HostPool {
 
 namespace {
 
-bool isTheOneToFail(std::atomic<int64_t> &nCountdown) {
-    return nCountdown > 0 && --nCountdown == 0;
-}
-
-bool isMemoryToFail() {
-    if (!isTheOneToFail(g_foreignHost.nFailAt)) return false;
+bool isMemoryToFail(const char *szFile, int32_t nLine) {
+    if (g_foreignHost.nFailAt == 0 || --g_foreignHost.nFailAt > 0) return false;
     if (g_foreignHost.bFailFromThere) g_foreignHost.nFailAt = 1;
+    const std::string file = szFile;
+    g_foreignHost.failedSites.insert(file.substr(file.rfind('/') + 1) + ':' + std::to_string(nLine));
     return true;
 }
 
@@ -51,32 +49,6 @@ struct RefusingMap {
 auto &entriesOf(HostHashMap *pMap) {
     return reinterpret_cast<RefusingMap *>(pMap)->entries;
 }
-
-int32_t find(HostHashMap *pMap, const char *szKey) {
-    const auto found = entriesOf(pMap).find(szKey);
-    return found == entriesOf(pMap).end() ? -1 : found->second;
-}
-
-int32_t insert(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting) {
-    if (isTheOneToFail(g_foreignHost.nFailInsertAt) || isMemoryToFail()) return -5;
-    const auto [entry, bNew] = entriesOf(pMap).emplace(szKey, nValue);
-    if (pnExisting != nullptr) *pnExisting = bNew ? -1 : entry->second;
-    pMap->nEntries += bNew ? 1 : 0;
-    return 0;
-}
-
-int32_t remove(HostHashMap *pMap, const char *szKey) {
-    const auto nRemoved = static_cast<int32_t>(entriesOf(pMap).erase(szKey));
-    pMap->nEntries -= nRemoved;
-    return nRemoved;
-}
-
-void release(HostHashMap *pMap) {
-    --g_foreignHost.nLive;
-    delete reinterpret_cast<RefusingMap *>(pMap);
-}
-
-constexpr HostHashMapOps kMapOps = {find, insert, remove, nullptr, release};
 
 int32_t write(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
     auto *pOutput = reinterpret_cast<ForeignOutput *>(pStream);
@@ -103,8 +75,8 @@ uintptr_t thisThread() {
 }  // namespace
 
 // New memory holds no zero bytes, resizing always moves, and memory given back is overwritten.
-void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
-    auto *pBytes = isMemoryToFail() ? nullptr : static_cast<char *>(std::malloc(nBytes + kHeader));
+void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t nLine, const char *szFile) {
+    auto *pBytes = isMemoryToFail(szFile, nLine) ? nullptr : static_cast<char *>(std::malloc(nBytes + kHeader));
     if (pBytes == nullptr) return nullptr;
     void *pMemory = std::memset(pBytes + kHeader, 0xa5, std::min(nBytes, kMarked));
     sizeOf(pMemory) = nBytes;
@@ -112,12 +84,12 @@ void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/)
     return pMemory;
 }
 
-void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
-    return HostMem_Alloc(nBytes, nSourceTag, nLine);
+void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
+    return HostMem_Alloc(nBytes, nSourceTag, nLine, szFile);
 }
 
-void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
-    void *pMoved = HostMem_Alloc(nBytes, nSourceTag, nLine);
+void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
+    void *pMoved = HostMem_Alloc(nBytes, nSourceTag, nLine, szFile);
     if (pMoved == nullptr || pMemory == nullptr) return pMoved;
     std::memcpy(pMoved, pMemory, std::min(nBytes, sizeOf(pMemory)));
     HostMem_Free(pMemory, nSourceTag, nLine);
@@ -131,8 +103,8 @@ void HostMem_Free(void *pMemory, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
     std::free(static_cast<char *>(pMemory) - kHeader);
 }
 
-int32_t HostLock_Init(HostLock *pLock) {
-    if (isMemoryToFail()) return -9;
+int32_t HostLock_Init(HostLock *pLock, const char *szFile, int32_t nLine) {
+    if (isMemoryToFail(szFile, nLine)) return -9;
     *pLock = {};
     ++g_foreignHost.nLive;
     return 0;
@@ -171,10 +143,34 @@ void Host_AssertStringsEqual(uint64_t /*nSourceTag*/, int32_t /*nLine*/, const c
     if (std::strcmp(szExpected, szActual) != 0) ++g_foreignHost.nAssertions;
 }
 
-HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t /*nExpected*/) {
-    if (pKeyKind != &HostHashMap_StringKeys || g_foreignHost.bFailMaps || isMemoryToFail()) return nullptr;
+HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t /*nExpected*/, const char *szFile, int32_t nLine) {
+    if (pKeyKind != &HostHashMap_StringKeys || g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) return nullptr;
     ++g_foreignHost.nLive;
-    return &(new RefusingMap{{&kMapOps, 0}, {}})->host;
+    return &(new RefusingMap{{0}, {}})->host;
+}
+
+int32_t HostHashMap_Find(HostHashMap *pMap, const char *szKey) {
+    const auto found = entriesOf(pMap).find(szKey);
+    return found == entriesOf(pMap).end() ? -1 : found->second;
+}
+
+int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting, const char *szFile, int32_t nLine) {
+    if (isMemoryToFail(szFile, nLine)) return -5;
+    const auto [entry, bNew] = entriesOf(pMap).emplace(szKey, nValue);
+    if (pnExisting != nullptr) *pnExisting = bNew ? -1 : entry->second;
+    pMap->nEntries += bNew ? 1 : 0;
+    return 0;
+}
+
+int32_t HostHashMap_Remove(HostHashMap *pMap, const char *szKey) {
+    const auto nRemoved = static_cast<int32_t>(entriesOf(pMap).erase(szKey));
+    pMap->nEntries -= nRemoved;
+    return nRemoved == 0 ? 1 : 0;
+}
+
+void HostHashMap_Release(HostHashMap *pMap) {
+    --g_foreignHost.nLive;
+    delete reinterpret_cast<RefusingMap *>(pMap);
 }
 
 HostPool *HostPool_Get(void) {
@@ -182,9 +178,9 @@ HostPool *HostPool_Get(void) {
     return &pool;
 }
 
-void *HostPool_Alloc(HostPool *pPool, uint64_t nBytes, int32_t nReserved1, int32_t nReserved2) {
+void *HostPool_Alloc(HostPool *pPool, uint64_t nBytes, int32_t nReserved1, int32_t nReserved2, const char *szFile, int32_t nLine) {
     if (pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0) std::abort();
-    return HostMem_Alloc(nBytes, 0, 0);
+    return HostMem_Alloc(nBytes, 0, nLine, szFile);
 }
 
 void HostPool_Free(HostPool * /*pPool*/, void *pMemory, int32_t /*nReserved1*/, int32_t /*nReserved2*/) {

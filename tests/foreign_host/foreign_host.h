@@ -3,20 +3,21 @@
 #pragma once
 #include <atomic>
 #include <cstdint>
+#include <set>
 #include <string>
 
 #include "host/host_stream.h"
 #include "host/host_text.h"
 
 struct ForeignHost {
-    std::atomic<int64_t> nFailAt{0};          // the n-th of the calls that need memory fails, locks and maps included; 0: none
+    std::atomic<int64_t> nFailAt{0};          // the n-th of the calls that need memory fails, locks, maps and insertions too; 0: none
     std::atomic<bool> bFailFromThere{false};  // so do all later ones
-    std::atomic<int64_t> nFailInsertAt{0};    // the n-th insertion into a map fails; 0: none
     std::atomic<bool> bFailMaps{false};       // no map can be created
     std::atomic<int64_t> nLive{0};            // allocations, maps and locks not given back
     std::atomic<int64_t> nLockDepth{0};       // acquisitions not released
     std::atomic<int64_t> nErrors{0};          // errors reported
     std::atomic<int64_t> nAssertions{0};      // violated expectations reported
+    std::set<std::string> failedSites = {};   // the calls that were made to fail, each as FILE:LINE; for one thread only
 };
 extern ForeignHost g_foreignHost;
 

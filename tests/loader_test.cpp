@@ -1,0 +1,196 @@
+// Images that nobody saved, and what comes out of images in general: the generated names of any format, numbers at the edge.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cstring>
+
+#include "host/host_memory.h"
+#include "tests/loaded_manager.hpp"
+
+namespace {
+
+using loaded::imageOf;
+using loaded::recordWithNames;
+using loaded::soundRecords;
+using model::Record;
+using model::Strings;
+
+// Loads an image into a manager that holds a name; the status. What must hold afterwards is checked.
+int32_t offer(const std::string &image) {
+    NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
+    EXPECT_EQ(0, NamesManager_AddName(mgr, 0, 0, "before"));
+    const int64_t nLive = HostMem_GetNumLive();
+    const int32_t nStatus = loaded::load(mgr, image);
+    EXPECT_TRUE(nStatus == 0 || nLive == HostMem_GetNumLive());
+    EXPECT_EQ("", loaded::faultAfterLoad(mgr, image, nStatus));
+    NamesManager_Destroy(mgr);
+    return nStatus;
+}
+
+int64_t peakResident() {
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+// The first test, so that the peak is its own. Sanitizers keep books on memory that nobody touches.
+TEST(Loader, TouchesNoMemoryThatAnImageOnlyClaims) {
+    [[maybe_unused]] const int64_t nBefore = peakResident();
+    for (const Record &record : soundRecords()) {
+        for (const int32_t nClaim : {1000000, 80000000, INT32_MAX - 16, INT32_MAX}) {
+            // in the header: counts alone and with capacities; in the block table: a size alone and with the bytes used
+            for (const auto &[one, other] :
+                 {std::pair{4U, 8U}, {8U, 8U}, {12U, 16U}, {16U, 16U}, {0U, 20U}, {20U, 20U}, {100U, 100U}, {100U, 104U}}) {
+                std::string image = imageOf(record);
+                std::memcpy(&image[one], &nClaim, sizeof nClaim);
+                std::memcpy(&image[other], &nClaim, sizeof nClaim);
+                offer(image);
+            }
+        }
+    }
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(peakResident() - nBefore, 4096);  // kilobytes
+#endif
+}
+
+TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
+    for (const Record &record : soundRecords()) {
+        const std::string image = imageOf(record);
+        EXPECT_EQ(0, offer(image));
+        int32_t nAccepted = 0;
+        for (size_t at = 0; at < image.size() && !HasFailure(); ++at) {
+            EXPECT_EQ(HostStreamError_End, offer(image.substr(0, at))) << at;
+            for (const int32_t nByte : {image[at] ^ 1, image[at] ^ 0x80, 0, 0xff, int32_t{' '}}) {
+                std::string changed = image;
+                changed[at] = static_cast<char>(nByte);
+                const int32_t nStatus = offer(changed);
+                EXPECT_TRUE(nStatus == 0 || nStatus == -1 || nStatus == HostStreamError_End) << at << ' ' << nByte;
+                nAccepted += nStatus == 0 ? 1 : 0;
+            }
+        }
+        EXPECT_GT(nAccepted, 0);
+    }
+}
+
+const struct {
+    const char *szWhat;
+    bool bPositions;
+    void (*pfnSpoil)(Record &record);
+} kUnsound[] = {
+    {"a name too many", false, [](Record &r) { r.names.emplace_back(); }},
+    {"equal texts", false, [](Record &r) { r.segments[3].nOffset = r.segments[0].nOffset, r.segments[3].iBlock = 0; }},
+    {"overlapping segments", false, [](Record &r) { --r.segments[1].nOffset, ++r.segments[1].nBytes; }},
+    {"a segment without its last NUL", false, [](Record &r) { --r.segments[0].nBytes; }},
+    {"a segment of 129 names", false,
+     [](Record &r) { r = Record("%d"), r.generateNames(129), ++r.segments[0].iLast, r.segments[0].nBytes += 4, r.segments.pop_back(); }},
+    {"an end beyond 32 bits", false, [](Record &r) { r.segments[0].nOffset = INT32_MAX, r.segments[0].nBytes = INT32_MAX; }},
+    {"tables of both modes", false, [](Record &r) { r.nPositionsAlloc = 32; }},
+    {"a cursor one name on", false, [](Record &r) { ++r.cursor.iName; }},
+    {"a cursor one byte on", false, [](Record &r) { ++r.cursor.nOffset; }},
+    {"a cursor in another block", false, [](Record &r) { ++r.cursor.iBlock; }},
+    {"too many misses to count on", false, [](Record &r) { r.cursor.nMisses = INT32_MAX; }},
+    {"equal positions", true, [](Record &r) { r.positions[1] = r.positions[0]; }},
+    {"overlapping positions", true, [](Record &r) { r.positions[1] = r.positions[0], ++r.positions[1].nOffset; }},
+    {"a cursor among positions", true, [](Record &r) { r.cursor.iName = 1; }},
+    {"no NUL at a block's end", true, [](Record &r) { r.blocks[0].text.back() = 'x'; }},
+    {"a name that ends in a blank", true, [](Record &r) { r.blocks[1].text[size_t(r.blocks[1].nUsed()) - 2] = ' '; }},
+    {"names counted in another block", true, [](Record &r) { ++r.blocks[0].nNames, --r.blocks[1].nNames; }},
+    {"a number that cannot grow", true, [](Record &r) { r.nGeneratedNameBase = INT32_MAX; }},
+    {"a format without its NUL", true, [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
+    {"a first name without its NUL", true, [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
+};
+
+TEST(Loader, RefusesUnsoundImages) {
+    for (const auto &[szWhat, bPositions, pfnSpoil] : kUnsound) {
+        Record record = recordWithNames(bPositions);
+        pfnSpoil(record);
+        EXPECT_EQ(-1, offer(imageOf(record))) << szWhat;
+    }
+}
+
+// A manager without names whose next default name has the given number.
+NamesManager *managerAt(const std::string &format, int32_t nNumber) {
+    Record record(format.c_str());
+    record.nGeneratedNameBase = nNumber - 1;
+    NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
+    EXPECT_EQ(0, loaded::load(mgr, imageOf(record))) << format;
+    return mgr;
+}
+
+TEST(Format, PrintsAsPrintfDoes) {
+    Strings conversions = {"%"};
+    for (const Strings &choices : {Strings{"", "-"},
+                                   {"", "+"},
+                                   {"", " "},
+                                   {"", "#"},
+                                   {"", "0"},
+                                   {"", "1", "9", "14", "300"},
+                                   {"", ".", ".0", ".1", ".9", ".12", ".300"},
+                                   {"d", "i", "u", "o", "x", "X"}}) {
+        Strings longer;
+        for (const std::string &conversion : conversions)
+            std::transform(choices.begin(), choices.end(), std::back_inserter(longer), [&](auto &choice) { return conversion + choice; });
+        conversions = std::move(longer);
+    }
+    for (size_t i = 0; i < conversions.size(); ++i) {
+        const std::string format = (i % 3 == 0 ? "a%%b" : "") + conversions[i] + (i % 2 == 0 ? "%% z " : "");
+        for (const int32_t nNumber : {1, 8, 4095, 2147483640}) {
+            NamesManager *mgr = managerAt(format, nNumber);
+            char szExpected[700];
+            std::snprintf(szExpected, sizeof szExpected, format.c_str(), nNumber);
+            EXPECT_EQ(Record::trimmed(szExpected), NamesManager_GetName(mgr, 0, 0)) << format;
+            NamesManager_Destroy(mgr);
+        }
+    }
+}
+
+TEST(Format, IsRefusedUnlessItPrintsOneNumber) {
+    for (const char *szFormat : {"",
+                                 "nm",
+                                 "%",
+                                 "%%",
+                                 "%s",
+                                 "%n",
+                                 "%c",
+                                 "%p",
+                                 "%f",
+                                 "%5",
+                                 "%.",
+                                 "%-",
+                                 "%d%d",
+                                 "%d%n",
+                                 "%d%",
+                                 "%*d",
+                                 "%.*d",
+                                 "%1$d",
+                                 "%ld",
+                                 "%hhd",
+                                 "%'d",
+                                 "%.-1d",
+                                 "%2147483648d",
+                                 "%.2147483648d",
+                                 "%99999999999999999999d",
+                                 "%d3456789012345678901234567890x2"}) {
+        EXPECT_EQ(nullptr, NamesManager_Create(nullptr, szFormat)) << szFormat;
+        EXPECT_EQ(-1, offer(imageOf(Record(szFormat)))) << szFormat;
+    }
+}
+
+TEST(Format, EndsWithAReportWhereNoNameCanBeMade) {
+    const std::tuple<const char *, int32_t, int32_t> cases[] = {// the format, the next number, how many of three names can be made
+                                                                {"%2147483647d", 1, 0},   {"%.2147483647u", 1, 0}, {"%01048576d", 1, 0},
+                                                                {"%-2147483647dx", 1, 0}, {"%-2147483647d", 1, 3}, {"%01048575d", 1, 3},
+                                                                {"%d", INT32_MAX - 1, 2}, {"%d", INT32_MAX, 1}};
+    Host_SetReportHandlers(&loaded::kCounting);
+    for (const auto &[szFormat, nNumber, nNames] : cases) {
+        NamesManager *mgr = managerAt(szFormat, nNumber);
+        loaded::g_nReports = 0;
+        const int32_t nStatus = NamesManager_GenerateNames(mgr, 3);
+        EXPECT_TRUE(nStatus == (nNames < 3 ? 1 : 0) && NamesManager_GetNumNames(mgr) == nNames && loaded::g_nReports == nStatus)
+            << szFormat;
+        EXPECT_EQ(nStatus, NamesManager_GenerateNames(mgr, 3)) << szFormat;
+        NamesManager_Destroy(mgr);
+    }
+}
+
+}  // namespace
