@@ -88,13 +88,13 @@ int32_t findText(NamesManager *mgr, const char *szText) {
     return pIndex != nullptr ? HostHashMap_Find(pIndex, szText) : scanForText(mgr, szText);
 }
 
-}  // namespace names
+namespace {
 
-using namespace names;
+int32_t inBase(int32_t iFound, int32_t bOneBased) {
+    return iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
+}
 
-int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased,
-                               int32_t *pIndices) {
-    ScopedLock lock(mgr);
+int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
     TextBuffer buffer;
     NameLookupIndex *pIndex = currentIndex(mgr);
     for (int32_t k = 0; k < nCount; ++k) {
@@ -107,14 +107,36 @@ int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, in
         }
         const int32_t iFound = pIndex != nullptr ? HostHashMap_Find(pIndex, szText) : scanForText(mgr, szText);
         if (pIndices != nullptr) {
-            pIndices[k] = iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
+            pIndices[k] = inBase(iFound, bOneBased);
         }
     }
     return 0;
 }
 
+}  // namespace
+
+}  // namespace names
+
+using namespace names;
+
+int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased,
+                               int32_t *pIndices) {
+    ScopedLock lock(mgr);
+    return findNames(mgr, ppNames, nCount, nWidth, bOneBased, pIndices);
+}
+
+/* With an index and a name that needs no trimming it goes straight to the host's map, as most lookups do. */
 int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneBased) {
-    return NamesManager_FindNameInField(mgr, name, -1, bOneBased);
+    ScopedLock lock(mgr);
+    if (mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames) {
+        const size_t nLength = strlen(name);
+        if (nLength == 0 || name[nLength - 1] != ' ') {
+            return inBase(HostHashMap_Find(mgr->pLookupIndex, name), bOneBased);
+        }
+    }
+    int32_t iFound = -1;
+    static_cast<void>(findNames(mgr, &name, 1, -1, bOneBased, &iFound));
+    return iFound;
 }
 
 int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_t nWidth, int32_t bOneBased) {

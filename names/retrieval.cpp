@@ -252,17 +252,11 @@ void fillBlanksLoosely(char *pTo, size_t nBytes) {
     }
 }
 
-struct FieldOutput {
-    char *pNext;
-    const char *pEnd; /* of all fields together */
-};
-
-/* pLimit: end of the memory that the name lies in. Where both sides have bytes to spare up to their ends, they are copied along. */
-void writeField(FieldOutput *pOutput, FieldFormat format, const char *pName, int32_t nLength, const char *pLimit) {
+/* Writes one field at pTo. With bLoose both sides have kLooseBytes to spare. Where the next field goes. */
+char *writeField(char *pTo, FieldFormat format, const char *pName, int32_t nLength, bool bLoose) {
     const size_t nField = static_cast<size_t>(fieldBytes(format, nLength)) - 1;
     const size_t nText = std::min(static_cast<size_t>(nLength), nField);
-    char *pTo = pOutput->pNext;
-    if (pOutput->pEnd - pTo > static_cast<int64_t>(nField + kLooseBytes) && pLimit - pName >= static_cast<int64_t>(nText + kLooseBytes)) {
+    if (bLoose) {
         copyLoosely(pTo, pName, nText);
         fillBlanksLoosely(pTo + nText, nField - nText);
     } else {
@@ -270,14 +264,14 @@ void writeField(FieldOutput *pOutput, FieldFormat format, const char *pName, int
         memset(pTo + nText, ' ', nField - nText);
     }
     pTo[nField] = 0;
-    pOutput->pNext = pTo + nField + 1;
+    return pTo + nField + 1;
 }
 
-/* End of the memory of the block that a name lies in, which was the k-th of the nNames names read last. */
-const char *limitOfRead(const NameReader &reader, int32_t nNames, int32_t k) {
+/* Tells whether kLooseBytes beyond the end of each of the nNames names read last can be read, as is usual in segment mode. */
+bool hasBytesBehind(const NameReader &reader, int32_t nNames) {
     const NamesManager *mgr = reader.mgr;
-    return textLimit(mgr, mgr->pSegments != nullptr ? mgr->pSegments[reader.place.iSegment].iBlock
-                                                    : mgr->pPositions[reader.iNext - nNames + k].iBlock);
+    return mgr->pSegments != nullptr && nNames > 0 &&
+           mgr->pBlocks[mgr->pSegments[reader.place.iSegment].iBlock].nSize - reader.place.nOffset >= static_cast<int32_t>(kLooseBytes);
 }
 
 /* Writes the fields of the range, nSize bytes in all. *pReader ends behind the last name. */
@@ -289,12 +283,14 @@ void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_
         }
         return;
     }
-    FieldOutput output = {pBuffer, pBuffer + nSize};
+    const char *const pEnd = pBuffer + nSize;
     const char *apNames[kMaxSegmentNames];
     int32_t aLengths[kMaxSegmentNames];
     for (int32_t n = readNames(pReader, apNames, aLengths); n > 0; n = readNames(pReader, apNames, aLengths)) {
+        const bool bReadsOn = hasBytesBehind(*pReader, n);
         for (int32_t k = 0; k < n; ++k) {
-            writeField(&output, format, apNames[k], aLengths[k], limitOfRead(*pReader, n, k));
+            const int64_t nMost = std::max<int64_t>(aLengths[k], format.nPad) + static_cast<int64_t>(kLooseBytes);
+            pBuffer = writeField(pBuffer, format, apNames[k], aLengths[k], bReadsOn && pEnd - pBuffer > nMost);
         }
     }
 }
