@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Installs what is missing, builds, and runs every test: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer. Then the
+# threads' test under ThreadSanitizer, and each fuzz target for some seconds.
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -10,3 +11,11 @@ for preset in release asan; do
     cmake --build --preset "$preset" --parallel "$(nproc)"
     ctest --preset "$preset" --parallel "$(nproc)"
 done
+
+echo "== tsan"
+cmake --preset tsan >/dev/null
+cmake --build --preset tsan --parallel "$(nproc)" --target thread_test
+ctest --preset tsan --tests-regex '^thread_test$'
+
+echo "== fuzz"
+tests/fuzz.sh 0.15

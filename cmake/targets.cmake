@@ -10,5 +10,23 @@ endfunction()
 # Headers are included as "names/..." and "host/...", from the root of the tree or of the installation.
 function(names_include_root target)
     target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-                                                $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+                                                $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/names_manager>)
+endfunction()
+
+# The C++ runtime, under the names that this compiler knows it by: what a program linked by a C compiler needs beside static libraries.
+set(names_cxx_runtime ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+list(REMOVE_ITEM names_cxx_runtime ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
+list(REMOVE_DUPLICATES names_cxx_runtime)
+
+# How a library links. Shared: its version, and as exports what cmake/<target>.map lists, nothing else.
+function(names_linking target)
+    set_target_properties(${target} PROPERTIES VERSION "${PROJECT_VERSION}" SOVERSION "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}"
+                                               VISIBILITY_INLINES_HIDDEN ON)
+    if(NOT BUILD_SHARED_LIBS)
+        target_link_libraries(${target} INTERFACE "$<$<LINK_LANGUAGE:C>:${names_cxx_runtime}>")
+    elseif(NOT APPLE AND NOT WIN32)
+        set(map "${PROJECT_SOURCE_DIR}/cmake/${target}.map")
+        target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
+        set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}")
+    endif()
 endfunction()

@@ -47,7 +47,7 @@ static inline int32_t HostHashMap_Find(HostHashMap *pMap, const char *szKey) {
     return pMap->pOps->pfnFind(pMap, szKey);
 }
 
-/* Adds the entry (szKey, nValue) and sets *pnExisting, unless pnExisting is NULL, to the lowest value that was there under an equal key *
+/* Adds the entry (szKey, nValue) and sets *pnExisting, unless pnExisting is NULL, to the lowest value that was there under an equal key
  * before, or to -1. Returns 0, or non-zero when memory ran out or nValue is negative: the map and *pnExisting are then unchanged. */
 static inline int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting) {
     return pMap->pOps->pfnInsert(pMap, szKey, nValue, pnExisting);

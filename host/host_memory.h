@@ -30,7 +30,7 @@ void HostMem_Free(void *pMemory, uint64_t nSourceTag, int32_t nLine);
 
 /* ---- The shipped host's own: fault injection and leak checks, for the whole process ---- */
 
-/* Makes the nCountdown-th call from now (1: the next one) that allocates or resizes fail, and every later one too when bFromThereOn is *
+/* Makes the nCountdown-th call from now (1: the next one) that allocates or resizes fail, and every later one too when bFromThereOn is
  * non-zero. 0 lets every call through again. Also starts HostMem_GetNumCalls at 0. */
 void HostMem_FailAt(int64_t nCountdown, int32_t bFromThereOn);
 

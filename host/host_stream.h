@@ -1,4 +1,4 @@
-/* Streams of bytes. Writing and reading return 0 on success, otherwise the stream's own error code. A stream has no lock: one thread at a *
+/* Streams of bytes. Writing and reading return 0 on success, otherwise the stream's own error code. A stream has no lock: one thread at a
  * time. */
 #ifndef HOST_HOST_STREAM_H
 #define HOST_HOST_STREAM_H
@@ -27,7 +27,7 @@ static inline int32_t HostStream_Write(HostOutputStream *pStream, const void *pD
     return pStream->pOps->pfnWrite(pStream, pData, nBytes);
 }
 
-/* Reads exactly nBytes to pBuffer. When the stream ends early or fails, it returns non-zero and no byte of pBuffer beyond those that the *
+/* Reads exactly nBytes to pBuffer. When the stream ends early or fails, it returns non-zero and no byte of pBuffer beyond those that the
  * stream still had is touched. 0 bytes read nothing; pBuffer may then be NULL. */
 int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes);
 
@@ -40,7 +40,7 @@ enum {
     HostStreamError_Memory = 3 /* a memory stream could not grow */
 };
 
-/* The makers of streams return a stream that belongs to the caller until it is closed, or NULL: there is no memory (errno ENOMEM), or the *
+/* The makers of streams return a stream that belongs to the caller until it is closed, or NULL: there is no memory (errno ENOMEM), or the
  * file could not be opened (errno tells why). */
 
 /* Makes an output stream that keeps what is written in memory. A write that fails leaves the stream as it was. */

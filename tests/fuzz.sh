@@ -15,8 +15,8 @@ run() { # TARGET LONGEST-INPUT
     local target=$1 corpus=build/fuzz/corpus/$1
     echo "== $target"
     mkdir -p "$corpus"
-    NAMES_FUZZ_SEEDS=$corpus build/fuzz/tests/fuzz/$target
-    build/fuzz/tests/fuzz/$target -max_total_time="$seconds" -max_len="$2" -timeout=60 -print_final_stats=1 \
+    NAMES_FUZZ_SEEDS=$corpus "build/fuzz/tests/fuzz/$target"
+    "build/fuzz/tests/fuzz/$target" -max_total_time="$seconds" -max_len="$2" -timeout=60 -print_final_stats=1 \
         -artifact_prefix="build/fuzz/$target-" "$corpus" 2>"build/fuzz/$target.log" ||
         { tail -n 60 "build/fuzz/$target.log" >&2; exit 1; }
     grep -E "^(stat::(number_of_executed_units|peak_rss_mb)|Done)" "build/fuzz/$target.log"

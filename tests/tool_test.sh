@@ -74,6 +74,29 @@ expect 1 '"b" is repeated: names 1, 4$' check twice.names
 expect 2 'names_tool: .*cannot open' check missing.names
 expect 2 '^names_tool: ' frobnicate
 
+# The picture: well-formed, as small for very many blocks as for few, with every byte in its legend; and never in place of an image.
+expect 0 '' show --svg words.svg words.names
+expect 0 'live text: 985,084 bytes' show --svg - words.names
+grep -q 'block 8: 131,072 bytes; 6,836 names in' words.svg || failures=$((failures + 1))
+head -c 1000000 /dev/zero | tr '\0' n >name
+for ((i = 0; i < 100; ++i)); do cat name && echo " $i"; done | "$tool" import - many.names >summary
+expect 0 '' show --svg many.svg many.names
+[[ $(<many.svg) == *'A row for each 3 blocks'*'>block 99<'* ]] || failures=$((failures + 1))
+[[ $(wc -c <many.svg) -lt 100000 && $(tail -n 1 many.svg) == '</svg>' ]] || failures=$((failures + 1))
+expect 2 'is the image itself' show --svg words.names ./words.names
+expect 2 'is the image itself' export words.names ./words.names
+same before.names words.names
+
+# At a shell: every command has examples and an exit code for its help, and a reader that has seen enough ends the tool without a word.
+expect 0 '^names_tool [0-9]+\.[0-9]+\.[0-9]+$' --version
+for command in import export find show check self-check; do
+    expect 0 "^  names_tool $command|\\| names_tool $command" "$command" --help
+done
+for ignored in '' PIPE; do
+    ([[ -z $ignored ]] || trap '' "$ignored"; "$tool" export words.names) 2>errors | head -n 1 >first
+    [[ $(<first) == A && ! -s errors ]] || { echo "closed pipe: $(<errors)"; failures=$((failures + 1)); }
+done
+
 # What cannot be printed is an error, not a short answer.
 if [[ -c /dev/full ]]; then
     "$tool" export words.names >/dev/full 2>errors && failures=$((failures + 1))

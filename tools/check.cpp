@@ -1,4 +1,4 @@
-// check: whether an image is sound and no name in it is repeated.
+// check: whether an image is sound and no name in it is repeated. self-check: whether the module is.
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
@@ -15,29 +15,36 @@ namespace {
 constexpr size_t kMaxNamesListed = 20;
 constexpr size_t kMaxIndicesListed = 10;
 
-struct AuditReport {
-    std::vector<std::string> findings;
-    bool bOutOfMemory = false;
+// What was reported as an assertion while this lives.
+class Assertions {
+public:
+    Assertions() : mBefore(Host_SetReportHandlers(&mHandlers)) {}
+    Assertions(const Assertions &) = delete;
+    Assertions &operator=(const Assertions &) = delete;
+    ~Assertions() { Host_SetReportHandlers(mBefore); }
+
+    std::vector<std::string> texts() const { return mOutOfMemory ? throw std::bad_alloc() : mTexts; }
+
+private:
+    static void note(void *pContext, uint64_t, int32_t nLine, int32_t, const char *szText) {
+        auto *pSelf = static_cast<Assertions *>(pContext);
+        try {
+            pSelf->mTexts.push_back(std::string(szText) + " (check " + std::to_string(nLine) + ")");
+        } catch (const std::bad_alloc &) {
+            pSelf->mOutOfMemory = true;  // told later: no exception may pass through the module
+        }
+    }
+
+    std::vector<std::string> mTexts;
+    bool mOutOfMemory = false;
+    HostReportHandlers mHandlers = {this, nullptr, note};
+    const HostReportHandlers *mBefore;
 };
 
-void noteFinding(void *pContext, uint64_t, int32_t nLine, int32_t, const char *szText) {
-    auto *pReport = static_cast<AuditReport *>(pContext);
-    try {
-        pReport->findings.push_back(std::string(szText) + " (check " + std::to_string(nLine) + ")");
-    } catch (const std::bad_alloc &) {
-        pReport->bOutOfMemory = true;  // told later: no exception may pass through the audit
-    }
-}
-
-// What the audit reports.
 std::vector<std::string> auditFindings(NamesManager *mgr) {
-    AuditReport report;
-    const HostReportHandlers handlers = {&report, nullptr, noteFinding};
-    const HostReportHandlers *pBefore = Host_SetReportHandlers(&handlers);
+    const Assertions assertions;
     NamesManager_AssertConsistency(mgr);
-    Host_SetReportHandlers(pBefore);
-    if (report.bOutOfMemory) throw std::bad_alloc();
-    return report.findings;
+    return assertions.texts();
 }
 
 // A name that stands at an earlier index already: (that index, its own), ascending.
@@ -98,6 +105,19 @@ int runCheck(const std::string &image) {
     if (!problems.empty()) return 1;
     std::printf("%s: sound, %" PRId32 " names, none repeated\n", image.c_str(), mgr->nNames);
     return 0;
+}
+
+// The audits that the self-check runs report without being counted, so what they report counts here.
+int runSelfCheck() {
+    const Assertions assertions;
+    const int32_t nFailed = NamesManager_SelfCheck();
+    std::fflush(stdout);
+    const std::vector<std::string> texts = assertions.texts();
+    for (const std::string &text : texts)
+        std::fprintf(stderr, "names_tool: %s\n", text.c_str());
+    const bool bPassed = nFailed == 0 && texts.empty();
+    std::puts(bPassed ? "self-check: passed" : "self-check: FAILED");
+    return bPassed ? 0 : 1;
 }
 
 }  // namespace tool

@@ -47,16 +47,13 @@ void refuseLineBreaks(NamesManager *mgr, const std::string &image) {
     });
 }
 
-// Writes the names to the file and closes it, standard output excepted. False: errno tells why.
-bool writeList(NamesManager *mgr, std::FILE *pFile, char cEnd) {
+void writeList(NamesManager *mgr, std::FILE *pFile, char cEnd) {
     visitNames(mgr, [&](int32_t, int32_t count, const char *const *names) {
         for (int32_t i = 0; i < count; ++i) {
             std::fputs(names[i], pFile);
             std::fputc(cEnd, pFile);
         }
     });
-    const bool bWritten = std::fflush(pFile) == 0 && !std::ferror(pFile);
-    return (pFile == stdout || std::fclose(pFile) == 0) && bWritten;
 }
 
 // Prints "index<TAB>name" for each name. Returns how many are missing.
@@ -88,13 +85,11 @@ int runImport(const std::string &list, const std::string &image) {
 int runExport(const std::string &image, const std::string &list, bool bNull) {
     const ManagerHandle mgr = loadImage(image);
     if (!bNull) refuseLineBreaks(mgr.get(), image);
-    const bool bStandardOutput = list == "-";
-    std::FILE *pFile = bStandardOutput ? stdout : std::fopen(list.c_str(), "we");
-    if (!pFile) fail(list, "cannot open: " + systemError());
+    OutputFile file(list, image);
     std::optional<Progress> progress;
-    if (!isatty(fileno(pFile))) progress.emplace("exporting");
-    if (!writeList(mgr.get(), pFile, bNull ? '\0' : '\n'))
-        fail(bStandardOutput ? "standard output" : list, "cannot write: " + systemError());
+    if (!isatty(fileno(file.pFile))) progress.emplace("exporting");
+    writeList(mgr.get(), file.pFile, bNull ? '\0' : '\n');
+    file.finish();
     return 0;
 }
 

@@ -1,60 +1,16 @@
 // show: what an image holds and how its blocks are filled.
 #include <algorithm>
-#include <array>
 #include <cinttypes>
 #include <cstdio>
 
 #include <nlohmann/json.hpp>
 
+#include "tools/facts.hpp"
+#include "tools/picture.hpp"
 #include "tools/tool.hpp"
 
 namespace tool {
 namespace {
-
-struct BlockFacts {
-    int32_t size;
-    int32_t used;
-    int32_t dead;
-    int32_t names;
-};
-
-struct Facts {
-    bool bPositions;
-    int32_t longest;
-    int64_t live = 0;
-    int64_t dead = 0;
-    int64_t free = 0;
-    std::vector<BlockFacts> blocks;
-};
-
-// The bytes of each block that belong to names, NULs included.
-std::vector<int32_t> liveBytes(NamesManager *mgr) {
-    std::vector<int32_t> live(static_cast<size_t>(mgr->nBlocks));
-    for (int32_t i = 0; mgr->pSegments && i < mgr->nSegments; ++i)
-        live[static_cast<size_t>(mgr->pSegments[i].iBlock)] += mgr->pSegments[i].nBytes;
-    std::array<int32_t, 4096> lengths;
-    for (int32_t first = 0; mgr->pPositions && first < mgr->nNames;) {
-        const int32_t count = std::min(mgr->nNames - first, static_cast<int32_t>(lengths.size()));
-        NamesManager_GetNameLengths(mgr, first, first + count - 1, 0, lengths.data());
-        for (int32_t i = 0; i < count; ++i)
-            live[static_cast<size_t>(mgr->pPositions[first + i].iBlock)] += lengths[static_cast<size_t>(i)] + 1;
-        first += count;
-    }
-    return live;
-}
-
-Facts gatherFacts(NamesManager *mgr) {
-    Facts facts{.bPositions = mgr->pPositions != nullptr, .longest = NamesManager_GetMaxNameLength(mgr), .blocks = {}};
-    const std::vector<int32_t> live = liveBytes(mgr);
-    for (size_t i = 0; i < live.size(); ++i) {
-        const NameStorageBlock &block = mgr->pBlocks[i];
-        facts.blocks.push_back({block.nSize, block.nUsed, block.nUsed - live[i], block.nNamesInBlock});
-        facts.live += live[i];
-        facts.dead += block.nUsed - live[i];
-        facts.free += block.nSize - block.nUsed;
-    }
-    return facts;
-}
 
 // A block from end to end: '#' live, 'x' dead, '.' free. A share too small for a character of its own still gets one.
 std::string bar(const BlockFacts &block) {
@@ -122,13 +78,18 @@ void printJson(const NamesManager *mgr, const Facts &facts, const std::string &i
 
 }  // namespace
 
-int runShow(const std::string &image, bool bJson) {
+int runShow(const std::string &image, bool bJson, const std::string &picture) {
     const ManagerHandle mgr = loadImage(image);
     const Facts facts = gatherFacts(mgr.get());
-    if (bJson)
+    if (!picture.empty()) {
+        OutputFile file(picture, image);
+        drawPicture(file.pFile, mgr.get(), facts, image);
+        file.finish();
+    } else if (bJson) {
         printJson(mgr.get(), facts, image);
-    else
+    } else {
         printTable(mgr.get(), facts);
+    }
     return 0;
 }
 

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <new>
 #include <system_error>
+#include <utility>
 
 namespace tool {
 
@@ -35,6 +37,25 @@ ManagerHandle makeManager() {
     ManagerHandle mgr(NamesManager_Create(nullptr, nullptr));
     if (!mgr) throw std::bad_alloc();
     return mgr;
+}
+
+OutputFile::OutputFile(const std::string &file, const std::string &image) : name(file == "-" ? "standard output" : file), pFile(stdout) {
+    if (file == "-") return;
+    std::error_code error;
+    if (std::filesystem::equivalent(file, image, error)) fail(file, "is the image itself");
+    pFile = std::fopen(file.c_str(), "we");
+    if (!pFile) fail(file, "cannot open: " + systemError());
+}
+
+OutputFile::~OutputFile() {
+    if (pFile && pFile != stdout) std::fclose(pFile);
+}
+
+void OutputFile::finish() {
+    errno = 0;
+    bool bWritten = std::fflush(pFile) == 0 && !std::ferror(pFile);
+    if (pFile != stdout) bWritten = std::fclose(std::exchange(pFile, nullptr)) == 0 && bWritten;
+    if (!bWritten) fail(name, "cannot write: " + systemError());
 }
 
 void visitNames(NamesManager *mgr, const NamesVisitor &visit) {

@@ -3,6 +3,7 @@
 #define TOOLS_TOOL_HPP
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -45,12 +46,28 @@ void saveImage(NamesManager *mgr, const std::string &image);
 using NamesVisitor = std::function<void(int32_t first, int32_t count, const char *const *names)>;
 void visitNames(NamesManager *mgr, const NamesVisitor &visit);
 
+// A file that a command writes, or standard output for "-". Fails when it cannot be opened or is the image itself.
+struct OutputFile {
+    OutputFile(const std::string &file, const std::string &image);
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+    ~OutputFile();
+
+    // Writes out what is still buffered and closes; fails when a byte could not be written.
+    void finish();
+
+    std::string name;
+    std::FILE *pFile;
+};
+
 // The commands; each returns the exit code.
 int runImport(const std::string &list, const std::string &image);
 int runExport(const std::string &image, const std::string &list, bool bNull);
 int runFind(const std::string &image, const std::vector<std::string> &names, bool bOneBased);
-int runShow(const std::string &image, bool bJson);
+// picture: the file to draw the storage into, instead of telling about it; "" for none.
+int runShow(const std::string &image, bool bJson, const std::string &picture);
 int runCheck(const std::string &image);
+int runSelfCheck();
 
 }  // namespace tool
 
