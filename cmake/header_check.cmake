@@ -1,8 +1,9 @@
-# Every public header compiles alone, as C11 and as C++17: one generated one-line source for each header and language.
+# Every public header compiles alone, as C11 and as C++17 (those for C++, as C++17): one generated one-line source for each.
 file(GLOB names_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/names/*.h" "${PROJECT_SOURCE_DIR}/host/*.h")
+file(GLOB names_headers_cpp CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/names/names_manager.hpp")
 foreach(language IN ITEMS c cpp)
     set(sources)
-    foreach(header IN LISTS names_headers)
+    foreach(header IN LISTS names_headers names_headers_${language})
         string(MAKE_C_IDENTIFIER "${header}" stem)
         set(source "${CMAKE_CURRENT_BINARY_DIR}/header_check/${stem}.${language}")
         file(CONFIGURE OUTPUT "${source}" CONTENT "#include \"${header}\"\n" @ONLY)
