@@ -113,13 +113,13 @@ constexpr int32_t roomForStarts(int32_t nNames) {
 inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
     aStarts[0] = 0;
     int32_t nFound = 0;
-    for (int32_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
+    for (int64_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
         uint64_t nNuls = matchWindow(pText + (nBase - 1), pLimit, 0);
         int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
         while (nNuls != 0) {
             for (int i = 0; i < 4; ++i) {
-                *pStart++ = nBase + static_cast<int32_t>(lowestBit(nNuls));
+                *pStart++ = static_cast<int32_t>(nBase + lowestBit(nNuls));
                 nNuls &= nNuls - 1;
             }
         }
