@@ -11,9 +11,9 @@ mkdir -p "$build"
 build=$(cd "$build" && pwd)
 
 # /usr/include as a whole holds this machine's C library, so what the target may see of it is linked into a folder of its own.
-mkdir -p "$build/root/include" "$build/root/share"
+mkdir -p "$build/sysroot/include" "$build/sysroot/share"
 for header in boost xxhash.h CLI nlohmann; do
-    ln -sfn "/usr/include/$header" "$build/root/include/$header"
+    ln -sfn "/usr/include/$header" "$build/sysroot/include/$header"
 done
 cat >"$build/toolchain.cmake" <<END
 set(CMAKE_SYSTEM_NAME Linux)
@@ -21,7 +21,7 @@ set(CMAKE_SYSTEM_PROCESSOR aarch64)
 set(CMAKE_C_COMPILER $target-gcc)
 set(CMAKE_CXX_COMPILER $target-g++)
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L /usr/$target)
-set(CMAKE_FIND_ROOT_PATH "$build/root")
+set(CMAKE_FIND_ROOT_PATH "$build/sysroot")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
@@ -29,17 +29,17 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 END
 
 # Packages of headers alone; their CMake files lie in folders of this machine's.
-headers=$build/root/include
+headers=$build/sysroot/include
 package() { # NAME TARGET
-    mkdir -p "$build/root/lib/cmake/$1"
+    mkdir -p "$build/sysroot/lib/cmake/$1"
     printf 'if(NOT TARGET %s)\nadd_library(%s INTERFACE IMPORTED)\nset_target_properties(%s PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "%s")\nendif()\n' \
-        "$2" "$2" "$2" "$headers" >"$build/root/lib/cmake/$1/$1Config.cmake"
+        "$2" "$2" "$2" "$headers" >"$build/sysroot/lib/cmake/$1/$1Config.cmake"
 }
 package CLI11 CLI11::CLI11
 package nlohmann_json nlohmann_json::nlohmann_json
 
 cmake -S /usr/src/googletest -B "$build/googletest" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$build/toolchain.cmake" -DCMAKE_BUILD_TYPE=Release \
-    -DBUILD_GMOCK=OFF -DCMAKE_INSTALL_PREFIX="$build/root" >/dev/null
+    -DBUILD_GMOCK=OFF -DCMAKE_INSTALL_PREFIX="$build/sysroot" >/dev/null
 cmake --build "$build/googletest" --parallel "$(nproc)" --target install >/dev/null
 cmake -S . -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$build/toolchain.cmake" -DCMAKE_BUILD_TYPE=Release -DNAMES_BUILD_BENCH=OFF >/dev/null
 cmake --build "$build" --parallel "$(nproc)"
