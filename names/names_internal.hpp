@@ -195,6 +195,11 @@ NameReader startReading(const NamesManager *mgr, IndexRange range); /* the range
 int32_t readNames(NameReader *pReader, const char **ppNames, int32_t *pLengths);
 
 void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths);
+
+/* The lengths of a range that is about to change, for the upkeep of a known maximum; the caller frees them. NULL while the maximum is not
+ * known, and without memory, when it becomes unknown. */
+int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range);
+
 int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames); /* as NamesManager_GetNamePointers */
 const char *getOne(NamesManager *mgr, int32_t index, int32_t bOneBased);        /* as NamesManager_GetName */
 

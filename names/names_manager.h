@@ -221,7 +221,7 @@ int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32
                                          char *szDuplicateName, int32_t nDuplicateNameSize);
 
 /* NamesManager_CheckDuplicateNames for NUL-terminated names that lie back to back in buffer; names longer than 1048575 bytes take no part.
- * Same results; *pbDuplicate is untouched when its work arrays could not be had. */
+ * Same results; *pbDuplicate is untouched when the range lies outside the contract or its work arrays could not be had. */
 int32_t NamesManager_CheckDuplicateNamesInBuffer(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *buffer,
                                                  int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex, char *szDuplicateName,
                                                  int32_t nDuplicateNameSize);

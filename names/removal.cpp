@@ -24,18 +24,8 @@ void noteRemovedLength(NamesManager *mgr, int32_t nLength) {
     }
 }
 
-/* Takes a range off a known maximum. Without memory for its lengths the maximum becomes unknown. */
 void takeOffMaxLength(NamesManager *mgr, IndexRange range) {
-    if (mgr->nMaxNameLength < 0) {
-        return;
-    }
-    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
-    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (lengths == nullptr) {
-        mgr->nMaxNameLength = -1;
-        return;
-    }
-    readLengths(mgr, range, lengths);
+    int32_t *lengths = lengthsForMaximum(mgr, range);
     for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
         noteRemovedLength(mgr, lengths[k]);
     }

@@ -32,18 +32,9 @@ void noteReplacedLength(NamesManager *mgr, int32_t nOld, int32_t nNew) {
     }
 }
 
-/* Brings a known maximum up to date before any text changes. Without memory for the old lengths it becomes unknown. */
+/* Brings a known maximum up to date before any text changes. */
 void updateMaxLength(NamesManager *mgr, IndexRange range, const int32_t *lengths) {
-    if (mgr->nMaxNameLength < 0) {
-        return;
-    }
-    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
-    int32_t *oldLengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (oldLengths == nullptr) {
-        mgr->nMaxNameLength = -1;
-        return;
-    }
-    readLengths(mgr, range, oldLengths);
+    int32_t *oldLengths = lengthsForMaximum(mgr, range);
     for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
         noteReplacedLength(mgr, oldLengths[k], lengths[k]);
     }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "host/host_memory.h"
 #include "names/names_internal.hpp"
 #include "names/text_walk.hpp"
 
@@ -113,6 +114,20 @@ void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths) {
     for (int32_t n = readNames(&reader, nullptr, lengths); n > 0; n = readNames(&reader, nullptr, lengths)) {
         lengths += n;
     }
+}
+
+int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range) {
+    if (mgr->nMaxNameLength < 0) {
+        return nullptr;
+    }
+    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
+    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (lengths != nullptr) {
+        readLengths(mgr, range, lengths);
+    } else {
+        mgr->nMaxNameLength = -1;
+    }
+    return lengths;
 }
 
 namespace {
