@@ -147,8 +147,9 @@ TextPiece readPiece(NameReader *pReader) {
     return {pText, nBytes};
 }
 
-/* What every retrieval of at least one name leaves behind: the cursor at the name that follows, the miss counter, and after too many misses
- * in a row the switch to positions, which leaves cursor and counter as they are. reader has read its range to the end. */
+/* What every retrieval of at least one name leaves behind: the cursor at the name that follows, and the miss counter. Too many misses in a
+ * row switch to positions instead; if that fails, the cursor stays where it was and the next miss tries again. reader has read its range to
+ * the end. */
 void finishRetrieval(NamesManager *mgr, const NameReader &reader) {
     if (mgr->pSegments == nullptr) {
         return;
