@@ -162,8 +162,12 @@ void destroyGroup(EqualKeys *pGroup) {
 
 // ---- Entries ----
 
-// What an entry refers to may change while it lies in the table, its text may not.
+// What an entry refers to may change while it lies in the table, its text may not. It is copied field by field: 16 bytes read at once where
+// smaller pieces have just been written would have to wait for all stores under way, those to the far ends of the table included.
 struct Entry {
+    Entry(const char *szNewKey, int32_t nNewValue, uint32_t nNewHash) : szKey(szNewKey), nValue(nNewValue), nHash(nNewHash) {}
+    Entry(const Entry &other) : szKey(other.szKey), nValue(other.nValue), nHash(other.nHash) {}
+    Entry &operator=(const Entry &other) = default;
     union {
         const char *szKey;
         EqualKeys *pGroup;
@@ -206,7 +210,7 @@ StringMap &stringMap(HostHashMap *pMap) {
 }
 
 Entry entryFor(const StringMap &map, const char *szKey, int32_t nValue) {
-    return {{szKey}, nValue, hashText(*map.pSecret, szKey)};
+    return {szKey, nValue, hashText(*map.pSecret, szKey)};
 }
 
 // The set hands out constant entries; see Entry for what may change.
