@@ -1,13 +1,18 @@
 /* Saving and loading a manager's exact image.
  *
- *     offset  bytes                          all numbers: signed 32-bit, the machine's byte order
- *          0    6 * 4   nNames (-1: a saved NULL manager, nothing follows), nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc,
- * nPositionsAlloc 24       32   szNameFormat 56        4   nGeneratedNameBase 60       32   szFirstGeneratedName 92  nBlocks * 24    block
- * records: 8 bytes for an address (0, ignored), nSize, nUsed, nNamesInBlock, 4 bytes of padding (0, ignored)
- *          +  nSegments * 20  segment records: iFirst, iLast, iBlock, nOffset, nBytes
- *          +  nNames * 8      position records, only in individual-positions mode (nPositionsAlloc > 0): iBlock, nOffset
- *          +  sum of nUsed    the used text of every block, dead bytes included
- *          +       20   iCursorName, iCursorSegment, iCursorBlock, nCursorOffset, nCursorMisses
+ *     offset  bytes
+ *          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc
+ *                     (nNames -1: a saved NULL manager, nothing follows)
+ *         24      32  szNameFormat
+ *         56       4  nGeneratedNameBase
+ *         60      32  szFirstGeneratedName
+ *         92          nBlocks block records of 24: an address (8 bytes, 0, ignored), nSize, nUsed, nNamesInBlock, 0 (ignored)
+ *                     nSegments segment records of 20: iFirst, iLast, iBlock, nOffset, nBytes
+ *                     nNames position records of 8, if nPositionsAlloc > 0: iBlock, nOffset
+ *                     the used text of every block, dead bytes included
+ *                 20  iCursorName, iCursorSegment, iCursorBlock, nCursorOffset, nCursorMisses
+ *
+ * All numbers are signed, of 32 bits and in the machine's byte order.
  *
  * The loader trusts none of it. It builds everything aside, checks that each invariant of a manager holds, and only then gives up what the
  * manager held: a failed load leaves the manager as a clear does. */
