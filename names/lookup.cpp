@@ -43,7 +43,7 @@ void buildIndex(NamesManager *mgr) {
 /* Reads on from the cursor as any sequential reader does, and so moves it. */
 int32_t scanForText(NamesManager *mgr, const char *szText) {
     for (int32_t i = 0; i < mgr->nNames; ++i) {
-        if (strcmp(getOne(mgr, i, 0), szText) == 0) {
+        if (strcmp(getOne(mgr, i), szText) == 0) {
             return i;
         }
     }
@@ -94,18 +94,38 @@ int32_t inBase(int32_t iFound, int32_t bOneBased) {
     return iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
 }
 
+/* Finds a name given with nWidth, in the index where there is one; false without memory. No stored name ends in a blank, so a terminated
+ * name that the index holds as it was given needed no trimming: most names are not measured at all. */
+bool findName(NamesManager *mgr, NameLookupIndex *pIndex, const char *pName, int32_t nWidth, TextBuffer *pBuffer, int32_t *piFound) {
+    if (pIndex != nullptr && nWidth < 0) {
+        *piFound = HostHashMap_Find(pIndex, pName);
+        if (*piFound >= 0) {
+            return true;
+        }
+    }
+    const char *szText = lookupText(pName, nWidth, pBuffer);
+    if (szText == nullptr) {
+        return false;
+    }
+    if (pIndex == nullptr) {
+        *piFound = scanForText(mgr, szText);
+    } else if (nWidth >= 0 || szText != pName) {
+        *piFound = HostHashMap_Find(pIndex, szText);
+    }
+    return true;
+}
+
 int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
     TextBuffer buffer;
     NameLookupIndex *pIndex = currentIndex(mgr);
     for (int32_t k = 0; k < nCount; ++k) {
-        const char *szText = lookupText(ppNames[k], nWidth, &buffer);
-        if (szText == nullptr) {
+        int32_t iFound = -1;
+        if (!findName(mgr, pIndex, ppNames[k], nWidth, &buffer, &iFound)) {
             if (pIndices != nullptr) {
                 std::fill_n(pIndices, nCount, -1);
             }
             return 1;
         }
-        const int32_t iFound = pIndex != nullptr ? HostHashMap_Find(pIndex, szText) : scanForText(mgr, szText);
         if (pIndices != nullptr) {
             pIndices[k] = inBase(iFound, bOneBased);
         }
@@ -125,18 +145,12 @@ int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, in
     return findNames(mgr, ppNames, nCount, nWidth, bOneBased, pIndices);
 }
 
-/* With an index and a name that needs no trimming it goes straight to the host's map, as most lookups do. */
 int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneBased) {
     ScopedLock lock(mgr);
-    if (mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames) {
-        const size_t nLength = strlen(name);
-        if (nLength == 0 || name[nLength - 1] != ' ') {
-            return inBase(HostHashMap_Find(mgr->pLookupIndex, name), bOneBased);
-        }
-    }
+    TextBuffer buffer;
     int32_t iFound = -1;
-    static_cast<void>(findNames(mgr, &name, 1, -1, bOneBased, &iFound));
-    return iFound;
+    static_cast<void>(findName(mgr, currentIndex(mgr), name, -1, &buffer, &iFound));
+    return inBase(iFound, bOneBased);
 }
 
 int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_t nWidth, int32_t bOneBased) {

@@ -6,6 +6,7 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "host/host_memory.h"
 #include "names/names_manager.h"
 
 /* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Fills a gap before the range with default names,
@@ -44,7 +45,11 @@ struct ScopedLock {
 /* Room for one text after another, allocated only for long ones. */
 struct TextBuffer {
     TextBuffer() : pHeap(nullptr), nHeap(0) {}
-    ~TextBuffer();
+    ~TextBuffer() {
+        if (pHeap != nullptr) {
+            HostMem_Free(pHeap, kSourceTag, __LINE__);
+        }
+    }
     TextBuffer(const TextBuffer &) = delete;
     TextBuffer &operator=(const TextBuffer &) = delete;
     char aLocal[kLocalTextBytes];
@@ -201,7 +206,7 @@ void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths);
 int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range);
 
 int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames); /* as NamesManager_GetNamePointers */
-const char *getOne(NamesManager *mgr, int32_t index, int32_t bOneBased);        /* as NamesManager_GetName */
+const char *getOne(NamesManager *mgr, int32_t index);                           /* as NamesManager_GetName, 0-based */
 
 /* ---- Storing: storing.cpp, replacing.cpp, generating.cpp ---- */
 

@@ -128,10 +128,6 @@ int32_t partitionBlocks(NamesManager *mgr) {
 
 }  // namespace
 
-TextBuffer::~TextBuffer() {
-    freeMemory(pHeap);
-}
-
 char *roomFor(TextBuffer *pBuffer, uint64_t nBytes) {
     if (nBytes <= kLocalTextBytes) {
         return pBuffer->aLocal;

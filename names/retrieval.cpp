@@ -47,12 +47,6 @@ NameReader startReading(const NamesManager *mgr, IndexRange range) {
 
 namespace {
 
-/* Where the texts of a range lie in one piece: what the range takes of one segment. */
-struct TextPiece {
-    const char *pText;
-    int32_t nBytes;
-};
-
 /* Steps on to the segment of the next name and tells how many names of the range lie in it, from the place on. */
 int32_t enterSegment(NameReader *pReader) {
     const NamesManager *mgr = pReader->mgr;
@@ -132,19 +126,63 @@ int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range) {
 
 namespace {
 
-/* The next piece of text of a range in segment mode; nBytes 0 at the end. Only a piece that ends inside its segment is walked. */
-TextPiece readPiece(NameReader *pReader) {
-    if (pReader->iNext > pReader->iLast) {
-        return {nullptr, 0};
+/* Bytes from the reader's place to where the text of its segment ends. */
+int32_t bytesToSegmentEnd(const NameReader &reader) {
+    const NameSegment &segment = reader.mgr->pSegments[reader.place.iSegment];
+    return segment.nOffset + segment.nBytes - reader.place.nOffset;
+}
+
+/* Bytes of the next nNames names, all in the reader's segment. They are walked only where the segment goes on behind them. */
+int32_t bytesOfNext(const NameReader &reader, int32_t nNames) {
+    const NameSegment &segment = reader.mgr->pSegments[reader.place.iSegment];
+    if (reader.iNext + nNames - 1 == segment.iLast) {
+        return bytesToSegmentEnd(reader);
     }
-    const int32_t nNames = enterSegment(pReader);
-    const NameSegment &segment = pReader->mgr->pSegments[pReader->place.iSegment];
-    const char *pText = textAt(pReader->mgr, segment.iBlock, pReader->place.nOffset);
-    const int32_t nBytes = pReader->iNext + nNames - 1 == segment.iLast
-                               ? segment.nOffset + segment.nBytes - pReader->place.nOffset
-                               : bytesOfNames(pText, textLimit(pReader->mgr, segment.iBlock), nNames);
-    leaveNames(pReader, nNames, nBytes);
-    return {pText, nBytes};
+    return bytesOfNames(textAt(reader.mgr, segment.iBlock, reader.place.nOffset), textLimit(reader.mgr, segment.iBlock), nNames);
+}
+
+/* Bytes of a range in segment mode, NULs included; with bWholeSegments up to the end of its last segment, for which no text is looked at.
+ */
+uint64_t bytesOfRange(NameReader reader, bool bWholeSegments) {
+    uint64_t nBytes = 0;
+    while (reader.iNext <= reader.iLast) {
+        const int32_t nNames = enterSegment(&reader);
+        const int32_t nHere = bWholeSegments ? bytesToSegmentEnd(reader) : bytesOfNext(reader, nNames);
+        leaveNames(&reader, nNames, nHere);
+        nBytes += static_cast<uint64_t>(nHere);
+    }
+    return nBytes;
+}
+
+/* Where the next piece goes. The first piece of all is none. */
+char *copyPiece(char *pTo, const char *pPiece, size_t nPiece) {
+    if (pPiece != nullptr) {
+        memcpy(pTo, pPiece, nPiece);
+    }
+    return pTo + nPiece;
+}
+
+/* Copies a range in segment mode as it lies, segments that touch in one piece. *pReader ends behind the last name. The bytes copied. */
+uint64_t copyRange(NameReader *pReader, char *pBuffer) {
+    char *pNext = pBuffer;
+    const char *pPiece = nullptr;
+    size_t nPiece = 0;
+    int32_t iBlock = -1;
+    while (pReader->iNext <= pReader->iLast) {
+        const int32_t nNames = enterSegment(pReader);
+        const int32_t iHere = pReader->mgr->pSegments[pReader->place.iSegment].iBlock;
+        const char *pText = textAt(pReader->mgr, iHere, pReader->place.nOffset);
+        if (iHere != iBlock || pText != pPiece + nPiece) {
+            pNext = copyPiece(pNext, pPiece, nPiece);
+            pPiece = pText;
+            nPiece = 0;
+            iBlock = iHere;
+        }
+        const int32_t nHere = bytesOfNext(*pReader, nNames);
+        leaveNames(pReader, nNames, nHere);
+        nPiece += static_cast<size_t>(nHere);
+    }
+    return static_cast<uint64_t>(copyPiece(pNext, pPiece, nPiece) - pBuffer);
 }
 
 /* What every retrieval of at least one name leaves behind: the cursor at the name that follows, and the miss counter. Too many misses in a
@@ -206,10 +244,10 @@ int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
     return 0;
 }
 
-const char *getOne(NamesManager *mgr, int32_t index, int32_t bOneBased) {
+[[gnu::noinline]] const char *getOne(NamesManager *mgr, int32_t index) {
     IndexRange range;
     const char *pName = nullptr;
-    if (!toIndexRange(index, index, bOneBased, &range)) {
+    if (!toIndexRange(index, index, 0, &range)) {
         return nullptr;
     }
     return getPointers(mgr, range, &pName) == 0 ? pName : nullptr;
@@ -239,10 +277,7 @@ uint64_t requiredSize(const NameReader &start, FieldFormat format) {
         return static_cast<uint64_t>(start.iLast - start.iNext + 1) * static_cast<uint64_t>(format.nPad);
     }
     if (isPlain(format) && start.mgr->pSegments != nullptr) {
-        for (TextPiece piece = readPiece(&reader); piece.nBytes > 0; piece = readPiece(&reader)) {
-            nSize += static_cast<uint64_t>(piece.nBytes);
-        }
-        return nSize;
+        return bytesOfRange(start, false);
     }
     int32_t aLengths[kMaxSegmentNames];
     for (int32_t n = readNames(&reader, nullptr, aLengths); n > 0; n = readNames(&reader, nullptr, aLengths)) {
@@ -293,10 +328,7 @@ bool hasBytesBehind(const NameReader &reader, int32_t nNames) {
 /* Writes the fields of the range, nSize bytes in all. *pReader ends behind the last name. */
 void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_t nSize) {
     if (isPlain(format) && pReader->mgr->pSegments != nullptr) {
-        for (TextPiece piece = readPiece(pReader); piece.nBytes > 0; piece = readPiece(pReader)) {
-            memcpy(pBuffer, piece.pText, static_cast<size_t>(piece.nBytes));
-            pBuffer += piece.nBytes;
-        }
+        copyRange(pReader, pBuffer);
         return;
     }
     const char *const pEnd = pBuffer + nSize;
@@ -311,6 +343,11 @@ void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_
     }
 }
 
+/* Tells whether names in segment mode that go out as they lie fit without a closer look at where the last one ends. */
+bool fitsEvenRoughly(const NameReader &start, FieldFormat format, uint64_t nBufferSize) {
+    return isPlain(format) && start.mgr->pSegments != nullptr && start.iNext <= start.iLast && bytesOfRange(start, true) <= nBufferSize;
+}
+
 int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *pBuffer, uint64_t nBufferSize, uint64_t *pnRequiredSize) {
     if (range.last >= mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
         return 1;
@@ -319,7 +356,8 @@ int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *
         return 0;
     }
     NameReader reader = startReading(mgr, range);
-    const uint64_t nSize = requiredSize(reader, format);
+    const bool bFits = fitsEvenRoughly(reader, format, nBufferSize);
+    const uint64_t nSize = bFits ? copyRange(&reader, pBuffer) : requiredSize(reader, format);
     if (pnRequiredSize != nullptr) {
         *pnRequiredSize = nSize;
     }
@@ -330,7 +368,9 @@ int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *
         return 3;
     }
     if (range.first <= range.last) {
-        writeFields(&reader, format, pBuffer, nSize);
+        if (!bFits) {
+            writeFields(&reader, format, pBuffer, nSize);
+        }
         finishRetrieval(mgr, reader);
     }
     return 0;
@@ -358,8 +398,8 @@ int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t l
 
 /* The usual cases take few instructions, so that the cache misses of neighbouring calls overlap. */
 const char *NamesManager_GetName(NamesManager *mgr, int32_t index, int32_t bOneBased) {
-    ScopedLock lock(mgr);
     const uint32_t i = static_cast<uint32_t>(index) - (bOneBased != 0 ? 1U : 0U); /* an index below 0 becomes a huge one */
+    ScopedLock lock(mgr);
     if (i < static_cast<uint32_t>(mgr->nNames)) {
         if (mgr->pPositions != nullptr) {
             return textAt(mgr, mgr->pPositions[i].iBlock, mgr->pPositions[i].nOffset);
@@ -368,7 +408,7 @@ const char *NamesManager_GetName(NamesManager *mgr, int32_t index, int32_t bOneB
             return readAtCursor(mgr);
         }
     }
-    return getOne(mgr, index, bOneBased);
+    return getOne(mgr, static_cast<int32_t>(i));
 }
 
 int32_t NamesManager_CopyName(NamesManager *destination, int32_t destinationIndex, int32_t bDestinationOneBased, NamesManager *source,
@@ -422,12 +462,16 @@ int32_t NamesManager_GetMaxNameLength(NamesManager *mgr) {
     int32_t aLengths[kMaxSegmentNames];
     NameReader reader = startReading(mgr, {0, mgr->nNames - 1});
     for (int32_t n = readNames(&reader, nullptr, aLengths); n > 0; n = readNames(&reader, nullptr, aLengths)) {
-        for (int32_t k = 0; k < n; ++k) {
-            if (aLengths[k] > nMax) {
-                nMax = aLengths[k];
-                nCount = 0;
-            }
-            nCount += aLengths[k] == nMax ? 1 : 0;
+        int32_t nMaxHere = 0;
+        for (int32_t k = 0; k < n; ++k) { /* without branches for every name */
+            nMaxHere = std::max(nMaxHere, aLengths[k]);
+        }
+        if (nMaxHere > nMax) {
+            nMax = nMaxHere;
+            nCount = 0;
+        }
+        if (nMaxHere == nMax) {
+            nCount += static_cast<int32_t>(std::count(aLengths, aLengths + n, nMax));
         }
     }
     mgr->nMaxNameLength = nMax;
