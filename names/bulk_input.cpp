@@ -5,6 +5,7 @@
 
 #include "host/host_memory.h"
 #include "names/names_internal.hpp"
+#include "names/text_walk.hpp"
 
 namespace names {
 
@@ -40,17 +41,51 @@ bool allocArrays(BatchArrays *pArrays, int32_t nRoom) {
     return true;
 }
 
+/* Notes the lengths of names that end at aStarts, as findNameStarts leaves it. False if one ends in a blank. */
+bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int32_t *pLengths) {
+    int32_t nBlanks = 0;
+    for (int32_t k = 0; k < nNames; ++k) {
+        const int32_t iNul = aStarts[k + 1] - 1;
+        pLengths[k] = iNul - aStarts[k];
+        nBlanks += pText[iNul - (pLengths[k] > 0 ? 1 : 0)] == ' ' ? 1 : 0;
+    }
+    return nBlanks == 0;
+}
+
+/* Notes the lengths of the nNames names at pText, provided that they can be taken as they lie: none ends in a blank or is too long. Each of
+ * the names yet to come has at least its NUL, so that as many bytes can be looked at at once; names found in them are not too long. */
+static_assert(kMaxBatchNames <= kMaxNameBytes);
+bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
+    int32_t aStarts[roomForStarts(kMaxSegmentNames)];
+    while (nNames > 0) {
+        int32_t nFound = findNameStartsBefore(pText, pText + nNames, std::min(nNames, kMaxSegmentNames), aStarts);
+        if (nFound == 0) {
+            const size_t nLength = strlen(pText);
+            if (nLength > kMaxNameBytes) {
+                return false;
+            }
+            nFound = 1;
+            aStarts[1] = static_cast<int32_t>(nLength) + 1;
+        }
+        if (!noteLengths(pText, aStarts, nFound, pLengths)) {
+            return false;
+        }
+        pText += aStarts[nFound];
+        pLengths += nFound;
+        nNames -= nFound;
+    }
+    return true;
+}
+
 /* Notes start and trimmed length of the nNames names at *ppText and steps over them. Status 2 if one is too long. */
-int32_t measureNames(const char **ppText, int32_t nNames, const BatchArrays &arrays, bool *pbTrimmed) {
+int32_t measureNames(const char **ppText, int32_t nNames, const BatchArrays &arrays) {
     const char *pText = *ppText;
-    *pbTrimmed = false;
     for (int32_t k = 0; k < nNames; ++k) {
         const size_t nLength = strlen(pText);
         const uint64_t nTrimmed = trimmedLength(pText, nLength);
         if (nTrimmed > kMaxNameBytes) {
             return 2;
         }
-        *pbTrimmed |= nTrimmed != nLength;
         arrays.ppNames[k] = pText;
         arrays.pLengths[k] = static_cast<int32_t>(nTrimmed);
         pText += nLength + 1;
@@ -65,10 +100,15 @@ int32_t storeInBatches(NamesManager *mgr, IndexRange range, const char *pText, c
     do {
         const int32_t nBatch = std::min(countOf(range) - nDone, arrays.nRoom);
         const int32_t iFirst = range.first + nDone;
-        bool bTrimmed = false;
-        nStatus = measureNames(&pText, nBatch, arrays, &bTrimmed);
+        GivenNames given = {nullptr, pText, arrays.pLengths};
+        if (measureUntrimmed(pText, nBatch, arrays.pLengths)) {
+            pText += bytesFor(arrays.pLengths, nBatch);
+        } else {
+            given = {arrays.ppNames, nullptr, arrays.pLengths};
+            nStatus = measureNames(&pText, nBatch, arrays);
+        }
         if (nStatus == 0) {
-            nStatus = storeRange(mgr, {iFirst, iFirst + nBatch - 1}, {arrays.ppNames, arrays.pLengths, !bTrimmed});
+            nStatus = storeRange(mgr, {iFirst, iFirst + nBatch - 1}, given);
         }
         nDone += nBatch;
     } while (nStatus == 0 && nDone < countOf(range));

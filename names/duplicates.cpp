@@ -18,7 +18,7 @@ struct PreparedNames {
     char *pTexts;
 };
 
-struct GivenNames {
+struct CheckedNames {
     const char *const *ppNames;
     const int32_t *pLengths;
     int32_t nNames;
@@ -38,7 +38,7 @@ bool isUsableInPlace(const char *pName, int32_t nLength) {
     return (nLength == 0 || !isWhiteSpace(pName[nLength - 1])) && pName[nLength] == 0;
 }
 
-bool allUsableInPlace(const GivenNames &given) {
+bool allUsableInPlace(const CheckedNames &given) {
     for (int32_t k = 0; k < given.nNames; ++k) {
         if (given.ppNames[k] != nullptr && !isUsableInPlace(given.ppNames[k], given.pLengths[k])) {
             return false;
@@ -56,7 +56,7 @@ void poolFree(void *pMemory) {
 }
 
 /* Room for every given name with a NUL. */
-char *allocTexts(const GivenNames &given) {
+char *allocTexts(const CheckedNames &given) {
     uint64_t nBytes = 0;
     for (int32_t k = 0; k < given.nNames; ++k) {
         nBytes += given.ppNames[k] != nullptr ? static_cast<uint64_t>(given.pLengths[k]) + 1 : 0;
@@ -77,7 +77,7 @@ const char *copyPrepared(const char *pName, int32_t nLength, char **ppTexts) {
 }
 
 /* A text area is made only when a name has to be rewritten. False without memory. */
-bool prepareNames(const GivenNames &given, PreparedNames *pPrepared) {
+bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
     pPrepared->pTexts = nullptr;
     pPrepared->ppNames = static_cast<const char **>(poolAlloc(static_cast<uint64_t>(given.nNames) * sizeof(char *)));
     if (pPrepared->ppNames == nullptr) {

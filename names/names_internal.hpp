@@ -147,13 +147,29 @@ inline void copyText(char *pText, const char *pName, int32_t nLength) {
 
 /* Names to be stored. */
 struct GivenNames {
-    const char *const *names;
+    const char *const *names; /* where each begins; NULL: back to back from pText on, each followed by its NUL */
+    const char *pText;
     const int32_t *lengths;
-    bool bBackToBack; /* they are known to lie back to back, each followed by its NUL */
 };
 
+/* Bytes that names of these lengths take, NULs included. */
+inline int64_t bytesFor(const int32_t *lengths, int32_t nNames) {
+    int64_t nBytes = nNames;
+    for (int32_t k = 0; k < nNames; ++k) {
+        nBytes += lengths[k];
+    }
+    return nBytes;
+}
+
+inline const char *firstGiven(const GivenNames &given) {
+    return given.names != nullptr ? given.names[0] : given.pText;
+}
+
 inline GivenNames skipGiven(const GivenNames &given, int32_t nNames) {
-    return {given.names + nNames, given.lengths + nNames, given.bBackToBack};
+    if (given.names != nullptr) {
+        return {given.names + nNames, nullptr, given.lengths + nNames};
+    }
+    return {nullptr, given.pText + bytesFor(given.lengths, nNames), given.lengths + nNames};
 }
 
 /* Copies names back to back to pText, each followed by a NUL, nBytes in all. */
@@ -219,7 +235,7 @@ int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t 
 int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given);
 
 /* Replaces the names of a range that exists. 0 or 1. */
-int32_t replaceNames(NamesManager *mgr, IndexRange range, const GivenNames &given);
+int32_t replaceNames(NamesManager *mgr, IndexRange range, GivenNames given);
 
 /* Tells whether szFormat is an acceptable format of default names. Looks no further than the record's field is wide. */
 bool isNameFormat(const char *szFormat);

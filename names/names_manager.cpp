@@ -179,8 +179,8 @@ void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameS
 
 /* A stretch of names that turn out to lie back to back moves in one piece; whatever stands between them there, NULs end them here. */
 void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBytes) {
-    if (given.bBackToBack) {
-        memcpy(pText, given.names[0], static_cast<size_t>(nBytes));
+    if (given.names == nullptr) {
+        memcpy(pText, given.pText, static_cast<size_t>(nBytes));
         return;
     }
     for (int32_t i = 0; i < nNames;) {

@@ -77,17 +77,17 @@ bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int
 }
 
 /* iBlock: the block that text that has to move is tried in first. */
-int32_t replaceByPosition(NamesManager *mgr, IndexRange range, const GivenNames &given, int32_t iBlock) {
-    for (int32_t k = 0; k < countOf(range); ++k) {
-        NamePosition *pPosition = &mgr->pPositions[range.first + k];
+int32_t replaceByPosition(NamesManager *mgr, IndexRange range, GivenNames given, int32_t iBlock) {
+    for (int32_t i = range.first; i <= range.last; ++i, given = skipGiven(given, 1)) {
+        NamePosition *pPosition = &mgr->pPositions[i];
         const int32_t nOldBytes = static_cast<int32_t>(strlen(textAt(mgr, pPosition->iBlock, pPosition->nOffset))) + 1;
-        const int64_t nNeed = int64_t{given.lengths[k]} + 1;
+        const int64_t nNeed = int64_t{given.lengths[0]} + 1;
         if (nNeed > nOldBytes && !moveName(mgr, pPosition, nOldBytes, nNeed, &iBlock)) {
             return 1;
         }
         char *pText = mgr->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
-        copyText(pText, given.names[k], given.lengths[k]);
-        indexTexts(mgr, pText, given.lengths + k, 1, range.first + k);
+        copyText(pText, firstGiven(given), given.lengths[0]);
+        indexTexts(mgr, pText, given.lengths, 1, i);
     }
     return 0;
 }
@@ -199,11 +199,7 @@ int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const 
     }
     Cut cut = cutSegment(mgr, iSegment, range.first, iLast);
     const int32_t nRun = namesIn(cut.run);
-    int64_t nNew = nRun;
-    for (int32_t k = 0; k < nRun; ++k) {
-        nNew += given.lengths[k];
-    }
-    if (!makeRoom(mgr, &cut.run, nNew)) {
+    if (!makeRoom(mgr, &cut.run, bytesFor(given.lengths, nRun))) {
         putBack(mgr, cut, false, false);
         return -1;
     }
@@ -213,10 +209,9 @@ int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const 
     return putBack(mgr, cut, true, iLast == range.last);
 }
 
-/* Run by run, until the range is done or the segments are given up. The rest of the range is left in *pRange. */
-int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const GivenNames &given) {
+/* Run by run, until the range is done or the segments are given up. What is left of both is in *pRange and *pGiven then. */
+int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, GivenNames *pGiven) {
     int32_t iSegment = 0;
-    const int32_t first = pRange->first;
     while (pRange->first <= pRange->last && mgr->pSegments != nullptr) {
         const bool bNext = iSegment < mgr->nSegments && mgr->pSegments[iSegment].iFirst <= pRange->first &&
                            pRange->first <= mgr->pSegments[iSegment].iLast;
@@ -224,11 +219,12 @@ int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const GivenName
             iSegment = findSegment(mgr, pRange->first);
         }
         const int32_t iLast = std::min(mgr->pSegments[iSegment].iLast, pRange->last);
-        const int32_t iRun = replaceRun(mgr, iSegment, *pRange, skipGiven(given, pRange->first - first));
+        const int32_t iRun = replaceRun(mgr, iSegment, *pRange, *pGiven);
         if (iRun < 0) {
             return 1;
         }
         iSegment = iRun + 1;
+        *pGiven = skipGiven(*pGiven, iLast - pRange->first + 1);
         pRange->first = iLast + 1;
         switchIfFragmented(mgr);
     }
@@ -237,18 +233,17 @@ int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, const GivenName
 
 }  // namespace
 
-int32_t replaceNames(NamesManager *mgr, IndexRange range, const GivenNames &given) {
+int32_t replaceNames(NamesManager *mgr, IndexRange range, GivenNames given) {
     updateMaxLength(mgr, range, given.lengths);
     removeFromIndex(mgr, range);
     int32_t iBlock = mgr->nBlocks - 1;
     int32_t nStatus = 0;
-    IndexRange rest = range;
     if (mgr->pSegments != nullptr) {
-        nStatus = replaceInSegments(mgr, &rest, given);
+        nStatus = replaceInSegments(mgr, &range, &given);
         iBlock = 0;
     }
-    if (nStatus == 0 && rest.first <= rest.last) {
-        nStatus = replaceByPosition(mgr, rest, skipGiven(given, rest.first - range.first), iBlock);
+    if (nStatus == 0 && range.first <= range.last) {
+        nStatus = replaceByPosition(mgr, range, given, iBlock);
     }
     if (nStatus != 0) { /* old texts of names not reached are out of the index, and lengths of new ones may be in the maximum */
         mgr->nMaxNameLength = -1;

@@ -22,16 +22,15 @@ struct Batch {
 
 /* Chooses the block for the first of the names, and how many of those behind it go along. False without memory. */
 bool chooseBatch(NamesManager *mgr, const int32_t *lengths, int32_t nNames, Batch *pBatch) {
-    int64_t nBytes = int64_t{lengths[0]} + 1;
-    pBatch->iBlock = chooseBlock(mgr, nBytes);
+    pBatch->iBlock = chooseBlock(mgr, int64_t{lengths[0]} + 1);
     if (pBatch->iBlock < 0) {
         return false;
     }
     const int64_t nRoom = roomIn(mgr->pBlocks[pBatch->iBlock]);
-    const int32_t nMost = std::min(nNames, kMaxSegmentNames);
-    int32_t nTaken = 1;
-    while (nTaken < nMost && nBytes + lengths[nTaken] + 1 <= nRoom) {
-        nBytes += int64_t{lengths[nTaken++]} + 1;
+    int32_t nTaken = std::min(nNames, kMaxSegmentNames);
+    int64_t nBytes = bytesFor(lengths, nTaken);
+    while (nBytes > nRoom) {
+        nBytes -= int64_t{lengths[--nTaken]} + 1;
     }
     pBatch->nNames = nTaken;
     pBatch->nBytes = static_cast<int32_t>(nBytes);
@@ -39,7 +38,7 @@ bool chooseBatch(NamesManager *mgr, const int32_t *lengths, int32_t nNames, Batc
 }
 
 /* Lets the last segment go on with the batch if the texts touch, else adds a segment. False without memory. */
-bool recordSegment(NamesManager *mgr, const Batch &batch) {
+[[gnu::always_inline]] inline bool recordSegment(NamesManager *mgr, const Batch &batch) {
     const int32_t nUsed = mgr->pBlocks[batch.iBlock].nUsed;
     if (mgr->nSegments > 0) {
         NameSegment *pLast = &mgr->pSegments[mgr->nSegments - 1];
@@ -76,21 +75,17 @@ void countMaxLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) 
     }
 }
 
-/* Appends as many of the names as form one batch; their number, 0 without memory: nothing of the batch is stored then. */
-int32_t appendBatch(NamesManager *mgr, const GivenNames &given, int32_t nNames) {
-    Batch batch;
-    if (!chooseBatch(mgr, given.lengths, nNames, &batch)) {
-        return 0;
-    }
+/* Appends the names of a batch. False without memory: nothing is stored then. */
+[[gnu::always_inline]] inline bool appendBatch(NamesManager *mgr, const GivenNames &given, const Batch &batch) {
     if (mgr->pSegments == nullptr) {
         recordPositions(mgr, batch, given.lengths);
     } else if (!recordSegment(mgr, batch)) {
-        return 0;
+        return false;
     }
     NameStorageBlock *pBlock = &mgr->pBlocks[batch.iBlock];
     char *pText = pBlock->pData + pBlock->nUsed;
     if (batch.nNames == 1) {
-        copyText(pText, given.names[0], given.lengths[0]);
+        copyText(pText, firstGiven(given), given.lengths[0]);
     } else {
         copyTexts(pText, given, batch.nNames, batch.nBytes);
     }
@@ -102,32 +97,58 @@ int32_t appendBatch(NamesManager *mgr, const GivenNames &given, int32_t nNames) 
     if (mgr->pLookupIndex != nullptr) {
         indexTexts(mgr, pText, given.lengths, batch.nNames, iFirst);
     }
-    return batch.nNames;
+    return true;
 }
 
-int32_t appendNames(NamesManager *mgr, const GivenNames &given, int32_t nNames) {
-    const bool bNeedPositions = mgr->pSegments == nullptr && int64_t{mgr->nNames} + nNames > mgr->nPositionsAlloc;
-    if (bNeedPositions && !growPositionTable(mgr, mgr->nNames + nNames)) {
+/* Makes room for positions of nNames more names, where positions are kept. False without memory. */
+inline bool makeRoomForPositions(NamesManager *mgr, int32_t nNames) {
+    const bool bNeeded = mgr->pSegments == nullptr && int64_t{mgr->nNames} + nNames > mgr->nPositionsAlloc;
+    return !bNeeded || growPositionTable(mgr, mgr->nNames + nNames);
+}
+
+int32_t appendNames(NamesManager *mgr, GivenNames given, int32_t nNames) {
+    if (!makeRoomForPositions(mgr, nNames)) {
         return 1;
     }
-    for (int32_t i = 0; i < nNames;) {
-        const int32_t nAppended = appendBatch(mgr, skipGiven(given, i), nNames - i);
-        if (nAppended == 0) {
+    while (nNames > 0) {
+        Batch batch;
+        if (!chooseBatch(mgr, given.lengths, nNames, &batch) || !appendBatch(mgr, given, batch)) {
             return 1;
         }
-        i += nAppended;
+        given = skipGiven(given, batch.nNames);
+        nNames -= batch.nNames;
     }
     return 0;
+}
+
+/* storeRange for one name. */
+int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
+    const GivenNames given = {&pName, nullptr, &nLength};
+    if (index != mgr->nNames || hasNoTables(mgr)) {
+        return storeRange(mgr, {index, index}, given);
+    }
+    dropCursor(mgr);
+    if (!makeRoomForPositions(mgr, 1)) {
+        return 1;
+    }
+    const int64_t nBytes = int64_t{nLength} + 1;
+    const int32_t iBlock = chooseBlock(mgr, nBytes);
+    return iBlock >= 0 && appendBatch(mgr, given, {iBlock, 1, static_cast<int32_t>(nBytes)}) ? 0 : 1;
+}
+
+/* Length of a name without trailing blanks. False if that is too long. */
+bool measureTrimmed(const char *pName, int32_t *pLength) {
+    const uint64_t nLength = trimmedLength(pName, strlen(pName));
+    *pLength = static_cast<int32_t>(nLength);
+    return nLength <= kMaxNameBytes;
 }
 
 /* Status 2 if one of the names is too long. */
 int32_t trimNames(const char *const *names, int32_t nNames, int32_t *lengths) {
     for (int32_t k = 0; k < nNames; ++k) {
-        const uint64_t nLength = trimmedLength(names[k], strlen(names[k]));
-        if (nLength > kMaxNameBytes) {
+        if (!measureTrimmed(names[k], &lengths[k])) {
             return 2;
         }
-        lengths[k] = static_cast<int32_t>(nLength);
     }
     return 0;
 }
@@ -136,7 +157,7 @@ int32_t trimNames(const char *const *names, int32_t nNames, int32_t *lengths) {
 int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *names, int32_t *lengths) {
     int32_t nStatus = trimNames(names, countOf(range), lengths);
     if (nStatus == 0) {
-        nStatus = storeRange(mgr, range, {names, lengths, false});
+        nStatus = storeRange(mgr, range, {names, nullptr, lengths});
         HostMem_Free(lengths, kSourceTag, __LINE__);
         releaseEmptyBlocks(mgr);
     } else {
@@ -145,16 +166,31 @@ int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *name
     return nStatus;
 }
 
-int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName) {
+int32_t trimAndStoreOne(NamesManager *mgr, int32_t index, const char *pName) {
     int32_t nLength = 0;
-    const int32_t nStatus = trimNames(&pName, 1, &nLength);
-    return nStatus != 0 ? nStatus : storeRange(mgr, {index, index}, {&pName, &nLength, false});
+    return measureTrimmed(pName, &nLength) ? storeOne(mgr, index, pName, nLength) : 2;
+}
+
+/* NamesManager_AddName; the index is in the caller's base, which decides when empty blocks are released. */
+int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *pName) {
+    IndexRange range;
+    if (!toIndexRange(index, index, bOneBased, &range)) {
+        return 1;
+    }
+    const int32_t nStatus = trimAndStoreOne(mgr, range.first, pName);
+    if (nStatus == 0 && index % kReleaseInterval == 0) {
+        releaseEmptyBlocks(mgr);
+    }
+    return nStatus;
 }
 
 }  // namespace
 
 int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
     IndexRange range;
+    if (first == last) {
+        return addName(mgr, first, bOneBased, names[0]);
+    }
     if (last < first) {
         releaseEmptyBlocks(mgr);
         return 0;
@@ -162,25 +198,23 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
     if (!toIndexRange(first, last, bOneBased, &range)) {
         return 1;
     }
-    if (last > first) {
-        const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
-        int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-        if (lengths != nullptr) {
-            return storeAtOnce(mgr, range, names, lengths);
+    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
+    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (lengths != nullptr) {
+        return storeAtOnce(mgr, range, names, lengths);
+    }
+    for (int32_t i = range.first; i <= range.last; ++i) {
+        const int32_t nStatus = trimAndStoreOne(mgr, i, names[i - range.first]);
+        if (nStatus != 0) {
+            return nStatus;
         }
     }
-    int32_t nStatus = 0;
-    for (int32_t i = range.first; nStatus == 0 && i <= range.last; ++i) {
-        nStatus = storeOne(mgr, i, names[i - range.first]);
-    }
-    if (nStatus == 0 && (last > first || last % kReleaseInterval == 0)) {
-        releaseEmptyBlocks(mgr);
-    }
-    return nStatus;
+    releaseEmptyBlocks(mgr);
+    return 0;
 }
 
 int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
-    const int32_t nStatus = storeRange(mgr, {index, index}, {&pName, &nLength, false});
+    const int32_t nStatus = storeOne(mgr, index, pName, nLength);
     if (nStatus == 0 && index % kReleaseInterval == 0) {
         releaseEmptyBlocks(mgr);
     }
@@ -206,7 +240,7 @@ using namespace names;
 int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
                                 const int32_t *lengths) {
     IndexRange range;
-    return toIndexRange(first, last, bOneBased, &range) ? storeRange(mgr, range, {names, lengths, false}) : 1;
+    return toIndexRange(first, last, bOneBased, &range) ? storeRange(mgr, range, {names, nullptr, lengths}) : 1;
 }
 
 int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
@@ -215,5 +249,6 @@ int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, in
 }
 
 int32_t NamesManager_AddName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *name) {
-    return NamesManager_AddNames(mgr, index, index, bOneBased, &name);
+    ScopedLock lock(mgr);
+    return addName(mgr, index, bOneBased, name);
 }

@@ -107,14 +107,19 @@ constexpr int32_t roomForStarts(int32_t nNames) {
     return nNames + 1 + kWindowBytes;
 }
 
-/* Writes the offsets from pText at which the nNames names there start, and behind them the offset at which the last one ends, NULs
- * included: aStarts[k + 1] - aStarts[k] - 1 is the length of name k. Four NULs are taken per step, wanted or not, so that the number of
- * names in a window costs no unpredictable branch per name. */
-inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+/* Writes the offsets from pText at which names start, up to nNames of them, and behind them the offset at which the last one ends, NULs
+ * included. With bToLimit no further than pLimit, else all of them exist. Four NULs are taken per step, wanted or not, so that the number
+ * of names in a window costs no unpredictable branch per name. The number of names found. */
+template <bool bToLimit>
+int32_t walkNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
     aStarts[0] = 0;
     int32_t nFound = 0;
     for (int64_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
-        uint64_t nNuls = matchWindow(pText + (nBase - 1), pLimit, 0);
+        const char *p = pText + (nBase - 1);
+        if (bToLimit && p >= pLimit) {
+            return nFound;
+        }
+        uint64_t nNuls = matchWindow(p, pLimit, 0);
         int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
         while (nNuls != 0) {
@@ -124,6 +129,17 @@ inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames
             }
         }
     }
+    return nNames;
+}
+
+/* Where the nNames names at pText start and the last one ends: aStarts[k + 1] - aStarts[k] - 1 is the length of name k. */
+inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+    walkNameStarts<false>(pText, pLimit, nNames, aStarts);
+}
+
+/* The same for those of the names that end before pLimit; their number. */
+inline int32_t findNameStartsBefore(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+    return walkNameStarts<true>(pText, pLimit, nNames, aStarts);
 }
 
 /* Number of bytes that the nNames names at pText take, NULs included. */

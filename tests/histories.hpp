@@ -80,8 +80,11 @@ struct Call {
 
     Strings texts(size_t nTexts, int32_t iFirst) {
         Strings made;
-        while (made.size() < nTexts)
+        const bool bTrimmed = chance(500);  // long ranges without a trailing blank are stored in another way
+        while (made.size() < nTexts) {
             made.push_back(text(iFirst + Record::toInt(made.size())));
+            if (bTrimmed) made.back().erase(made.back().find_last_not_of(' ') + 1);
+        }
         tell("of", nTexts);
         for (size_t i = 0; i < std::min<size_t>(nTexts, 8); ++i)
             told << " \"" << made[i].substr(0, 40) << "\" (" << made[i].size() << ')';
@@ -143,7 +146,8 @@ inline void store(Call &c) {
     if (nHow < 4) {
         c.answer(NamesManager_AddNames(c.pReal, first, last, bOneBased, ppNames), c.twin.addNames(at, texts.data()));
     } else if (nHow < 6) {
-        const std::string buffer = joined(texts, std::string(1, '\0'));
+        const std::string all = joined(texts, std::string(1, '\0'));
+        const std::vector<char> buffer(all.begin(), all.end());  // no byte can be read beyond it
         c.answer(NamesManager_AddNamesFromBuffer(c.pReal, first, last, bOneBased, buffer.data()),
                  c.twin.addNamesFromBuffer(at, texts.data()));
     } else if (nHow < 8) {
