@@ -200,6 +200,9 @@ struct Place {
 Place locateName(const NamesManager *mgr, int32_t index);
 int32_t findSegment(const NamesManager *mgr, int32_t index);
 
+/* findNameStarts for all names of a segment. */
+void findStartsIn(const NamesManager *mgr, const NameSegment &segment, int32_t *aStarts);
+
 /* Reads the names of a range in ascending order, in either storage mode. In segment mode, place always is where the next name begins or,
  * behind the last name of a segment, where that segment's text ends. */
 struct NameReader {

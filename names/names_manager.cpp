@@ -236,7 +236,7 @@ int32_t storeIndividualPositions(NamesManager *mgr) {
     NamePosition *pNext = pPositions;
     for (const NameSegment *pSegment = mgr->pSegments; pSegment < mgr->pSegments + mgr->nSegments; ++pSegment) {
         const int32_t nNames = namesIn(*pSegment);
-        findNameStarts(textAt(mgr, pSegment->iBlock, pSegment->nOffset), textLimit(mgr, pSegment->iBlock), nNames, aStarts);
+        findStartsIn(mgr, *pSegment, aStarts);
         for (int32_t k = 0; k < nNames; ++k) {
             *pNext++ = {pSegment->iBlock, pSegment->nOffset + aStarts[k]};
         }

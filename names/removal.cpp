@@ -166,12 +166,28 @@ struct WalkedSegment {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
 };
 
+/* Processors foresee that text is read upwards, where a sweep next needs the segment below. Of long texts they foresee the rest. */
+void prefetchText(const NamesManager *mgr, const NameSegment &segment) {
+    constexpr int32_t kCacheLine = 64;
+    constexpr int32_t kMostBytes = 4096;
+    const char *pText = textAt(mgr, segment.iBlock, segment.nOffset);
+    for (int32_t n = 0; n < std::min(segment.nBytes, kMostBytes); n += kCacheLine) {
+        __builtin_prefetch(pText + n);
+    }
+}
+
+void walkSegment(const NamesManager *mgr, int32_t s, WalkedSegment *pWalked) {
+    if (s > 0) {
+        prefetchText(mgr, mgr->pSegments[s - 1]);
+    }
+    findStartsIn(mgr, mgr->pSegments[s], pWalked->aStarts);
+    pWalked->iSegment = s;
+}
+
 /* The starts of names in a segment, in order, and its end. Runs come in order, so that hardly any segment is walked twice. */
-const int32_t *startsIn(const NamesManager *mgr, int32_t s, WalkedSegment *pWalked) {
+inline const int32_t *startsIn(const NamesManager *mgr, int32_t s, WalkedSegment *pWalked) {
     if (pWalked->iSegment != s) {
-        const NameSegment &segment = mgr->pSegments[s];
-        findNameStarts(textAt(mgr, segment.iBlock, segment.nOffset), textLimit(mgr, segment.iBlock), namesIn(segment), pWalked->aStarts);
-        pWalked->iSegment = s;
+        walkSegment(mgr, s, pWalked);
     }
     return pWalked->aStarts;
 }

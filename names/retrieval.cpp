@@ -24,6 +24,10 @@ int32_t findSegment(const NamesManager *mgr, int32_t index) {
     }
 }
 
+void findStartsIn(const NamesManager *mgr, const NameSegment &segment, int32_t *aStarts) {
+    findNameStarts(textAt(mgr, segment.iBlock, segment.nOffset), textLimit(mgr, segment.iBlock), namesIn(segment), aStarts);
+}
+
 Place locateName(const NamesManager *mgr, int32_t index) {
     if (index == 0) {
         return {0, mgr->pSegments[0].nOffset, false};
@@ -376,6 +380,43 @@ int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *
     return 0;
 }
 
+/* The length of the longest name, and how many are as long. */
+struct Longest {
+    int32_t nLength;
+    int32_t nCount;
+};
+
+/* Takes in names that start at aStarts and end where the next one starts. Free of branches for the single name. */
+void noteLengths(const int32_t *aStarts, int32_t nNames, Longest *pLongest) {
+    int32_t nLongest = 0;
+    for (int32_t k = 0; k < nNames; ++k) {
+        nLongest = std::max(nLongest, aStarts[k + 1] - aStarts[k] - 1);
+    }
+    if (nLongest > pLongest->nLength) {
+        *pLongest = {nLongest, 0};
+    }
+    if (nLongest == pLongest->nLength) {
+        for (int32_t k = 0; k < nNames; ++k) {
+            pLongest->nCount += aStarts[k + 1] - aStarts[k] - 1 == nLongest ? 1 : 0;
+        }
+    }
+}
+
+Longest findLongest(const NamesManager *mgr) {
+    Longest longest = {0, 0};
+    int32_t aStarts[roomForStarts(kMaxSegmentNames)];
+    for (int32_t s = 0; s < mgr->nSegments; ++s) {
+        findStartsIn(mgr, mgr->pSegments[s], aStarts);
+        noteLengths(aStarts, namesIn(mgr->pSegments[s]), &longest);
+    }
+    for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
+        aStarts[0] = 0;
+        aStarts[1] = static_cast<int32_t>(strlen(textAt(mgr, mgr->pPositions[i].iBlock, mgr->pPositions[i].nOffset))) + 1;
+        noteLengths(aStarts, 1, &longest);
+    }
+    return longest;
+}
+
 }  // namespace
 
 }  // namespace names
@@ -457,26 +498,10 @@ int32_t NamesManager_GetMaxNameLength(NamesManager *mgr) {
     if (mgr->nMaxNameLength >= 0) {
         return mgr->nMaxNameLength;
     }
-    int32_t nMax = 0;
-    int32_t nCount = 0;
-    int32_t aLengths[kMaxSegmentNames];
-    NameReader reader = startReading(mgr, {0, mgr->nNames - 1});
-    for (int32_t n = readNames(&reader, nullptr, aLengths); n > 0; n = readNames(&reader, nullptr, aLengths)) {
-        int32_t nMaxHere = 0;
-        for (int32_t k = 0; k < n; ++k) { /* without branches for every name */
-            nMaxHere = std::max(nMaxHere, aLengths[k]);
-        }
-        if (nMaxHere > nMax) {
-            nMax = nMaxHere;
-            nCount = 0;
-        }
-        if (nMaxHere == nMax) {
-            nCount += static_cast<int32_t>(std::count(aLengths, aLengths + n, nMax));
-        }
-    }
-    mgr->nMaxNameLength = nMax;
-    mgr->nMaxNameLengthCount = nCount;
-    return nMax;
+    const Longest longest = findLongest(mgr);
+    mgr->nMaxNameLength = longest.nLength;
+    mgr->nMaxNameLengthCount = longest.nCount;
+    return longest.nLength;
 }
 
 int32_t NamesManager_WriteNameToText(NamesManager *mgr, int32_t index, int32_t bOneBased, int32_t bTrailingBlanks, int32_t bPad,
