@@ -212,11 +212,11 @@ struct Strings {
 // ---- The expert's arena: one text in the order of the names, an offset for each, a flat map of views ----
 
 // A dump is the number of names, the bytes of text and the text, from which the offsets follow; or with the offsets in front of the text.
-template <bool kDumpOffsets>
+template <typename Offset, bool kDumpOffsets = false, size_t kDumpPiece = SIZE_MAX>
 struct BasicArena {
-    std::string text;                     // up to 4 GiB, NULs kept
-    std::vector<uint32_t> offsets = {0};  // of each name, and of the end
-    FlatMap index;                        // views into text; empty until it is wanted
+    std::string text;                   // NULs kept
+    std::vector<Offset> offsets = {0};  // of each name, and of the end
+    FlatMap index;                      // views into text; empty until it is wanted
     bool bIndexed = false;
 
     int32_t count() const { return static_cast<int32_t>(offsets.size()) - 1; }
@@ -237,7 +237,7 @@ struct BasicArena {
         const char *p = pText;
         for (int32_t k = 0; k < n; ++k) {
             p += std::strlen(p) + 1;
-            offsets.push_back(static_cast<uint32_t>(text.size() + static_cast<size_t>(p - pText)));
+            offsets.push_back(static_cast<Offset>(text.size() + static_cast<size_t>(p - pText)));
         }
         text.append(pText, p);
     }
@@ -250,7 +250,7 @@ struct BasicArena {
     void append(int32_t /*i*/, const char *szName) {
         const size_t nLength = std::strlen(szName);
         appendText(szName, nLength + 1);
-        offsets.push_back(static_cast<uint32_t>(text.size()));
+        offsets.push_back(static_cast<Offset>(text.size()));
         if (bIndexed) {
             index.emplace(view(count() - 1), count() - 1);
         }
@@ -264,14 +264,14 @@ struct BasicArena {
         }
         text.replace(offsets[at(i)], nOld, szName, nNew);
         for (size_t k = at(i) + 1; k < offsets.size(); ++k) {
-            offsets[k] += static_cast<uint32_t>(nNew - nOld);
+            offsets[k] += static_cast<Offset>(nNew - nOld);
         }
     }
     void replaceAll(const char *pText) {
         const char *p = pText;
         for (size_t i = 1; i < offsets.size(); ++i) {
             p += std::strlen(p) + 1;
-            offsets[i] = static_cast<uint32_t>(p - pText);
+            offsets[i] = static_cast<Offset>(p - pText);
         }
         text.assign(pText, p);
     }
@@ -326,10 +326,10 @@ struct BasicArena {
 
     // Gives the text's room back to the names to come, as the component does.
     void removeFirst(int32_t n) {
-        const uint32_t nBytes = offsets[at(n)];
+        const Offset nBytes = offsets[at(n)];
         text.erase(0, nBytes);
         offsets.erase(offsets.begin(), offsets.begin() + n);
-        for (uint32_t &nOffset : offsets) {
+        for (Offset &nOffset : offsets) {
             nOffset -= nBytes;
         }
     }
@@ -342,7 +342,9 @@ struct BasicArena {
         const uint64_t aHeader[2] = {at(count()), text.size()};
         require(HostStream_Write(pStream, aHeader, sizeof aHeader) == 0);
         require(!kDumpOffsets || HostStream_Write(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
-        require(HostStream_Write(pStream, text.data(), text.size()) == 0);
+        for (size_t n = 0; n < text.size(); n += std::min(kDumpPiece, text.size() - n)) {
+            require(HostStream_Write(pStream, text.data() + n, std::min(kDumpPiece, text.size() - n)) == 0);
+        }
     }
     void load(HostInputStream *pStream) {
         uint64_t aHeader[2] = {0, 0};
@@ -364,12 +366,14 @@ struct BasicArena {
         for (size_t i = 1; i < offsets.size(); ++i) {
             require(nOffset < text.size());
             nOffset += std::strlen(text.data() + nOffset) + 1;
-            offsets[i] = static_cast<uint32_t>(nOffset);
+            offsets[i] = static_cast<Offset>(nOffset);
         }
     }
 };
 
-using Arena = BasicArena<false>;
-using OffsetDumpingArena = BasicArena<true>;
+using Arena = BasicArena<uint32_t>;       // up to 4 GiB
+using LargeArena = BasicArena<uint64_t>;  // any size; its offsets take as much room as the component's positions
+using OffsetDumpingArena = BasicArena<uint32_t, true>;
+using PiecewiseArena = BasicArena<uint32_t, false, 131072>;  // written like the component's blocks
 
 #endif

@@ -396,6 +396,8 @@ MemoryUse memoryOf(const char *szContender, const NameList &list) {
 constexpr char kArena[] = "arena";
 constexpr char kArenaGuarded[] = "arena, guarded";
 constexpr char kArenaOffsets[] = "arena, offsets dumped";
+constexpr char kArenaPieces[] = "arena, in pieces of 128 KB";
+constexpr char kLargeArenaGuarded[] = "arena, 8-byte offsets, guarded";
 constexpr char kStrings[] = "vector of strings";
 constexpr char kStringsGuarded[] = "vector of strings, guarded";
 constexpr char kUnordered[] = "unordered_map";
@@ -450,6 +452,7 @@ std::vector<Row> makeComparedRows() {
             {{kComponent, readRandomly<Component, NoLock>},
              {kArena, readRandomly<Arena, NoLock>},
              {kArenaGuarded, readRandomly<Arena, std::mutex>},
+             {kLargeArenaGuarded, readRandomly<LargeArena, std::mutex>},
              {kStrings, readRandomly<AbslStrings, NoLock>},
              {kStringsGuarded, readRandomly<AbslStrings, std::mutex>}}),
         row("copy_plain", "copy out plain, ranges of 2,000", 0.4, kStrings,
@@ -479,6 +482,7 @@ std::vector<Row> makeComparedRows() {
         row("save", "save", 1.05, kArena,
             {{kComponent, saveAndLoad<Component, true>},
              {kArena, saveAndLoad<Arena, true>},
+             {kArenaPieces, saveAndLoad<PiecewiseArena, true>},
              {kArenaOffsets, saveAndLoad<OffsetDumpingArena, true>}}),
         row("save_growing", "save, to a memory that grows", 0, kArena,
             {{kComponent, saveGrowing<Component>}, {kArena, saveGrowing<Arena>}}),
