@@ -25,6 +25,10 @@ void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, in
 
 namespace {
 
+bool isIndexCurrent(const NamesManager *mgr) {
+    return mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames;
+}
+
 void buildIndex(NamesManager *mgr) {
     mgr->pLookupIndex = HostHashMap_Create(&HostHashMap_StringKeys, mgr->nNames);
     const char *apNames[kMaxSegmentNames];
@@ -50,6 +54,11 @@ int32_t scanForText(NamesManager *mgr, const char *szText) {
     return -1;
 }
 
+bool endsInBlank(const char *szText) {
+    const size_t nLength = strlen(szText);
+    return nLength > 0 && szText[nLength - 1] == ' ';
+}
+
 /* The NUL-terminated text that a name given with nWidth is looked up by: the name itself where it needs no trimming, else a copy in the
  * buffer; NULL without memory for that. */
 const char *lookupText(const char *pName, int32_t nWidth, TextBuffer *pBuffer) {
@@ -73,7 +82,7 @@ const char *lookupText(const char *pName, int32_t nWidth, TextBuffer *pBuffer) {
 }  // namespace
 
 NameLookupIndex *currentIndex(NamesManager *mgr) {
-    if (mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames) {
+    if (isIndexCurrent(mgr)) {
         return mgr->pLookupIndex;
     }
     dropIndex(mgr);
@@ -115,6 +124,13 @@ bool findName(NamesManager *mgr, NameLookupIndex *pIndex, const char *pName, int
     return true;
 }
 
+[[gnu::noinline]] int32_t findOne(NamesManager *mgr, const char *pName) {
+    TextBuffer buffer;
+    int32_t iFound = -1;
+    static_cast<void>(findName(mgr, currentIndex(mgr), pName, -1, &buffer, &iFound));
+    return iFound;
+}
+
 int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
     TextBuffer buffer;
     NameLookupIndex *pIndex = currentIndex(mgr);
@@ -145,11 +161,14 @@ int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, in
     return findNames(mgr, ppNames, nCount, nWidth, bOneBased, pIndices);
 }
 
+/* The usual cases, a hit and a miss in a current index, take few instructions, so that the cache misses of neighbouring calls overlap. */
 int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneBased) {
     ScopedLock lock(mgr);
-    TextBuffer buffer;
-    int32_t iFound = -1;
-    static_cast<void>(findName(mgr, currentIndex(mgr), name, -1, &buffer, &iFound));
+    const bool bIndexed = isIndexCurrent(mgr);
+    int32_t iFound = bIndexed ? HostHashMap_Find(mgr->pLookupIndex, name) : -1;
+    if (iFound < 0 && (!bIndexed || endsInBlank(name))) {
+        iFound = findOne(mgr, name);
+    }
     return inBase(iFound, bOneBased);
 }
 
