@@ -12,6 +12,7 @@ namespace names {
 namespace {
 
 constexpr int32_t kMaxBatchNames = 500000;
+static_assert(kMaxBatchNames <= kMaxNameBytes); /* what measureUntrimmed relies on */
 
 /* Work arrays for one batch of names. */
 struct BatchArrays {
@@ -41,7 +42,7 @@ bool allocArrays(BatchArrays *pArrays, int32_t nRoom) {
     return true;
 }
 
-/* Notes the lengths of names that end at aStarts, as findNameStarts leaves it. False if one ends in a blank. */
+/* Notes the lengths of names whose starts have been found. False if one ends in a blank. */
 bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int32_t *pLengths) {
     int32_t nBlanks = 0;
     for (int32_t k = 0; k < nNames; ++k) {
@@ -54,7 +55,6 @@ bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int3
 
 /* Notes the lengths of the nNames names at pText, provided that they can be taken as they lie: none ends in a blank or is too long. Each of
  * the names yet to come has at least its NUL, so that as many bytes can be looked at at once; names found in them are not too long. */
-static_assert(kMaxBatchNames <= kMaxNameBytes);
 bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     while (nNames > 0) {

@@ -145,8 +145,7 @@ int32_t bytesOfNext(const NameReader &reader, int32_t nNames) {
     return bytesOfNames(textAt(reader.mgr, segment.iBlock, reader.place.nOffset), textLimit(reader.mgr, segment.iBlock), nNames);
 }
 
-/* Bytes of a range in segment mode, NULs included; with bWholeSegments up to the end of its last segment, for which no text is looked at.
- */
+/* Bytes of a range in segment mode, NULs included; with bWholeSegments to the end of its last segment, without a look at text. */
 uint64_t bytesOfRange(NameReader reader, bool bWholeSegments) {
     uint64_t nBytes = 0;
     while (reader.iNext <= reader.iLast) {
@@ -347,8 +346,8 @@ void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_
     }
 }
 
-/* Tells whether names in segment mode that go out as they lie fit without a closer look at where the last one ends. */
-bool fitsEvenRoughly(const NameReader &start, FieldFormat format, uint64_t nBufferSize) {
+/* Tells without a look at text whether names in segment mode that go out as they lie fit in any case: their whole segments do. */
+bool surelyFits(const NameReader &start, FieldFormat format, uint64_t nBufferSize) {
     return isPlain(format) && start.mgr->pSegments != nullptr && start.iNext <= start.iLast && bytesOfRange(start, true) <= nBufferSize;
 }
 
@@ -360,7 +359,7 @@ int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *
         return 0;
     }
     NameReader reader = startReading(mgr, range);
-    const bool bFits = fitsEvenRoughly(reader, format, nBufferSize);
+    const bool bFits = surelyFits(reader, format, nBufferSize);
     const uint64_t nSize = bFits ? copyRange(&reader, pBuffer) : requiredSize(reader, format);
     if (pnRequiredSize != nullptr) {
         *pnRequiredSize = nSize;
@@ -387,7 +386,7 @@ struct Longest {
 };
 
 /* Takes in names that start at aStarts and end where the next one starts. Free of branches for the single name. */
-void noteLengths(const int32_t *aStarts, int32_t nNames, Longest *pLongest) {
+void noteLongest(const int32_t *aStarts, int32_t nNames, Longest *pLongest) {
     int32_t nLongest = 0;
     for (int32_t k = 0; k < nNames; ++k) {
         nLongest = std::max(nLongest, aStarts[k + 1] - aStarts[k] - 1);
@@ -407,12 +406,12 @@ Longest findLongest(const NamesManager *mgr) {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     for (int32_t s = 0; s < mgr->nSegments; ++s) {
         findStartsIn(mgr, mgr->pSegments[s], aStarts);
-        noteLengths(aStarts, namesIn(mgr->pSegments[s]), &longest);
+        noteLongest(aStarts, namesIn(mgr->pSegments[s]), &longest);
     }
     for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
         aStarts[0] = 0;
         aStarts[1] = static_cast<int32_t>(strlen(textAt(mgr, mgr->pPositions[i].iBlock, mgr->pPositions[i].nOffset))) + 1;
-        noteLengths(aStarts, 1, &longest);
+        noteLongest(aStarts, 1, &longest);
     }
     return longest;
 }

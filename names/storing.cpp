@@ -75,7 +75,7 @@ void countMaxLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) 
     }
 }
 
-/* Appends the names of a batch. False without memory: nothing is stored then. */
+/* Appends the names of a batch. False without memory: nothing is stored then. Inlined, so that a single name takes a straight way. */
 [[gnu::always_inline]] inline bool appendBatch(NamesManager *mgr, const GivenNames &given, const Batch &batch) {
     if (mgr->pSegments == nullptr) {
         recordPositions(mgr, batch, given.lengths);
