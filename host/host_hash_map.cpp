@@ -31,14 +31,14 @@ const HostHashMapKeyKind HostHashMap_StringKeys = {'\0'};
 
 namespace {
 
-constexpr uint64_t kSourceTag = 0x686f737468617368;    // "hosthash"
-constexpr uint64_t kLargePagesFrom = 4 * 1024 * 1024;  // bytes of a table
-constexpr int64_t kMaxExpected = int64_t{1} << 40;     // entries; no machine has the memory for more
-constexpr int32_t kIsGroup = -1;                       // in an entry, in place of a value
+constexpr uint64_t kSourceTag = 0x686f737468617368;      // "hosthash"
+constexpr uint64_t kLargePagesFrom = 128 * 1024 * 1024;  // bytes of a table; smaller ones lose more in getting the pages than they gain
+constexpr int64_t kMaxExpected = int64_t{1} << 40;       // entries; no machine has the memory for more
+constexpr int32_t kIsGroup = -1;                         // in an entry, in place of a value
 
 // ---- Memory ----
 
-// Lookups hit the pages of a large table at random; with large pages the processor keeps the addresses of all of them at hand.
+// Lookups hit the pages of a huge table at random; with large pages the processor keeps the addresses of all of them at hand.
 void adviseLargePages(void *pMemory, uint64_t nBytes) {
 #ifdef MADV_HUGEPAGE
     constexpr uint64_t kPage = 4096;
