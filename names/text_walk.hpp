@@ -115,11 +115,10 @@ int32_t walkNameStarts(const char *pText, const char *pLimit, int32_t nNames, in
     aStarts[0] = 0;
     int32_t nFound = 0;
     for (int64_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
-        const char *p = pText + (nBase - 1);
-        if (bToLimit && p >= pLimit) {
+        if (bToLimit && nBase > pLimit - pText) {
             return nFound;
         }
-        uint64_t nNuls = matchWindow(p, pLimit, 0);
+        uint64_t nNuls = matchWindow(pText + (nBase - 1), pLimit, 0);
         int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
         while (nNuls != 0) {
