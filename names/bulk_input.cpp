@@ -11,9 +11,6 @@ namespace names {
 
 namespace {
 
-constexpr int32_t kMaxBatchNames = 500000;
-static_assert(kMaxBatchNames <= kMaxNameBytes); /* what measureUntrimmed relies on */
-
 /* Work arrays for one batch of names. */
 struct BatchArrays {
     const char **ppNames;

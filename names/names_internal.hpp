@@ -8,6 +8,7 @@
 
 #include "host/host_memory.h"
 #include "names/names_manager.h"
+#include "names/names_sizes.hpp"
 
 /* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Fills a gap before the range with default names,
  * replaces what exists, appends the rest. 0, or 1: what was stored before the failure stays. One name may lie in mgr itself, several may
@@ -22,16 +23,12 @@ namespace names {
 
 constexpr uint64_t kSourceTag = 0x6e616d65735f6d67; /* identifies the module in allocations and reports: "names_mg" */
 
-constexpr int32_t kFirstBlockBytes = 4096;
-constexpr int32_t kNewBlockBytes = 131072; /* blocks made for new text have at least this many, while memory allows */
-constexpr int32_t kLeastBlockBytes = 1023; /* a block made while memory is short is larger than this */
-constexpr int32_t kTableStep = 16;         /* records by which the block and segment tables grow */
-constexpr int32_t kPositionsStep = 32;     /* the position table grows by multiples of this */
-constexpr int32_t kMaxSegmentNames = 128;  /* names in a segment */
-constexpr int32_t kMaxMergedNames = 127;   /* names in a segment made by merging two */
-constexpr int32_t kMaxNameBytes = 1048575; /* longest name that AddNames and AddNamesFromBuffer take, without its NUL */
-constexpr int32_t kMaxFreeMisses = 4;      /* retrievals in a row that may search before the manager switches to positions */
-constexpr int32_t kLocalTextBytes = 256;   /* texts up to this size, NUL included, are put together without an allocation */
+/* What the sources rely on, whatever the sizes. */
+static_assert(kTableStep >= 2);                     /* one step is room for the two records that a cut adds */
+static_assert(kMaxMergedNames <= kMaxSegmentNames); /* what is merged is a segment like any other */
+static_assert(kMaxBatchNames <= kMaxNameBytes);     /* a name found in as many bytes as a batch has names is not too long */
+static_assert(sizeof NamesManager::szFirstGeneratedName <= kLocalTextBytes); /* it is put together there */
+static_assert(sizeof NamesManager::szFirstGeneratedName <= kMaxNameBytes);   /* and stored unmeasured */
 
 /* Holds a manager's lock for a scope. */
 struct ScopedLock {

@@ -10,9 +10,6 @@ namespace names {
 
 namespace {
 
-/* A release of empty blocks looks at every block, too much for each single name: every so many will do. */
-constexpr int32_t kReleaseInterval = 1000;
-
 /* Names that go to one block in one piece. */
 struct Batch {
     int32_t iBlock;
