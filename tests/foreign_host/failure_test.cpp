@@ -254,6 +254,7 @@ Case runScenario(const Scenario &scenario, int32_t nVariant, int32_t nFault, int
     NamesManager_Destroy(c.mgr);
     NamesManager_Destroy(c.other);
     EXPECT_EQ(0, g_foreignHost.nLive);
+    EXPECT_EQ("", g_foreignHost.refusals);
     return c;
 }
 

@@ -33,21 +33,82 @@ bool isMemoryToFail(const char *szFile, int32_t nLine) {
     return true;
 }
 
-constexpr uint64_t kHeader = 16;         // bytes before each allocation; they hold its size
-constexpr uint64_t kMarked = 64 * 1024;  // bytes of an allocation that are overwritten at most
-
-uint64_t &sizeOf(void *pMemory) {
-    return *reinterpret_cast<uint64_t *>(static_cast<char *>(pMemory) - kHeader);
+void refuse(bool bRefused, const char *szWhat) {
+    if (bRefused && g_foreignHost.refusals.size() < 1000) g_foreignHost.refusals.append(szWhat).append(". ");
 }
 
-// Holds one entry for each text: an equal key is reported, not added.
-struct RefusingMap {
-    HostHashMap host;
-    std::unordered_map<std::string_view, int32_t> entries;
+// Whoever asks gives one source tag, always the same, and a line.
+void expectCaller(uint64_t nSourceTag, int32_t nLine) {
+    static const uint64_t nFirstTag = nSourceTag;
+    refuse(nSourceTag != nFirstTag, "Another source tag");
+    refuse(nLine <= 0, "No source line");
+}
+
+constexpr uint64_t kMarked = 64 * 1024;  // bytes of an allocation that are overwritten at most
+constexpr uint64_t kPoolTag = 1, kProblemTag = 2;
+#if defined(__SANITIZE_ADDRESS__)
+constexpr uint64_t kFence = 0;  // the sanitizer has its own
+#else
+constexpr uint64_t kFence = 8;
+#endif
+
+// Lies before each allocation; a fence that must stay as it is follows it.
+struct alignas(16) Header {
+    uint64_t nBytes, nTag;
 };
 
+Header &headerOf(void *pMemory) {
+    return static_cast<Header *>(pMemory)[-1];
+}
+
+std::string_view fenceOf(void *pMemory) {
+    return {static_cast<char *>(pMemory) + headerOf(pMemory).nBytes, kFence};
+}
+
+// New memory holds no zero bytes, and memory given back is overwritten.
+void *obtain(uint64_t nBytes, uint64_t nTag, const char *szFile, int32_t nLine) {
+    auto *pHeader = isMemoryToFail(szFile, nLine) ? nullptr : static_cast<Header *>(std::malloc(sizeof(Header) + nBytes + kFence));
+    if (pHeader == nullptr) return nullptr;
+    *pHeader = {nBytes, nTag};
+    void *pMemory = std::memset(pHeader + 1, 0xa5, std::min(nBytes, kMarked));
+    std::memset(static_cast<char *>(pMemory) + nBytes, '|', kFence);
+    ++g_foreignHost.nLive;
+    return pMemory;
+}
+
+void giveBack(void *pMemory, uint64_t nTag) {
+    if (pMemory == nullptr) return;
+    refuse(headerOf(pMemory).nTag != nTag, "Memory of another tag given back");
+    refuse(fenceOf(pMemory).find_first_not_of('|') != std::string_view::npos, "Bytes written behind an allocation");
+    std::memset(pMemory, 0x5a, std::min(headerOf(pMemory).nBytes, kMarked));
+    --g_foreignHost.nLive;
+    std::free(&headerOf(pMemory));
+}
+
+// Holds one entry for each text: an equal key is reported, not added. A key's text must stay what it was.
+struct Entry {
+    int32_t nValue;
+    size_t nHash;
+};
+struct RefusingMap {
+    HostHashMap host;
+    std::unordered_map<std::string_view, Entry> entries;
+};
+std::set<HostHashMap *> g_liveMaps;
+
 auto &entriesOf(HostHashMap *pMap) {
+    if (!g_liveMaps.contains(pMap)) std::abort();
     return reinterpret_cast<RefusingMap *>(pMap)->entries;
+}
+
+size_t hashOf(std::string_view text) {
+    return std::hash<std::string_view>()(text);
+}
+
+auto findEntry(HostHashMap *pMap, const char *szKey) {
+    const auto found = entriesOf(pMap).find(szKey);
+    refuse(found != entriesOf(pMap).end() && hashOf(found->first) != found->second.nHash, "A key changed in the map");
+    return found;
 }
 
 int32_t write(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
@@ -67,6 +128,10 @@ int32_t append(HostText *pText, const std::string &more) {
     return 0;
 }
 
+void noteLock(const HostLock *pLock, bool bTaken) {
+    if (g_foreignHost.heldLocks.size() < 20) g_foreignHost.heldLocks.emplace_back(pLock, bTaken);
+}
+
 uintptr_t thisThread() {
     static thread_local char cMark;
     return reinterpret_cast<uintptr_t>(&cMark);
@@ -74,33 +139,27 @@ uintptr_t thisThread() {
 
 }  // namespace
 
-// New memory holds no zero bytes, resizing always moves, and memory given back is overwritten.
-void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t nLine, const char *szFile) {
-    auto *pBytes = isMemoryToFail(szFile, nLine) ? nullptr : static_cast<char *>(std::malloc(nBytes + kHeader));
-    if (pBytes == nullptr) return nullptr;
-    void *pMemory = std::memset(pBytes + kHeader, 0xa5, std::min(nBytes, kMarked));
-    sizeOf(pMemory) = nBytes;
-    ++g_foreignHost.nLive;
-    return pMemory;
+void *HostMem_Alloc(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
+    expectCaller(nSourceTag, nLine);
+    return obtain(nBytes, nSourceTag, szFile, nLine);
 }
 
 void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
     return HostMem_Alloc(nBytes, nSourceTag, nLine, szFile);
 }
 
+// Always moves.
 void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
     void *pMoved = HostMem_Alloc(nBytes, nSourceTag, nLine, szFile);
     if (pMoved == nullptr || pMemory == nullptr) return pMoved;
-    std::memcpy(pMoved, pMemory, std::min(nBytes, sizeOf(pMemory)));
-    HostMem_Free(pMemory, nSourceTag, nLine);
+    std::memcpy(pMoved, pMemory, std::min(nBytes, headerOf(pMemory).nBytes));
+    giveBack(pMemory, nSourceTag);
     return pMoved;
 }
 
-void HostMem_Free(void *pMemory, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
-    if (pMemory == nullptr) return;
-    std::memset(pMemory, 0x5a, std::min(sizeOf(pMemory), kMarked));
-    --g_foreignHost.nLive;
-    std::free(static_cast<char *>(pMemory) - kHeader);
+void HostMem_Free(void *pMemory, uint64_t nSourceTag, int32_t nLine) {
+    expectCaller(nSourceTag, nLine);
+    giveBack(pMemory, nSourceTag);
 }
 
 int32_t HostLock_Init(HostLock *pLock, const char *szFile, int32_t nLine) {
@@ -115,7 +174,7 @@ void HostLock_Acquire(HostLock *pLock) {
     for (uintptr_t nNobody = 0; owner != thisThread() && !owner.compare_exchange_weak(nNobody, thisThread()); nNobody = 0) {
         std::this_thread::yield();
     }
-    ++pLock->nDepth;
+    if (++pLock->nDepth == 1) noteLock(pLock, true);
     ++g_foreignHost.nLockDepth;
 }
 
@@ -123,7 +182,9 @@ void HostLock_Release(HostLock *pLock) {
     const std::atomic_ref<uintptr_t> owner(pLock->nOwner);
     if (owner != thisThread()) std::abort();
     --g_foreignHost.nLockDepth;
-    if (--pLock->nDepth == 0) owner = 0;
+    if (--pLock->nDepth > 0) return;
+    noteLock(pLock, false);
+    owner = 0;
 }
 
 void HostLock_Destroy(HostLock *pLock) {
@@ -131,44 +192,55 @@ void HostLock_Destroy(HostLock *pLock) {
     --g_foreignHost.nLive;
 }
 
-void Host_ReportError(uint64_t /*nSourceTag*/, int32_t /*nLine*/, int32_t /*nCode*/, const char * /*szText*/) {
+void Host_ReportError(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText) {
+    expectCaller(nSourceTag, nLine);
+    refuse(nCode != 0 || szText == nullptr, "An error with a code or without a text");
     ++g_foreignHost.nErrors;
 }
 
-void Host_ReportAssertion(uint64_t /*nSourceTag*/, int32_t /*nLine*/, int32_t /*nCode*/, const char * /*szFormat*/, ...) {
+void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat, ...) {
+    expectCaller(nSourceTag, nLine);
+    refuse(nCode != 0 || szFormat == nullptr, "An assertion with a code or without a text");
     ++g_foreignHost.nAssertions;
 }
 
-void Host_AssertStringsEqual(uint64_t /*nSourceTag*/, int32_t /*nLine*/, const char *szExpected, const char *szActual) {
+void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected, const char *szActual) {
+    expectCaller(nSourceTag, nLine);
     if (std::strcmp(szExpected, szActual) != 0) ++g_foreignHost.nAssertions;
 }
 
-HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t /*nExpected*/, const char *szFile, int32_t nLine) {
-    if (pKeyKind != &HostHashMap_StringKeys || g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) return nullptr;
+HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExpected, const char *szFile, int32_t nLine) {
+    refuse(pKeyKind != &HostHashMap_StringKeys || nExpected < 1, "A map of other keys or for none");
+    if (g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) return nullptr;
     ++g_foreignHost.nLive;
-    return &(new RefusingMap{{0}, {}})->host;
+    return *g_liveMaps.insert(&(new RefusingMap{{0}, {}})->host).first;
 }
 
 int32_t HostHashMap_Find(HostHashMap *pMap, const char *szKey) {
-    const auto found = entriesOf(pMap).find(szKey);
-    return found == entriesOf(pMap).end() ? -1 : found->second;
+    const auto found = findEntry(pMap, szKey);
+    return found == entriesOf(pMap).end() ? -1 : found->second.nValue;
 }
 
 int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting, const char *szFile, int32_t nLine) {
+    refuse(nValue < 0, "A negative value");
     if (isMemoryToFail(szFile, nLine)) return -5;
-    const auto [entry, bNew] = entriesOf(pMap).emplace(szKey, nValue);
-    if (pnExisting != nullptr) *pnExisting = bNew ? -1 : entry->second;
-    pMap->nEntries += bNew ? 1 : 0;
+    const auto found = findEntry(pMap, szKey);
+    const bool bNew = found == entriesOf(pMap).end();
+    if (pnExisting != nullptr) *pnExisting = bNew ? -1 : found->second.nValue;
+    if (bNew) entriesOf(pMap).emplace(szKey, Entry{nValue, hashOf(szKey)}), ++pMap->nEntries;
     return 0;
 }
 
 int32_t HostHashMap_Remove(HostHashMap *pMap, const char *szKey) {
-    const auto nRemoved = static_cast<int32_t>(entriesOf(pMap).erase(szKey));
-    pMap->nEntries -= nRemoved;
-    return nRemoved == 0 ? 1 : 0;
+    const auto found = findEntry(pMap, szKey);
+    if (found == entriesOf(pMap).end()) return 1;
+    entriesOf(pMap).erase(found), --pMap->nEntries;
+    return 0;
 }
 
+// The keys may be gone already.
 void HostHashMap_Release(HostHashMap *pMap) {
+    if (g_liveMaps.erase(pMap) == 0) std::abort();
     --g_foreignHost.nLive;
     delete reinterpret_cast<RefusingMap *>(pMap);
 }
@@ -179,12 +251,13 @@ HostPool *HostPool_Get(void) {
 }
 
 void *HostPool_Alloc(HostPool *pPool, uint64_t nBytes, int32_t nReserved1, int32_t nReserved2, const char *szFile, int32_t nLine) {
-    if (pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0) std::abort();
-    return HostMem_Alloc(nBytes, 0, nLine, szFile);
+    refuse(pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0, "Another pool or reserved arguments");
+    return obtain(nBytes, kPoolTag, szFile, nLine);
 }
 
-void HostPool_Free(HostPool * /*pPool*/, void *pMemory, int32_t /*nReserved1*/, int32_t /*nReserved2*/) {
-    HostMem_Free(pMemory, 0, 0);
+void HostPool_Free(HostPool *pPool, void *pMemory, int32_t nReserved1, int32_t nReserved2) {
+    refuse(pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0, "Another pool or reserved arguments");
+    giveBack(pMemory, kPoolTag);
 }
 
 int32_t HostText_Append(HostText *pText, const char *szString) {
@@ -192,12 +265,14 @@ int32_t HostText_Append(HostText *pText, const char *szString) {
 }
 
 int32_t HostText_AppendPadded(HostText *pText, const char *szString, int64_t nCharacters) {
+    refuse(nCharacters < 0, "A negative width");
     std::string field = szString;
     field.resize(static_cast<uint64_t>(nCharacters), ' ');
     return append(pText, field);
 }
 
 int32_t HostText_AppendRepeated(HostText *pText, int64_t nCount, char cCharacter) {
+    refuse(nCount < 0, "A negative count");
     return append(pText, std::string(static_cast<uint64_t>(nCount), cCharacter));
 }
 
@@ -212,11 +287,11 @@ int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes
 }
 
 int32_t ZOLTcreateprob(ZOLTprob *pProb) {
-    *pProb = static_cast<ZOLTprob>(HostMem_AllocRecord(1, 0, 0));
+    *pProb = static_cast<ZOLTprob>(obtain(1, kProblemTag, "", 0));
     return *pProb == nullptr ? 5 : 0;
 }
 
 int32_t ZOLTdestroyprob(ZOLTprob prob) {
-    HostMem_Free(prob, 0, 0);
+    giveBack(prob, kProblemTag);
     return 0;
 }

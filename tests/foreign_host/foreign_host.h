@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "host/host_lock.h"
 #include "host/host_stream.h"
 #include "host/host_text.h"
 
@@ -17,7 +20,10 @@ struct ForeignHost {
     std::atomic<int64_t> nLockDepth{0};       // acquisitions not released
     std::atomic<int64_t> nErrors{0};          // errors reported
     std::atomic<int64_t> nAssertions{0};      // violated expectations reported
-    std::set<std::string> failedSites = {};   // the calls that were made to fail, each as FILE:LINE; for one thread only
+    // for one thread only:
+    std::set<std::string> failedSites = {};                         // the calls that were made to fail, each as FILE:LINE
+    std::string refusals = {};                                      // what was asked for against the services' contracts
+    std::vector<std::pair<const HostLock *, bool>> heldLocks = {};  // taken and given back, nested ones left out, the first few
 };
 extern ForeignHost g_foreignHost;
 

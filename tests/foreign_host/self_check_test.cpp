@@ -9,4 +9,5 @@ TEST(SelfCheck, PassesOnAForeignHost) {
     EXPECT_EQ(0, g_foreignHost.nAssertions);
     EXPECT_EQ(0, g_foreignHost.nLockDepth);
     EXPECT_EQ(0, g_foreignHost.nLive);
+    EXPECT_EQ("", g_foreignHost.refusals);
 }
