@@ -1,17 +1,12 @@
 // Images, and what must hold of a manager after a load, whatever the image was. Shared by the loader's tests and its fuzzing.
 #pragma once
 
-#include "host/host_report.h"
-#include "tests/record_model.hpp"
+#include "tests/histories.hpp"
 
 namespace loaded {
 
 using model::Record;
 using model::Strings;
-
-inline int32_t g_nReports = 0;
-constexpr HostReportHandlers kCounting = {nullptr, [](void *, uint64_t, int32_t, int32_t, const char *) { ++g_nReports; },
-                                          [](void *, uint64_t, int32_t, int32_t, const char *) { ++g_nReports; }};
 
 inline std::string imageOf(const Record &record) {
     const Strings writes = record.save();
@@ -59,12 +54,6 @@ inline std::string save(NamesManager *mgr) {
     return image;
 }
 
-inline Strings namesOf(NamesManager *mgr) {
-    std::vector<const char *> pointers(static_cast<size_t>(mgr->nNames));
-    NamesManager_GetNamePointers(mgr, 0, mgr->nNames - 1, 0, pointers.data());
-    return {pointers.begin(), pointers.end()};
-}
-
 // An image that a save could have written: no addresses, nothing in the padding.
 inline std::string normalized(std::string image, int32_t nBlocks) {
     for (size_t at = 92; nBlocks > 0; --nBlocks, at += 24)
@@ -72,43 +61,29 @@ inline std::string normalized(std::string image, int32_t nBlocks) {
     return image;
 }
 
-// What is wrong with a manager after its load answered nStatus, empty if nothing is. It goes on with the manager and changes it. From here
-// on reports are counted, not printed.
-inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, int32_t nStatus) {
-    const bool bCleared = mgr->nNames == 0 && mgr->nBlocks == 1 && mgr->pSegments != nullptr && mgr->pPositions == nullptr;
-    if (nStatus != 0 && !bCleared) return "A failed load left more than a cleared manager.";
-    const bool bNoState = image.empty() || image.starts_with("\xff\xff\xff\xff");
-    if (nStatus == 0 && !bNoState && !normalized(image, mgr->nBlocks).starts_with(save(mgr))) return "It saves other bytes.";
-    Host_SetReportHandlers(&kCounting);
-    g_nReports = 0;
-    NamesManager_AssertConsistency(mgr);
-    Strings names = namesOf(mgr);
-    size_t nLongest = 0;
-    for (const std::string &name : names) {
-        const int32_t iFound = NamesManager_FindName(mgr, name.c_str(), 0);
-        if (iFound < 0 || names.at(static_cast<size_t>(iFound)) != name) return "A name is not found.";
-        nLongest = std::max(nLongest, name.size());
-    }
-    if (NamesManager_GetMaxNameLength(mgr) != static_cast<int32_t>(nLongest)) return "The longest name has another length.";
-    names.emplace_back("appended");
-    names[0] = std::string(5000, 'x');
-    names[names.size() / 2] = "s";
-    int32_t nFailed = NamesManager_AddName(mgr, mgr->nNames, 0, "appended") + NamesManager_AddName(mgr, 0, 0, names[0].c_str()) +
-                      NamesManager_AddName(mgr, mgr->nNames / 2, 0, "s");
-    const int32_t nReports = g_nReports;
-    NamesManager_GenerateNames(mgr, mgr->nNames + 2);  // fails with a report where the image has a format or a number that ends there
-    g_nReports = nReports;
-    const Strings grown = namesOf(mgr);
-    if (std::mismatch(names.begin(), names.end(), grown.begin(), grown.end()).first != names.end()) return "It does not store names.";
-    const int32_t aGone[] = {mgr->nNames - 1, 0};
-    nFailed += NamesManager_RemoveNamesByIndices(mgr, aGone, 2);
-    names.assign(grown.begin() + 1, grown.end() - (grown.size() > 1 ? 1 : 0));
-    NamesManager_AssertConsistency(mgr);
-    if (nFailed != 0 || namesOf(mgr) != names) return "It does not remove names.";
-    NamesManager *again = NamesManager_Create(nullptr, nullptr);
-    const bool bAgain = load(again, save(mgr)) == 0 && namesOf(again) == names;
-    NamesManager_Destroy(again);
-    return g_nReports != 0 ? "The audit reports." : bAgain ? "" : "Saved again it does not load.";
+// What is wrong with a manager, empty if nothing is. So many operations are carried out on it, and it ends.
+inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose, int32_t nOperations) {
+    histories::Game game({0, 0, 0, 0, 0}, {mgr, histories::recordOf(*mgr)}, histories::newPair(0));
+    const std::string_view format = mgr->szNameFormat;
+    // The model prints numbers as the C library does, which takes its time for very many digits.
+    const auto bLong =
+        std::search_n(format.begin(), format.end(), 4, '0', [](char c, char) { return c >= '0' && c <= '9'; }) != format.end();
+    std::string wrong = game.audit(game.pairs[0]);
+    for (; nOperations > 0 && wrong.empty() && !bLong; --nOperations)
+        wrong = game.play(choose(std::size(histories::kKinds)), 0, choose, nullptr);
+    return wrong + game.end();
+}
+
+// The same for a manager of the default format whose load answered nStatus. What the load left of the image serves for choices.
+inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, int32_t nStatus, int32_t nOperations) {
+    std::string wrong = nStatus != 0 ? histories::difference(*mgr, Record("nm%d")) : "";
+    const std::string saved = imageOf(histories::recordOf(*mgr));
+    const bool bState = nStatus == 0 && !image.starts_with("\xff\xff\xff\xff");
+    if (bState && !normalized(image, mgr->nBlocks).starts_with(saved)) wrong = "It holds something else. ";
+    const auto *pEnd = reinterpret_cast<const uint8_t *>(image.data()) + image.size();
+    const bool bRest = bState && saved.size() < image.size();
+    const auto choices = bRest ? histories::byteChoices(pEnd - image.size() + saved.size(), pEnd) : histories::randomChoices(1);
+    return wrong + faultIn(mgr, choices, nOperations);
 }
 
 }  // namespace loaded

@@ -1,7 +1,7 @@
 // A second, slow telling of the names manager: every operation carried out step by step on plain containers, so that after each one the
-// whole record of a real manager can be compared with it. It never runs out of memory, and its lookups find the lowest of equal names, as
-// the shipped hash map does. Statuses, index bases and widths are those of names/names_manager.h; texts hold no NUL; pTexts points to one
-// text for each index of its range. Sizes of names count the NUL, lengths do not.
+// whole record of a real manager can be compared with it. It takes the module's sizes from names/names_sizes.hpp, as the module does, and
+// never runs out of memory, but knows how to do without maps. Statuses, index bases and widths are those of names/names_manager.h; texts
+// hold no NUL; pTexts points to one text for each index of its range. Sizes of names count the NUL, lengths do not.
 #pragma once
 
 #include <algorithm>
@@ -12,12 +12,18 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "names/names_manager.h"
+#include "names/names_sizes.hpp"
+#include "tests/steered_host.hpp"
 
 namespace model {
+
+using namespace names;
+
+inline int32_t g_nErrors = 0;  // reported for names that could not be generated
 
 using Strings = std::vector<std::string>;
 using Texts = std::span<const std::string>;
@@ -55,12 +61,13 @@ struct Record {
     std::string szNameFormat;  // 32 bytes, and so is the next
     std::string szFirstGeneratedName = std::string(32, '\0');
     int32_t nGeneratedNameBase = 0, nMaxNameLength = -1, nMaxNameLengthCount = 0;
-    std::vector<Block> blocks = {{4096, 0, ""}};
+    std::vector<Block> blocks = {{kFirstBlockBytes, 0, ""}};
     std::vector<NameSegment> segments;    // those in use
     std::vector<NamePosition> positions;  // one per name, in positions mode
-    int32_t nBlocksAlloc = 16, nSegmentsAlloc = 16, nPositionsAlloc = 0;
+    int32_t nBlocksAlloc = kTableStep, nSegmentsAlloc = kTableStep, nPositionsAlloc = 0;
     bool bSegments = true;  // the storage mode: segments, else positions
     bool bLookupIndex = false;
+    std::unordered_map<std::string, int32_t> entries;  // of the index, where the host's map refuses equal keys
     Cursor cursor = {-1, 0, 0, 0, 0};
 
     explicit Record(const char *szFormat) : szNameFormat(szFormat) { szNameFormat.resize(32); }
@@ -70,7 +77,7 @@ struct Record {
     static int32_t sizeOf(const std::string &name) { return lengthOf(name) + 1; }
     static int32_t endOf(const NameSegment &segment) { return segment.nOffset + segment.nBytes; }
     static int32_t countOf(const NameSegment &segment) { return segment.iLast - segment.iFirst + 1; }
-    static std::string trimmed(const std::string &text) { return text.substr(0, text.find_last_not_of(' ') + 1); }
+    static std::string trimmed(std::string_view text) { return std::string(text.substr(0, text.find_last_not_of(' ') + 1)); }
     static std::string bytesOf(const void *pData, size_t nBytes) { return {static_cast<const char *>(pData), nBytes}; }
     static std::string bytesOf(std::vector<int32_t> numbers) { return bytesOf(numbers.data(), numbers.size() * sizeof(int32_t)); }
 
@@ -102,6 +109,26 @@ struct Record {
         return static_cast<int32_t>(std::count_if(segments.begin(), segments.end(), bBefore));
     }
 
+    NamePosition positionOf(int32_t iName) {
+        if (!bSegments) return positions.data()[iName];
+        const NameSegment &in = segment(segmentOf(iName));
+        return {in.iBlock, offsetOf(in, iName)};
+    }
+
+    // Renumbers what is in blocks from iBlock on, where one comes (1) or has gone (-1).
+    void renumberBlocks(int32_t iBlock, int32_t nBy) {
+        for (NameSegment &later : segments)
+            later.iBlock += later.iBlock >= iBlock ? nBy : 0;
+        for (NamePosition &later : positions)
+            later.iBlock += later.iBlock >= iBlock ? nBy : 0;
+        if (cursor.iName >= 0) cursor.iBlock += cursor.iBlock >= iBlock ? nBy : 0;
+    }
+
+    void insertEmptyBlock(int32_t iBlock, int32_t nSize) {
+        blocks.insert(blocks.begin() + iBlock, {nSize, 0, ""});
+        renumberBlocks(iBlock, 1);
+    }
+
     // Writes a name with its NUL over the text at nOffset, or at the end of it.
     void writeName(int32_t iBlock, int32_t nOffset, const std::string &text) {
         block(iBlock).text.replace(static_cast<size_t>(nOffset), text.size() + 1, text.c_str(), text.size() + 1);
@@ -111,8 +138,8 @@ struct Record {
         for (int32_t iBlock = nBlocks() - 1; iBlock >= 0; --iBlock) {
             if (block(iBlock).nRoom() >= nNeed) return iBlock;
         }
-        if (nBlocks() == nBlocksAlloc) nBlocksAlloc += 16;
-        blocks.push_back({std::max(nNeed, 131072), 0, ""});
+        if (nBlocks() == nBlocksAlloc) nBlocksAlloc += kTableStep;
+        blocks.push_back({std::max(nNeed, kNewBlockBytes), 0, ""});
         return nBlocks() - 1;
     }
 
@@ -123,7 +150,7 @@ struct Record {
         if (old.nNames == 0 || nOffset + nBytes == old.nUsed()) old.text.resize(old.nNames == 0 ? 0 : static_cast<size_t>(nOffset));
     }
 
-    void reserveTwoSegments() { nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? 16 : 0; }
+    void reserveTwoSegments() { nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? kTableStep : 0; }
 
     // Splits a segment so that the one after it starts at iName.
     void splitSegment(int32_t iSegment, int32_t iName) {
@@ -140,12 +167,12 @@ struct Record {
         return iSegment;
     }
 
-    // Joins a segment to the one before it where their texts touch and 127 names are not exceeded; 1 if so.
+    // Joins a segment to the one before it where their texts touch and not too many names come together; 1 if so.
     int32_t mergeSegment(int32_t iSegment) {
         if (iSegment < 1 || iSegment >= nSegments()) return 0;
         NameSegment &front = segment(iSegment - 1);
         const NameSegment back = segment(iSegment);
-        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset || countOf(front) + countOf(back) > 127) return 0;
+        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset || countOf(front) + countOf(back) > kMaxMergedNames) return 0;
         front.nBytes += back.nBytes;
         front.iLast = back.iLast;
         segments.erase(segments.begin() + iSegment);
@@ -169,7 +196,7 @@ struct Record {
         if (!bSegments || bounds.first > bounds.last) return;
         const bool bHit = bounds.first == 0 || bounds.first == cursor.iName;
         cursor.nMisses = bHit ? 0 : cursor.nMisses + 1;
-        if (cursor.nMisses > 4) {
+        if (cursor.nMisses > kMaxFreeMisses) {
             storeIndividualNamePositions();
             return;
         }
@@ -191,24 +218,25 @@ struct Record {
         for (int32_t k = 0; k < nCount && nMaxNameLength != -1; ++k)
             raiseMaximum(lengthOf(pTexts[k]));
         const int32_t nShort = nNames() + nCount - nPositionsAlloc;
-        if (!bSegments && nShort > 0) nPositionsAlloc += (nShort + 31) / 32 * 32;
+        if (!bSegments && nShort > 0) nPositionsAlloc += (nShort + kPositionsStep - 1) / kPositionsStep * kPositionsStep;
         for (const std::string *pEnd = pTexts + nCount; pTexts != pEnd;) {
             int32_t nBatch = 1, nBytes = sizeOf(*pTexts);
             const int32_t iBlock = chooseBlock(nBytes), nOffset = block(iBlock).nUsed(), nRoom = block(iBlock).nRoom();
-            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < 128 && nBytes + sizeOf(pTexts[nBatch]) <= nRoom)
+            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < kMaxSegmentNames && nBytes + sizeOf(pTexts[nBatch]) <= nRoom)
                 nBytes += sizeOf(pTexts[nBatch++]);
             NameSegment *pLast = segments.empty() ? nullptr : &segments.back();
-            if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset && countOf(*pLast) + nBatch <= 128) {
+            if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset && countOf(*pLast) + nBatch <= kMaxSegmentNames) {
                 pLast->iLast += nBatch;
                 pLast->nBytes += nBytes;
             } else if (bSegments) {
-                if (nSegments() == nSegmentsAlloc) nSegmentsAlloc += 16;
+                if (nSegments() == nSegmentsAlloc) nSegmentsAlloc += kTableStep;
                 segments.push_back({nNames(), nNames() + nBatch - 1, iBlock, nOffset, nBytes});
             }
             for (block(iBlock).nNames += nBatch; nBatch > 0; --nBatch, ++pTexts) {
                 if (!bSegments) positions.push_back({iBlock, block(iBlock).nUsed()});
                 writeName(iBlock, block(iBlock).nUsed(), *pTexts);
                 names.push_back(*pTexts);
+                indexName(nNames() - 1);
             }
         }
     }
@@ -226,6 +254,7 @@ struct Record {
         }
         writeName(position.iBlock, position.nOffset, text);
         name(iName) = text;
+        indexName(iName);
     }
 
     // Replaces the names within the bounds that lie in the first one's segment; returns how many.
@@ -249,6 +278,7 @@ struct Record {
         for (int32_t i = run.iFirst; i <= iLast; ++i) {
             name(i) = pTexts[i - run.iFirst];
             writeName(run.iBlock, offsetOf(run, i), name(i));
+            indexName(i);
         }
         iSegment -= mergeSegment(iSegment);
         if (iLast == bounds.last) mergeSegment(iSegment + 1);
@@ -262,6 +292,8 @@ struct Record {
             if (nNew > nOld && nNew > nMaxNameLength) raiseMaximum(nNew);
             if (nNew < nOld) lowerMaximum(nOld);
         }
+        for (int32_t i = bounds.first; i <= bounds.last && !entries.empty(); ++i)
+            entries.erase(name(i));
         for (int32_t iCurrent = nBlocks() - 1, i = bounds.first; i <= bounds.last;) {
             if (!bSegments) {
                 replaceAtPosition(i, pTexts[i - bounds.first], iCurrent);
@@ -290,21 +322,30 @@ struct Record {
         Strings stored;
         for (int32_t k = 0; k <= range.last - range.first; ++k) {
             stored.push_back(trimmed(pTexts[k]));
-            if (stored.back().size() > 1048575) return 2;
+            if (lengthOf(stored.back()) > kMaxNameBytes) return 2;
         }
         return storeNames(range, stored.data());
     }
 
     int32_t addNames(Range range, const std::string *pTexts) {
         if (range.last < range.first) return releaseEmptyBlocks();
-        const int32_t nStatus = boundsOf(range) ? storeTrimmed(range, pTexts) : 1;
-        if (nStatus == 0 && (range.first != range.last || range.last % 1000 == 0)) releaseEmptyBlocks();
+        if (!boundsOf(range)) return 1;
+        const int32_t nStatus = storeTrimmed(range, pTexts);
+        const bool bRelease = range.first == range.last ? nStatus == 0 && range.last % kReleaseInterval == 0 : nStatus != 2;
+        if (bRelease) releaseEmptyBlocks();
         return nStatus;
     }
 
     int32_t addNamesFromBuffer(Range range, const std::string *pTexts) {
         if (!boundsOf(range)) return 1;
-        return range.first == range.last ? addNames(range, pTexts) : storeTrimmed(range, pTexts);
+        if (range.first == range.last) return addNames(range, pTexts);
+        int32_t nStatus = 0, first = range.first;
+        do {
+            const int32_t last = std::min(first + kMaxBatchNames - 1, range.last);
+            nStatus = storeTrimmed({first, last, range.bOneBased}, pTexts + (first - range.first));
+            first = last + 1;
+        } while (nStatus == 0 && first <= range.last);
+        return nStatus;
     }
 
     int32_t addNameWithMaxLength(Range range, const std::string &text, int32_t nMaxLength) {
@@ -318,22 +359,26 @@ struct Record {
         return addNames(to, &(texts[0] = prefix + texts[0]));
     }
 
+    // The name with the number that follows; nothing where there is none or it is too long.
+    std::optional<std::string> candidateAfter(int64_t nNumber) const {
+        if (nNumber == 0 && szFirstGeneratedName[0] != '\0') return trimmed(szFirstGeneratedName.c_str());
+        char szText[2100];
+        if (nNumber == INT32_MAX) return std::nullopt;
+        std::snprintf(szText, sizeof szText, szNameFormat.c_str(), static_cast<int32_t>(nNumber + 1));
+        std::optional<std::string> made = trimmed(szText);
+        return lengthOf(*made) > kMaxNameBytes ? std::nullopt : made;
+    }
+
     int32_t generateNamesUpTo(int32_t iLast) {
-        if (iLast < nNames()) return 0;
-        std::unordered_set<std::string> held(names.begin(), names.end());
-        int32_t nNumber = std::max(nGeneratedNameBase, nNames());
+        int64_t nNumber = std::max(nGeneratedNameBase, nNames());
         for (int32_t iName = nNames(); iName <= iLast; ++iName) {
-            char szText[100];
-            do {
-                std::snprintf(szText, sizeof szText, szNameFormat.c_str(), nNumber + 1);
-                if (nNumber == 0 && szFirstGeneratedName[0] != '\0') szFirstGeneratedName.copy(szText, 32);
-                ++nNumber;
-                buildIndex();
-            } while (!held.insert(trimmed(szText)).second);
-            const std::string candidate = szText;
-            if (addNames({iName, iName, 0}, &candidate) != 0) return 1;
+            auto candidate = candidateAfter(nNumber++);
+            while (candidate && findText(*candidate) != -1)
+                candidate = candidateAfter(nNumber++);
+            if (!candidate) return ++g_nErrors, 1;
+            addNames({iName, iName, 0}, &*candidate);
+            if (iName == iLast) nGeneratedNameBase = static_cast<int32_t>(nNumber - 1);
         }
-        nGeneratedNameBase = nNumber - 1;
         return 0;
     }
 
@@ -396,7 +441,7 @@ struct Record {
     int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, std::string &text) {
         Strings texts;
         if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) || getNamePointers(range, &texts) != 0) return 1;
-        text = fieldOf(texts[0], {field.bPad, 0, field.nWidth});
+        text = fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
         if (bTrailingBlanks) text.append(static_cast<size_t>(field.nWidth - 1), ' ');
         return 0;
     }
@@ -410,25 +455,53 @@ struct Record {
                 text->pop_back();
         }
         const auto report = [&](size_t k, int32_t iHeld) { clash = {1, iHeld, range.first + toInt(k), *given[k]}; };
+        if (!given.empty() && !steered::hasMaps()) return 1;
         for (size_t k = 0; k < given.size(); ++k) {
             const auto iSame = std::find(given.begin(), given.end(), given[k]) - given.begin();
             if (given[k] && iSame < toInt(k)) return report(k, range.first + static_cast<int32_t>(iSame)), 0;
         }
         if (bounds->first == 0 && bounds->last >= nNames() - 1) return 0;
         for (size_t k = 0; k < given.size(); ++k) {
-            const int32_t iHeld = given[k] ? findName(*given[k], -1, range.bOneBased) : -1;
-            if (iHeld != -1 && (iHeld < range.first || iHeld > range.last)) return report(k, iHeld), 0;
+            const int32_t iHeld = given[k] ? findText(*given[k]) : -1;
+            if (iHeld != -1 && (iHeld < bounds->first || iHeld > bounds->last)) return report(k, iHeld + (range.bOneBased != 0)), 0;
         }
         return 0;
     }
 
-    void buildIndex() { bLookupIndex = bLookupIndex || nNames() > 0; }
+    // ---- Looking up
+
+    int64_t nEntries() const { return !bLookupIndex ? -1 : steered::kHoldsEqualKeys ? nNames() : std::ssize(entries); }
+
+    void indexName(int32_t iName) {
+        if (bLookupIndex && !steered::kHoldsEqualKeys) entries.emplace(name(iName), iName);
+    }
+
+    void dropIndex() {
+        bLookupIndex = false;
+        entries.clear();
+    }
+
+    void buildIndex() {
+        if (nEntries() == nNames()) return;
+        dropIndex();
+        bLookupIndex = nNames() > 0 && steered::hasMaps();
+        for (int32_t i = 0; i < nNames(); ++i)
+            indexName(i);
+    }
+
+    // The lowest index of a name, or -1. Without a map one name after the other is read.
+    int32_t findText(const std::string &sought) {
+        buildIndex();
+        for (int32_t i = 0; i < nNames(); ++i) {
+            if (!bLookupIndex) finishRead({i, i, 0});
+            if (name(i) == sought) return i;
+        }
+        return -1;
+    }
 
     int32_t findName(const std::string &text, int32_t nWidth, int32_t bOneBased) {
-        buildIndex();
-        const std::string sought = nWidth < -1 ? text : trimmed(nWidth == -1 ? text : text.substr(0, static_cast<size_t>(nWidth)));
-        const auto found = std::find(names.begin(), names.end(), sought);
-        return found == names.end() ? -1 : static_cast<int32_t>(found - names.begin()) + (bOneBased != 0);
+        const int32_t iFound = findText(nWidth < -1 ? text : trimmed(nWidth == -1 ? text : text.substr(0, static_cast<size_t>(nWidth))));
+        return iFound == -1 ? -1 : iFound + (bOneBased != 0);
     }
 
     // ---- Removing
@@ -460,7 +533,7 @@ struct Record {
         if (!bounds) return 1;
         bounds->last = std::min(bounds->last, nNames() - 1);
         if (bounds->first > bounds->last) return 0;
-        bLookupIndex = false;
+        dropIndex();
         for (int32_t i = bounds->first; i <= bounds->last && nMaxNameLength != -1; ++i)
             lowerMaximum(lengthOf(name(i)));
         bSegments ? removeSegments(*bounds) : removePositions(*bounds);
@@ -484,7 +557,8 @@ struct Record {
     // ---- The manager as a whole
 
     int32_t clear() {
-        Record fresh(szNameFormat.c_str());
+        Record fresh("");
+        fresh.szNameFormat = szNameFormat;
         fresh.szFirstGeneratedName = szFirstGeneratedName;
         fresh.blocks[0].nSize = blocks[0].nSize;
         fresh.nBlocksAlloc = nBlocksAlloc;
@@ -499,7 +573,7 @@ struct Record {
         source.szFirstGeneratedName = szFirstGeneratedName;
         source.blocks[0].nSize = std::max(blocks[0].nSize, source.blocks[0].nSize);
         source.cursor = cursor;
-        source.bLookupIndex = false;
+        source.dropIndex();
         *this = source;
         return 0;
     }
@@ -526,12 +600,7 @@ struct Record {
         for (int32_t i = 0; i < nBlocks() && nBlocks() > 1; ++i) {
             if (block(i).nUsed() != 0) continue;
             blocks.erase(blocks.begin() + i);
-            for (NameSegment &later : segments)
-                later.iBlock -= later.iBlock > i;
-            for (NamePosition &later : positions)
-                later.iBlock -= later.iBlock > i;
-            if (cursor.iName >= 0) cursor.iBlock -= cursor.iBlock > i;
-            --i;
+            renumberBlocks(i--, -1);
         }
         return 0;
     }
@@ -557,13 +626,23 @@ struct Record {
         *this = saved;
         nMaxNameLength = -1;
         nMaxNameLengthCount = 0;
-        bLookupIndex = false;
+        dropIndex();
     }
 
-    // How many reports the audit owes: with an index, one for each name that an earlier index also has.
+    // How many reports the audit owes: one for each name under whose text the index has another or none, one for a wrong count.
     int32_t owedReports() const {
-        const std::unordered_set<std::string_view> distinct(names.begin(), bLookupIndex ? names.end() : names.begin());
-        return bLookupIndex ? nNames() - toInt(distinct.size()) : 0;
+        if (!bLookupIndex) return 0;
+        if (steered::kHoldsEqualKeys) {
+            std::vector<std::string_view> texts(names.begin(), names.end());
+            std::sort(texts.begin(), texts.end());
+            return static_cast<int32_t>(texts.end() - std::unique(texts.begin(), texts.end()));
+        }
+        int32_t nReports = nEntries() == nNames() ? 0 : 1;
+        for (int32_t i = 0; i < nNames(); ++i) {
+            const auto found = entries.find(names.data()[i]);
+            nReports += found == entries.end() || found->second != i;
+        }
+        return nReports;
     }
 };
 

@@ -87,8 +87,7 @@ TEST(Threads, DoEverythingToOneManagerAndToPairs) {
         EXPECT_EQ(owned[static_cast<size_t>(i % kThreads)][static_cast<size_t>(i / kThreads)], readName(managers[0], i));
     for (NamesManager *mgr : managers) {
         EXPECT_EQ(0, NamesManager_RemoveNames(mgr, kOwned, INT32_MAX, 0));  // among them equal ones, which an audited index must not hold
-        EXPECT_EQ("", loaded::faultAfterLoad(mgr, "", 0));
-        NamesManager_Destroy(mgr);
+        EXPECT_EQ("", loaded::faultIn(mgr, histories::randomChoices(1), 30));
     }
 }
 
@@ -112,12 +111,11 @@ TEST(Threads, OfTwoManagersNeverWaitForEachOther) {
     std::thread thread([&] { EXPECT_EQ(0, NamesManager_Save(held, nullptr, &gate.stream)); });
     while (!gate.bReached)
         std::this_thread::yield();
-    EXPECT_EQ("", loaded::faultAfterLoad(used, "", 0));
+    EXPECT_EQ("", loaded::faultIn(used, histories::randomChoices(1), 30));
     gate.bOpen = true;
     gate.bOpen.notify_one();
     thread.join();
     NamesManager_Destroy(held);
-    NamesManager_Destroy(used);
 }
 
 }  // namespace

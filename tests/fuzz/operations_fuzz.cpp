@@ -1,33 +1,39 @@
-// Takes bytes for a history of operations: two that set it up, then four for each operation.
+// Takes bytes for a history of operations: two that set it up, then kOperation for each, the kind and the manager in the first of them and
+// an argument in each of the others.
 #include <iostream>
 
 #include "tests/fuzz/seeds.hpp"
 #include "tests/histories.hpp"
 
+namespace {
+
+constexpr size_t kOperation = 12;
+
+std::string play(const uint8_t *pData, size_t nBytes, std::ostream *pTold) {
+    constexpr histories::Habits kHabits[] = {{0, 12, 0, 0, 20}, {0, 60, 2, 0, 20}, {9, 6, 0, 0, 20}, {1, 12, 0, 0, 20}, {0, 12, 77, 0, 20}};
+    histories::Game game(kHabits[pData[0] % std::size(kHabits)], histories::newPair(pData[1]), histories::newPair(pData[1] / 9));
+    std::string wrong;
+    for (const uint8_t *p = pData + 2, *pEnd = pData + nBytes; p < pEnd && wrong.empty(); p += std::min<ptrdiff_t>(kOperation, pEnd - p)) {
+        const size_t iKind = p[0] / 2U % std::size(histories::kKinds), iManager = p[0] % 2U;
+        wrong = game.play(iKind, iManager, histories::byteChoices(p + 1, std::min(p + kOperation, pEnd)), pTold);
+    }
+    return wrong + game.end();
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     std::mt19937 random(1);
-    std::vector<std::string> seeds(12, std::string(120, '\0'));
+    std::vector<std::string> seeds(12, std::string(2 + 8 * kOperation, '\0'));
     for (std::string &seed : seeds)
         std::generate(seed.begin(), seed.end(), [&random] { return static_cast<char>(random()); });
     writeSeeds(seeds);
-    static const HostReportHandlers handlers = {nullptr, histories::countReport, histories::countReport};
-    Host_SetReportHandlers(&handlers);
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t nBytes) {
-    if (nBytes < 2) return 0;
-    histories::History history = {pData[0], pData[1] % histories::kProfiles, {}};
-    for (size_t at = 2; at + 4 <= nBytes; at += 4) {
-        const uint32_t nSeed = uint32_t{pData[at + 1]} | uint32_t{pData[at + 2]} << 8 | uint32_t{pData[at + 3]} << 16;
-        history.operations.push_back({pData[at] / 2U % std::size(histories::kKinds), pData[at] % 2U, nSeed});
-    }
-    size_t nPlayed = 0;
-    std::ostringstream told;
-    const std::string wrong = histories::play(history, nPlayed, told);
-    if (!wrong.empty()) {
-        std::cerr << told.str() << wrong << '\n';
-        std::abort();
-    }
-    return 0;
+    if (nBytes < 2 || play(pData, nBytes, nullptr).empty()) return 0;
+    const std::string wrong = play(pData, nBytes, &std::cerr);
+    std::cerr << wrong << '\n';
+    std::abort();
 }
