@@ -12,18 +12,21 @@
 
 namespace {
 
+using namespace names;
 using model::Record;
 using model::Strings;
 
-constexpr int32_t kNames = 40;
-const std::string kLong = std::string(300, 'x') + ' ';  // more than is put together without an allocation
+constexpr int32_t kNames = 40, kLongName = 39;
+const std::string kLong = std::string(kLocalTextBytes + 20, 'x');  // more than is put together without an allocation
 
 // The image of a manager whose blocks have no room and whose tables have no spare records.
 std::string tightImage(bool bPositions, const std::string &prefix, size_t nBlocks, int32_t nBlockSize) {
-    Record record("x%0290d");
+    Record record(("x%0" + std::to_string(kLong.size()) + 'd').c_str());
     record.blocks.assign(nBlocks, {nBlockSize, 0, ""});
-    for (std::string text; record.nNames() < kNames;)
-        record.storeNames({record.nNames(), record.nNames(), 0}, &(text = prefix + std::to_string(record.nNames())));
+    for (std::string text; record.nNames() < kNames;) {
+        text = prefix + std::to_string(record.nNames()) + (record.nNames() == kLongName ? kLong : "");
+        record.storeNames({record.nNames(), record.nNames(), 0}, &text);
+    }
     if (bPositions) record.storeIndividualNamePositions();
     for (model::Block &block : record.blocks)
         block.nSize = std::max(block.nUsed(), 1);
@@ -45,8 +48,7 @@ Strings namesOf(NamesManager *mgr) {
 }
 
 // One run of a scenario: mgr works, other is what it takes names from. Then what came of it: the status, the names, and in answers what was
-// read, with a
-// '#' for whatever was not had.
+// read, with a '#' for whatever was not had.
 struct Case {
     const std::string image, otherImage;
     NamesManager *mgr = NamesManager_Create(nullptr, nullptr), *other = NamesManager_Create(nullptr, nullptr);
@@ -96,13 +98,21 @@ int32_t readBackwards(Case &c) {
     return 0;
 }
 
-int32_t find(Case &c) {
-    const char *const apNames[] = {"name3", "missing", "name39 ", kLong.c_str()};
+int32_t find(Case &c, const std::string &text) {
+    const char *const apNames[] = {"name3", "missing", "name38 ", text.c_str()};
     int32_t aFound[] = {-7, -7, -7, -7};
     const int32_t nStatus = NamesManager_FindNames(c.mgr, apNames, 4, -1, 0, aFound);
     for (const int32_t iFound : aFound)
         c.answers += iFound < 0 ? "#" : std::to_string(iFound);
     return nStatus;
+}
+
+int32_t findLong(Case &c) {
+    return find(c, "name" + std::to_string(kLongName) + kLong + ' ');
+}
+
+int32_t findWithinLocalText(Case &c) {
+    return find(c, std::string(kLocalTextBytes - 1, 'x') + ' ');
 }
 
 int32_t checkDuplicates(Case &c) {
@@ -147,9 +157,11 @@ struct Scenario {
     int32_t (*pfnRun)(Case &c);
 };
 
+constexpr size_t kAppended = std::min(kMaxNameBytes, 700);  // bytes of each name; together more than a new block has
+
 const Scenario kScenarios[] = {
     {"create", kOld, create},
-    {"append", kSteps, [](Case &c) { return add(c.mgr, kNames, kNames + 199, 700); }},
+    {"append", kSteps, [](Case &c) { return add(c.mgr, kNames, kNames + kMaxSegmentNames * 3 / 2, kAppended); }},
     {"store in a buffer", kSteps, [](Case &c) { return add(c.mgr, 35, 60, 20, true); }},
     {"store behind a gap", kSteps, [](Case &c) { return NamesManager_AddNameWithMaxLength(c.mgr, 43, 0, "name and more", 9); }},
     {"replace by longer names", kSteps, [](Case &c) { return add(c.mgr, 3, 37, 50); }},
@@ -160,7 +172,8 @@ const Scenario kScenarios[] = {
     {"prefix a name", kSteps, [](Case &c) { return NamesManager_CopyNameWithPrefix(c.mgr, 7, 0, c.other, 41, 0, kLong.c_str()); }},
     {"read beyond the names", kSteps, readBeyond},
     {"read backwards", kCannotFail, readBackwards},
-    {"find", kOld, find},
+    {"find a long name", kOld, findLong},
+    {"find without copying a long name", kCannotFail, findWithinLocalText},
     {"check for duplicates", kSteps, checkDuplicates},
     {"remove a range", kOld, [](Case &c) { return NamesManager_RemoveNames(c.mgr, 4, 31, 0); }},
     {"remove by indices", kSome, [](Case &c) { return remove(c, 1, 37, 6); }},
@@ -297,13 +310,15 @@ TEST(Failure, OfAnyAllocationLeavesWhatTheContractSays) {
 }
 
 TEST(Failure, OfALargeBlockFallsBackToASmallerOne) {
-    for (const auto &[nBytes, nBlockSize] : {std::pair{3000U, 65536}, {65534U, 65536}, {65535U, 0}, {140000U, 0}}) {
+    constexpr int32_t kMost = kFirstBlockBytes * 3 / 4, kHalf = kNewBlockBytes / 2;
+    for (const auto &[nLength, nBlockSize] : {std::pair{kMost, kHalf}, {kHalf - 2, kHalf}, {kHalf - 1, 0}, {kNewBlockBytes + 9, 0}}) {
+        const auto nBytes = static_cast<size_t>(nLength);
         NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
-        EXPECT_EQ(0, add(mgr, 0, 0, 3000));
+        EXPECT_EQ(0, add(mgr, 0, 0, kMost));
         g_foreignHost.bFailFromThere = false;
         g_foreignHost.nFailAt = 1;
         EXPECT_EQ(nBlockSize == 0 ? 1 : 0, add(mgr, 1, 1, nBytes)) << nBytes;
-        EXPECT_EQ(nBlockSize == 0 ? 3000 : nBlockSize, mgr->nBlocks == 1 ? 3000 : mgr->pBlocks[1].nSize);
+        EXPECT_EQ(nBlockSize, mgr->nBlocks == 1 ? 0 : mgr->pBlocks[1].nSize);
         NamesManager_Destroy(mgr);
     }
 }
