@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <random>
 #include <thread>
 
@@ -89,6 +90,34 @@ TEST(Threads, DoEverythingToOneManagerAndToPairs) {
         EXPECT_EQ(0, NamesManager_RemoveNames(mgr, kOwned, INT32_MAX, 0));  // among them equal ones, which an audited index must not hold
         EXPECT_EQ("", loaded::faultIn(mgr, histories::randomChoices(1), 30));
     }
+}
+
+// A lock is free only once it was given back as often as it was taken.
+TEST(Threads, WaitForALockThatIsHeldOnceMore) {
+    constexpr int32_t kTimes = 20000;
+    HostLock lock;
+    ASSERT_EQ(0, HostLock_Init(&lock));
+    HostLock_Acquire(&lock);
+    int32_t nCount = 0;
+    const auto addOften = [&] {
+        for (int32_t n = 0; n < kTimes; ++n) {
+            HostLock_Acquire(&lock);
+            HostLock_Acquire(&lock);
+            HostLock_Release(&lock);
+            ++nCount;
+            HostLock_Release(&lock);
+        }
+    };
+    std::thread one(addOften), another(addOften);
+    HostLock_Acquire(&lock);
+    HostLock_Release(&lock);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(0, nCount);
+    HostLock_Release(&lock);
+    one.join();
+    another.join();
+    EXPECT_EQ(2 * kTimes, nCount);
+    HostLock_Destroy(&lock);
 }
 
 struct Gate {
