@@ -1,0 +1,103 @@
+#include "host/hash_table.hpp"
+
+#include <string.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+
+#include "host/host_memory.h"
+
+namespace host {
+
+namespace {
+
+constexpr uint64_t kSourceTag = 0x686f737468617368;      // "hosthash"
+constexpr uint64_t kLargePagesFrom = 128 * 1024 * 1024;  // bytes of a table; smaller ones lose more in getting the pages than they gain
+constexpr uint64_t kCacheLine = 64;
+constexpr uint64_t kBucketBytes = kBucketEntries * (sizeof(Entry) + 1);
+constexpr int64_t kRoomOfBucket = 14;  // entries for each bucket when the table grows; 16 would make searches long
+constexpr int64_t kMaxBuckets = UINT32_MAX;
+static_assert(sizeof(Entry) * 4 == kCacheLine);
+
+// Lookups hit the pages of a huge table at random; with large pages the processor keeps the addresses of all of them at hand.
+void adviseLargePages(void *pMemory, uint64_t nBytes) {
+#ifdef MADV_HUGEPAGE
+    constexpr uint64_t kPage = 4096;
+    const uint64_t nSkipped = (kPage - reinterpret_cast<uintptr_t>(pMemory) % kPage) % kPage;
+    // Only advice: there is nothing to do when the system does not take it.
+    (void)::madvise(static_cast<char *>(pMemory) + nSkipped, (nBytes - nSkipped) / kPage * kPage, MADV_HUGEPAGE);
+#else
+    (void)pMemory, (void)nBytes;
+#endif
+}
+
+// A table of free places. False without memory.
+bool makeTable(HashTable *pTable, int64_t nBuckets) {
+    if (nBuckets > kMaxBuckets) {
+        return false;
+    }
+    const uint64_t nBytes = static_cast<uint64_t>(nBuckets) * kBucketBytes + kCacheLine;
+    void *pMemory = HostMem_Alloc(nBytes, kSourceTag, __LINE__);
+    if (pMemory == nullptr) {
+        return false;
+    }
+    if (nBytes >= kLargePagesFrom) {
+        adviseLargePages(pMemory, nBytes);
+    }
+    const uint64_t nSkipped = (kCacheLine - reinterpret_cast<uintptr_t>(pMemory) % kCacheLine) % kCacheLine;
+    pTable->pMemory = pMemory;
+    pTable->pEntries = reinterpret_cast<Entry *>(static_cast<char *>(pMemory) + nSkipped);
+    pTable->pTags = reinterpret_cast<uint8_t *>(pTable->pEntries + nBuckets * kBucketEntries);
+    pTable->nBuckets = static_cast<uint32_t>(nBuckets);
+    pTable->nRoom = nBuckets * kRoomOfBucket;
+    pTable->nUsed = 0;
+    memset(pTable->pTags, 0, static_cast<uint64_t>(nBuckets) * kBucketEntries);
+    return true;
+}
+
+// Entries go over in the order of their buckets, which is that of their hashes but for the few that were passed on, and so fill the new
+// table from its front to its back.
+void moveEntries(HashTable *pTo, const HashTable &from) {
+    for (uint64_t i = 0; i < placesOf(from); ++i) {
+        if (isTaken(from, i)) {
+            const Entry &entry = from.pEntries[i];
+            *addEntry(pTo, {entry.nHash, static_cast<uint8_t>(from.pTags[i] & kTagBits)}) = entry;
+        }
+    }
+}
+
+}  // namespace
+
+HashTable emptyTable() {
+    alignas(kCacheLine) static Entry aEntries[kBucketEntries] = {};
+    static uint8_t aTags[kBucketEntries] = {};
+    return {aEntries, aTags, 1, 0, 0, nullptr};
+}
+
+bool reserveTable(HashTable *pTable, int64_t nExpected) {
+    constexpr int64_t kFilled = 4; /* of 5 places */
+    const int64_t nBuckets = (nExpected / kFilled * 5 + nExpected % kFilled * 5 / kFilled) / kBucketEntries + 1;
+    return makeTable(pTable, nBuckets);
+}
+
+// Half as large again; when a quarter of the room went into holes that removals left, as large as before. So each layout is paid for by the
+// entries that came since the last one, at most three entries moved for each.
+bool growTable(HashTable *pTable) {
+    HashTable grown;
+    const int64_t nBuckets = pTable->pMemory != nullptr ? pTable->nBuckets : 0;
+    const bool bHoles = pTable->nUsed < nBuckets * kRoomOfBucket / 4 * 3;
+    if (!makeTable(&grown, bHoles ? nBuckets : nBuckets + nBuckets / 2 + 1)) {
+        return false;
+    }
+    moveEntries(&grown, *pTable);
+    freeTable(pTable);
+    *pTable = grown;
+    return true;
+}
+
+void freeTable(HashTable *pTable) {
+    HostMem_Free(pTable->pMemory, kSourceTag, __LINE__);
+    *pTable = emptyTable();
+}
+
+}  // namespace host

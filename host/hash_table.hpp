@@ -1,0 +1,200 @@
+// The table of the hash map: one entry for each hash, found without a look at any text.
+//
+// Entries lie in buckets of 16, four cache lines, with one tag byte for each beside them:
+//
+//     pEntries  | bucket 0: line 0 (4 entries) | line 1 | line 2 | line 3 | bucket 1: ...
+//     pTags     | bucket 0: 16 bytes | bucket 1: ...
+//     Entry       { szKey or pGroup: 8 bytes, nValue: 4, nHash: 4 }
+//     tag byte    low seven bits: 0, the place is free, or the tag of its entry's hash; top bit of byte m: mark m of the bucket
+//
+// One hash tells everything that a search needs, so that all of it can be asked for at the same moment:
+//
+//     home    the bucket, by the high bits: homes ascend with hashes, for any number of buckets
+//     line    where in the bucket an entry goes as long as there is room, by the low bits
+//     tag     1 to 127, from bits of its own
+//     mark    0 to 15, by the tag
+//
+// An entry that finds its home full goes on to the next bucket that has room, behind the last comes the first, and leaves its mark in every
+// bucket that it passes. A search ends at the first bucket without the mark of what it seeks.
+//
+// Invariants, besides those:
+//   1. No two entries have the same hash (tag included). What a free place holds is never looked at.
+//   2. Marks stay until the table is laid out anew. A place freed in a bucket with marks is not counted as room any more. So every marked
+//      bucket has taken up at least 16 of the 14 places a bucket that are counted as room at the start: there are always buckets without
+//      marks, where searches end, and places for all the room that is left.
+#ifndef HOST_HASH_TABLE_HPP
+#define HOST_HASH_TABLE_HPP
+
+#include <stdint.h>
+
+#include "host/bucket_tags.hpp"
+
+namespace host {
+
+struct KeyGroup;
+
+// What the table keeps of a key's hash, 39 bits.
+struct KeyHash {
+    uint32_t nHash;
+    uint8_t nTag;  // 1 to 127
+};
+
+// From 64 bits of which any may vary.
+inline KeyHash keyHash(uint64_t nBits) {
+    const uint8_t nTag = static_cast<uint8_t>(nBits >> 32) & kTagBits;
+    return {static_cast<uint32_t>(nBits), static_cast<uint8_t>(nTag + (nTag == 0 ? 1 : 0))};
+}
+
+constexpr int32_t kIsGroup = -1;  // in an entry, in place of a value
+
+struct Entry {
+    union {
+        const char *szKey;
+        KeyGroup *pGroup;  // of all keys with this hash, where there are several
+    };
+    int32_t nValue;
+    uint32_t nHash;
+};
+
+struct HashTable {
+    Entry *pEntries;
+    uint8_t *pTags;
+    uint32_t nBuckets;
+    int64_t nRoom;  // entries that can still come before the table has to be laid out anew
+    int64_t nUsed;  // entries
+    void *pMemory;  // of both, NULL while there are no entries' places
+};
+
+// A table without memory, which answers searches.
+HashTable emptyTable();
+
+// Makes room for nExpected entries in an empty table. False without memory: nothing has changed.
+bool reserveTable(HashTable *pTable, int64_t nExpected);
+
+// Makes room for at least one more entry where there is none left, which moves entries. False without memory: nothing has changed.
+bool growTable(HashTable *pTable);
+
+// Gives the memory back; entries need no farewell.
+void freeTable(HashTable *pTable);
+
+// ---- Bits of a hash ----
+
+inline uint32_t homeOf(const HashTable &table, KeyHash hash) {
+    return static_cast<uint32_t>((uint64_t{hash.nHash} * table.nBuckets) >> 32);
+}
+
+inline uint32_t markOf(KeyHash hash) {
+    return uint32_t{1} << (hash.nTag % kBucketEntries);
+}
+
+// Where in its bucket an entry of this hash would lie best: the first place of a cache line.
+inline uint32_t bestPlace(KeyHash hash) {
+    return hash.nHash % 4 * 4;
+}
+
+// The place behind nFirst, all around the bucket, that the lowest bit stands for.
+inline uint32_t firstPlace(uint32_t nPlaces, uint32_t nFirst) {
+    const uint32_t nRotated = ((nPlaces >> nFirst) | (nPlaces << (kBucketEntries - nFirst))) & 0xffff;
+    return (static_cast<uint32_t>(__builtin_ctz(nRotated)) + nFirst) % kBucketEntries;
+}
+
+// ---- Places ----
+
+inline Entry *entryAt(const HashTable &table, uint32_t iBucket, uint32_t iPlace) {
+    return table.pEntries + (uint64_t{iBucket} * kBucketEntries + iPlace);
+}
+
+inline uint8_t *tagsOf(const HashTable &table, uint32_t iBucket) {
+    return table.pTags + uint64_t{iBucket} * kBucketEntries;
+}
+
+inline uint32_t bucketBehind(const HashTable &table, uint32_t iBucket) {
+    return iBucket + 1 == table.nBuckets ? 0 : iBucket + 1;
+}
+
+// ---- All entries: places 0 to placesOf - 1 in the order of the buckets, taken or free ----
+
+inline uint64_t placesOf(const HashTable &table) {
+    return uint64_t{table.nBuckets} * kBucketEntries;
+}
+
+inline bool isTaken(const HashTable &table, uint64_t iPlace) {
+    return (table.pTags[iPlace] & kTagBits) != 0;
+}
+
+// ---- Searching ----
+
+// Asks for the memory that a search for this hash reads first and most likely next.
+inline void prefetchHome(const HashTable &table, KeyHash hash) {
+    const uint32_t iHome = homeOf(table, hash);
+    __builtin_prefetch(tagsOf(table, iHome));
+    __builtin_prefetch(entryAt(table, iHome, bestPlace(hash)));
+}
+
+// The entry of a hash, NULL if there is none.
+inline Entry *findEntry(const HashTable &table, KeyHash hash) {
+    uint32_t iBucket = homeOf(table, hash);
+    while (true) {
+        const uint8_t *pTags = tagsOf(table, iBucket);
+        uint32_t nEqual = equalTags(pTags, hash.nTag);
+        while (nEqual != 0) {
+            const uint32_t iPlace = firstPlace(nEqual, bestPlace(hash));
+            Entry *pEntry = entryAt(table, iBucket, iPlace);
+            if (pEntry->nHash == hash.nHash) {
+                return pEntry;
+            }
+            nEqual &= ~(uint32_t{1} << iPlace);
+        }
+        if ((topBits(pTags) & markOf(hash)) == 0) {
+            return nullptr;
+        }
+        iBucket = bucketBehind(table, iBucket);
+    }
+}
+
+// A place for an entry that is not in the table, which must have room. Its tag is set, its entry is the caller's to write.
+inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
+    uint32_t iBucket = homeOf(*pTable, hash);
+    uint8_t *pTags = tagsOf(*pTable, iBucket);
+    uint32_t nFree = equalTags(pTags, 0);
+    while (nFree == 0) {
+        pTags[hash.nTag % kBucketEntries] |= static_cast<uint8_t>(kTagBits + 1);
+        iBucket = bucketBehind(*pTable, iBucket);
+        pTags = tagsOf(*pTable, iBucket);
+        nFree = equalTags(pTags, 0);
+    }
+    const uint32_t iPlace = firstPlace(nFree, bestPlace(hash));
+    pTags[iPlace] = static_cast<uint8_t>((pTags[iPlace] & ~kTagBits) | hash.nTag);
+    --pTable->nRoom;
+    ++pTable->nUsed;
+    return entryAt(*pTable, iBucket, iPlace);
+}
+
+// Frees the place of an entry of the table.
+inline void removeEntry(HashTable *pTable, const Entry *pEntry) {
+    const uint64_t iEntry = static_cast<uint64_t>(pEntry - pTable->pEntries);
+    uint8_t *pTags = pTable->pTags + iEntry / kBucketEntries * kBucketEntries;
+    pTags[iEntry % kBucketEntries] &= static_cast<uint8_t>(~kTagBits);
+    pTable->nRoom += topBits(pTags) == 0 ? 1 : 0;
+    --pTable->nUsed;
+}
+
+// ---- Looking ahead, which changes nothing and promises nothing ----
+
+// The entry that a search for this hash comes to first, NULL if its home has none.
+inline const Entry *likelyEntry(const HashTable &table, KeyHash hash) {
+    const uint32_t iHome = homeOf(table, hash);
+    const uint32_t nEqual = equalTags(tagsOf(table, iHome), hash.nTag);
+    return nEqual != 0 ? entryAt(table, iHome, firstPlace(nEqual, bestPlace(hash))) : nullptr;
+}
+
+// The place that a new entry of this hash gets in its home, NULL if that is full.
+inline const Entry *likelyPlace(const HashTable &table, KeyHash hash) {
+    const uint32_t iHome = homeOf(table, hash);
+    const uint32_t nFree = equalTags(tagsOf(table, iHome), 0);
+    return nFree != 0 ? entryAt(table, iHome, firstPlace(nFree, bestPlace(hash))) : nullptr;
+}
+
+}  // namespace host
+
+#endif
