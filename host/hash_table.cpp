@@ -12,9 +12,9 @@ namespace host {
 namespace {
 
 constexpr uint64_t kSourceTag = 0x686f737468617368;      // "hosthash"
-constexpr uint64_t kLargePagesFrom = 128 * 1024 * 1024;  // bytes of a table; smaller ones lose more in getting the pages than they gain
+constexpr uint64_t kLargePagesFrom = 8 * 1024 * 1024;  // bytes of a table; smaller ones have few large pages to gain
 constexpr uint64_t kCacheLine = 64;
-constexpr uint64_t kBucketBytes = kBucketEntries * (sizeof(Entry) + 1);
+constexpr uint64_t kBucketBytes = kBucketEntries * (sizeof(Entry) + sizeof(uint8_t)) + sizeof(uint16_t);
 constexpr int64_t kRoomOfBucket = 14;  // entries for each bucket when the table grows; 16 would make searches long
 constexpr int64_t kMaxBuckets = UINT32_MAX;
 static_assert(sizeof(Entry) * 4 == kCacheLine);
@@ -48,10 +48,11 @@ bool makeTable(HashTable *pTable, int64_t nBuckets) {
     pTable->pMemory = pMemory;
     pTable->pEntries = reinterpret_cast<Entry *>(static_cast<char *>(pMemory) + nSkipped);
     pTable->pTags = reinterpret_cast<uint8_t *>(pTable->pEntries + nBuckets * kBucketEntries);
+    pTable->pMarks = reinterpret_cast<uint16_t *>(pTable->pTags + nBuckets * kBucketEntries);
     pTable->nBuckets = static_cast<uint32_t>(nBuckets);
     pTable->nRoom = nBuckets * kRoomOfBucket;
     pTable->nUsed = 0;
-    memset(pTable->pTags, 0, static_cast<uint64_t>(nBuckets) * kBucketEntries);
+    memset(pTable->pTags, 0, static_cast<uint64_t>(nBuckets) * (kBucketEntries + sizeof(uint16_t)));
     return true;
 }
 
@@ -61,7 +62,7 @@ void moveEntries(HashTable *pTo, const HashTable &from) {
     for (uint64_t i = 0; i < placesOf(from); ++i) {
         if (isTaken(from, i)) {
             const Entry &entry = from.pEntries[i];
-            *addEntry(pTo, {entry.nHash, static_cast<uint8_t>(from.pTags[i] & kTagBits)}) = entry;
+            *addEntry(pTo, {entry.nHash, from.pTags[i]}) = entry;
         }
     }
 }
@@ -71,13 +72,13 @@ void moveEntries(HashTable *pTo, const HashTable &from) {
 HashTable emptyTable() {
     alignas(kCacheLine) static Entry aEntries[kBucketEntries] = {};
     static uint8_t aTags[kBucketEntries] = {};
-    return {aEntries, aTags, 1, 0, 0, nullptr};
+    static uint16_t nMarks = 0;
+    return {aEntries, aTags, &nMarks, 1, 0, 0, nullptr};
 }
 
 bool reserveTable(HashTable *pTable, int64_t nExpected) {
-    constexpr int64_t kFilled = 4; /* of 5 places */
-    const int64_t nBuckets = (nExpected / kFilled * 5 + nExpected % kFilled * 5 / kFilled) / kBucketEntries + 1;
-    return makeTable(pTable, nBuckets);
+    constexpr int64_t kFilled = 4;  // of 5 places
+    return nExpected <= kMaxBuckets * kRoomOfBucket && makeTable(pTable, nExpected * 5 / (kFilled * kBucketEntries) + 1);
 }
 
 // Half as large again; when a quarter of the room went into holes that removals left, as large as before. So each layout is paid for by the

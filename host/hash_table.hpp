@@ -1,27 +1,27 @@
 // The table of the hash map: one entry for each hash, found without a look at any text.
 //
-// Entries lie in buckets of 16, four cache lines, with one tag byte for each beside them:
+// Entries lie in buckets of 16, four cache lines, with one tag byte for each and 16 marks for all beside them:
 //
 //     pEntries  | bucket 0: line 0 (4 entries) | line 1 | line 2 | line 3 | bucket 1: ...
-//     pTags     | bucket 0: 16 bytes | bucket 1: ...
+//     pTags     | bucket 0: 16 tags | bucket 1: ...         0: the place is free, else the tag of its entry's hash
+//     pMarks    | bucket 0: 16 bits | bucket 1: ...
 //     Entry       { szKey or pGroup: 8 bytes, nValue: 4, nHash: 4 }
-//     tag byte    low seven bits: 0, the place is free, or the tag of its entry's hash; top bit of byte m: mark m of the bucket
 //
 // One hash tells everything that a search needs, so that all of it can be asked for at the same moment:
 //
 //     home    the bucket, by the high bits: homes ascend with hashes, for any number of buckets
 //     line    where in the bucket an entry goes as long as there is room, by the low bits
-//     tag     1 to 127, from bits of its own
+//     tag     1 to 255, by bits of its own
 //     mark    0 to 15, by the tag
 //
-// An entry that finds its home full goes on to the next bucket that has room, behind the last comes the first, and leaves its mark in every
+// An entry that finds its home full goes on to the next bucket that has room, behind the last comes the first, and sets its mark in every
 // bucket that it passes. A search ends at the first bucket without the mark of what it seeks.
 //
 // Invariants, besides those:
 //   1. No two entries have the same hash (tag included). What a free place holds is never looked at.
 //   2. Marks stay until the table is laid out anew. A place freed in a bucket with marks is not counted as room any more. So every marked
-//      bucket has taken up at least 16 of the 14 places a bucket that are counted as room at the start: there are always buckets without
-//      marks, where searches end, and places for all the room that is left.
+//      bucket has used up at least 16 of the places counted as room at first, which are fewer than 16 for each bucket: there are always
+//      buckets without marks, where searches end, and places for all the room that is left.
 #ifndef HOST_HASH_TABLE_HPP
 #define HOST_HASH_TABLE_HPP
 
@@ -33,16 +33,17 @@ namespace host {
 
 struct KeyGroup;
 
-// What the table keeps of a key's hash, 39 bits.
+// What the table keeps of a key's hash, 40 bits.
 struct KeyHash {
     uint32_t nHash;
-    uint8_t nTag;  // 1 to 127
+    uint8_t nTag;  // 1 to 255
 };
 
-// From 64 bits of which any may vary.
+// Of 64 bits, whichever of them differ from key to key: the product's high bits depend on all.
 inline KeyHash keyHash(uint64_t nBits) {
-    const uint8_t nTag = static_cast<uint8_t>(nBits >> 32) & kTagBits;
-    return {static_cast<uint32_t>(nBits), static_cast<uint8_t>(nTag + (nTag == 0 ? 1 : 0))};
+    const uint64_t nMixed = nBits * 0x9e3779b97f4a7c15;
+    const uint8_t nTag = static_cast<uint8_t>(nMixed >> 24);
+    return {static_cast<uint32_t>(nMixed >> 32), static_cast<uint8_t>(nTag + (nTag == 0 ? 1 : 0))};
 }
 
 constexpr int32_t kIsGroup = -1;  // in an entry, in place of a value
@@ -59,6 +60,7 @@ struct Entry {
 struct HashTable {
     Entry *pEntries;
     uint8_t *pTags;
+    uint16_t *pMarks;
     uint32_t nBuckets;
     int64_t nRoom;  // entries that can still come before the table has to be laid out anew
     int64_t nUsed;  // entries
@@ -83,8 +85,8 @@ inline uint32_t homeOf(const HashTable &table, KeyHash hash) {
     return static_cast<uint32_t>((uint64_t{hash.nHash} * table.nBuckets) >> 32);
 }
 
-inline uint32_t markOf(KeyHash hash) {
-    return uint32_t{1} << (hash.nTag % kBucketEntries);
+inline uint16_t markOf(KeyHash hash) {
+    return static_cast<uint16_t>(1U << (hash.nTag % 16));
 }
 
 // Where in its bucket an entry of this hash would lie best: the first place of a cache line.
@@ -119,7 +121,7 @@ inline uint64_t placesOf(const HashTable &table) {
 }
 
 inline bool isTaken(const HashTable &table, uint64_t iPlace) {
-    return (table.pTags[iPlace] & kTagBits) != 0;
+    return table.pTags[iPlace] != 0;
 }
 
 // ---- Searching ----
@@ -135,8 +137,7 @@ inline void prefetchHome(const HashTable &table, KeyHash hash) {
 inline Entry *findEntry(const HashTable &table, KeyHash hash) {
     uint32_t iBucket = homeOf(table, hash);
     while (true) {
-        const uint8_t *pTags = tagsOf(table, iBucket);
-        uint32_t nEqual = equalTags(pTags, hash.nTag);
+        uint32_t nEqual = equalTags(tagsOf(table, iBucket), hash.nTag);
         while (nEqual != 0) {
             const uint32_t iPlace = firstPlace(nEqual, bestPlace(hash));
             Entry *pEntry = entryAt(table, iBucket, iPlace);
@@ -145,7 +146,7 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash) {
             }
             nEqual &= ~(uint32_t{1} << iPlace);
         }
-        if ((topBits(pTags) & markOf(hash)) == 0) {
+        if ((table.pMarks[iBucket] & markOf(hash)) == 0) {
             return nullptr;
         }
         iBucket = bucketBehind(table, iBucket);
@@ -155,16 +156,14 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash) {
 // A place for an entry that is not in the table, which must have room. Its tag is set, its entry is the caller's to write.
 inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
     uint32_t iBucket = homeOf(*pTable, hash);
-    uint8_t *pTags = tagsOf(*pTable, iBucket);
-    uint32_t nFree = equalTags(pTags, 0);
+    uint32_t nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     while (nFree == 0) {
-        pTags[hash.nTag % kBucketEntries] |= static_cast<uint8_t>(kTagBits + 1);
+        pTable->pMarks[iBucket] |= markOf(hash);
         iBucket = bucketBehind(*pTable, iBucket);
-        pTags = tagsOf(*pTable, iBucket);
-        nFree = equalTags(pTags, 0);
+        nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     }
     const uint32_t iPlace = firstPlace(nFree, bestPlace(hash));
-    pTags[iPlace] = static_cast<uint8_t>((pTags[iPlace] & ~kTagBits) | hash.nTag);
+    tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;
     --pTable->nRoom;
     ++pTable->nUsed;
     return entryAt(*pTable, iBucket, iPlace);
@@ -172,10 +171,9 @@ inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
 
 // Frees the place of an entry of the table.
 inline void removeEntry(HashTable *pTable, const Entry *pEntry) {
-    const uint64_t iEntry = static_cast<uint64_t>(pEntry - pTable->pEntries);
-    uint8_t *pTags = pTable->pTags + iEntry / kBucketEntries * kBucketEntries;
-    pTags[iEntry % kBucketEntries] &= static_cast<uint8_t>(~kTagBits);
-    pTable->nRoom += topBits(pTags) == 0 ? 1 : 0;
+    const uint64_t iPlace = static_cast<uint64_t>(pEntry - pTable->pEntries);
+    pTable->pTags[iPlace] = 0;
+    pTable->nRoom += pTable->pMarks[iPlace / kBucketEntries] == 0 ? 1 : 0;
     --pTable->nUsed;
 }
 
