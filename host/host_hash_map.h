@@ -67,7 +67,8 @@ static inline void HostHashMap_Release(HostHashMap *pMap) {
 
 /* ---- Lists of keys: an offer that a host need not make -------------------------------------------------------------------------------
  * A host that makes it defines this macro and both functions. They do what the functions above do for each key in turn, but can let the
- * waits for memory of many keys overlap. The module goes key by key where the macro is not defined.
+ * waits for memory of many keys overlap. The module goes key by key where the macro is not defined. Several threads may call
+ * HostHashMap_FindList at once, too.
  */
 #define HOST_HASH_MAP_HAS_LISTS 1
 
