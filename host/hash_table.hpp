@@ -89,15 +89,15 @@ inline uint16_t markOf(KeyHash hash) {
     return static_cast<uint16_t>(1U << (hash.nTag % 16));
 }
 
-// Where in its bucket an entry of this hash would lie best: the first place of a cache line.
-inline uint32_t bestPlace(KeyHash hash) {
-    return hash.nHash % 4 * 4;
+// The places of the cache line in which an entry of this hash lies best.
+inline uint32_t bestPlaces(KeyHash hash) {
+    return 0xfU << (hash.nHash % 4 * 4);
 }
 
-// The place behind nFirst, all around the bucket, that the lowest bit stands for.
-inline uint32_t firstPlace(uint32_t nPlaces, uint32_t nFirst) {
-    const uint32_t nRotated = ((nPlaces >> nFirst) | (nPlaces << (kBucketEntries - nFirst))) & 0xffff;
-    return (static_cast<uint32_t>(__builtin_ctz(nRotated)) + nFirst) % kBucketEntries;
+// Of places of a bucket, at least one, the first for this hash.
+inline uint32_t firstPlace(uint32_t nPlaces, KeyHash hash) {
+    const uint32_t nBest = nPlaces & bestPlaces(hash);
+    return static_cast<uint32_t>(__builtin_ctz(nBest != 0 ? nBest : nPlaces));
 }
 
 // ---- Places ----
@@ -112,6 +112,10 @@ inline uint8_t *tagsOf(const HashTable &table, uint32_t iBucket) {
 
 inline uint32_t bucketBehind(const HashTable &table, uint32_t iBucket) {
     return iBucket + 1 == table.nBuckets ? 0 : iBucket + 1;
+}
+
+inline bool isMarked(const HashTable &table, uint32_t iBucket, KeyHash hash) {
+    return (table.pMarks[iBucket] & markOf(hash)) != 0;
 }
 
 // ---- All entries: places 0 to placesOf - 1 in the order of the buckets, taken or free ----
@@ -130,7 +134,7 @@ inline bool isTaken(const HashTable &table, uint64_t iPlace) {
 inline void prefetchHome(const HashTable &table, KeyHash hash) {
     const uint32_t iHome = homeOf(table, hash);
     __builtin_prefetch(tagsOf(table, iHome));
-    __builtin_prefetch(entryAt(table, iHome, bestPlace(hash)));
+    __builtin_prefetch(entryAt(table, iHome, hash.nHash % 4 * 4));
 }
 
 // The entry of a hash, NULL if there is none.
@@ -139,14 +143,14 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash) {
     while (true) {
         uint32_t nEqual = equalTags(tagsOf(table, iBucket), hash.nTag);
         while (nEqual != 0) {
-            const uint32_t iPlace = firstPlace(nEqual, bestPlace(hash));
+            const uint32_t iPlace = firstPlace(nEqual, hash);
             Entry *pEntry = entryAt(table, iBucket, iPlace);
             if (pEntry->nHash == hash.nHash) {
                 return pEntry;
             }
             nEqual &= ~(uint32_t{1} << iPlace);
         }
-        if ((table.pMarks[iBucket] & markOf(hash)) == 0) {
+        if (!isMarked(table, iBucket, hash)) {
             return nullptr;
         }
         iBucket = bucketBehind(table, iBucket);
@@ -162,7 +166,7 @@ inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
         iBucket = bucketBehind(*pTable, iBucket);
         nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     }
-    const uint32_t iPlace = firstPlace(nFree, bestPlace(hash));
+    const uint32_t iPlace = firstPlace(nFree, hash);
     tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;
     --pTable->nRoom;
     ++pTable->nUsed;
@@ -177,20 +181,28 @@ inline void removeEntry(HashTable *pTable, const Entry *pEntry) {
     --pTable->nUsed;
 }
 
-// ---- Looking ahead, which changes nothing and promises nothing ----
+// ---- Searching step by step ----
 
-// The entry that a search for this hash comes to first, NULL if its home has none.
-inline const Entry *likelyEntry(const HashTable &table, KeyHash hash) {
+// The entry that a search for this hash comes to first; NULL if it will find none.
+inline Entry *likelyEntry(const HashTable &table, KeyHash hash) {
     const uint32_t iHome = homeOf(table, hash);
     const uint32_t nEqual = equalTags(tagsOf(table, iHome), hash.nTag);
-    return nEqual != 0 ? entryAt(table, iHome, firstPlace(nEqual, bestPlace(hash))) : nullptr;
+    if (nEqual != 0) {
+        return entryAt(table, iHome, firstPlace(nEqual, hash));
+    }
+    return isMarked(table, iHome, hash) ? findEntry(table, hash) : nullptr;
 }
 
-// The place that a new entry of this hash gets in its home, NULL if that is full.
-inline const Entry *likelyPlace(const HashTable &table, KeyHash hash) {
+// The entry of the hash, given the likely one.
+inline Entry *findEntry(const HashTable &table, KeyHash hash, Entry *pLikely) {
+    return pLikely == nullptr || pLikely->nHash == hash.nHash ? pLikely : findEntry(table, hash);
+}
+
+// Where in its home an entry of this hash would get its place, if it is not full.
+inline Entry *likelyPlace(const HashTable &table, KeyHash hash) {
     const uint32_t iHome = homeOf(table, hash);
     const uint32_t nFree = equalTags(tagsOf(table, iHome), 0);
-    return nFree != 0 ? entryAt(table, iHome, firstPlace(nFree, bestPlace(hash))) : nullptr;
+    return entryAt(table, iHome, nFree != 0 ? firstPlace(nFree, hash) : 0);
 }
 
 }  // namespace host

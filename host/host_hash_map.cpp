@@ -93,12 +93,12 @@ int32_t findHashed(const StringMap &map, const char *szKey, KeyHash hash) {
 // False without memory: nothing has changed.
 bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
     Entry *pEntry = findEntry(pMap->table, hash);
-    int32_t nExisting = -1;
     if (pEntry != nullptr) {
-        nExisting = valueIn(*pEntry, szKey);
+        const int32_t nExisting = valueIn(*pEntry, szKey);
         if (!addToEntry(pMap, pEntry, szKey, nValue)) {
             return false;
         }
+        *pnExisting = nExisting;
     } else {
         if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) {
             return false;
@@ -107,11 +107,9 @@ bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nVal
         pEntry->szKey = szKey;
         pEntry->nValue = nValue;
         pEntry->nHash = hash.nHash;
+        *pnExisting = -1;
     }
     ++pMap->host.nEntries;
-    if (pnExisting != nullptr) {
-        *pnExisting = nExisting;
-    }
     return true;
 }
 
@@ -126,7 +124,8 @@ int32_t insertKey(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t 
     StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
     prefetchHome(map.table, hash);
-    return nValue >= 0 && insertHashed(&map, szKey, hash, nValue, pnExisting) ? 0 : 1;
+    int32_t nUnwanted = -1;
+    return nValue >= 0 && insertHashed(&map, szKey, hash, nValue, pnExisting != nullptr ? pnExisting : &nUnwanted) ? 0 : 1;
 }
 
 int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
@@ -158,69 +157,69 @@ struct Chunk {
     const char *const *ppKeys;
     int32_t nKeys;
     KeyHash aHashes[kChunk];
-    const Entry *apLikely[kChunk];  // the entries that the searches come to first, NULL for none
+    Entry *apEntries[kChunk];  // first the likely ones, then those of the hashes; NULL for none
 };
 
 // Hashes the keys and asks for where the searches begin.
-void startSearches(const StringMap &map, const char *const *ppKeys, int32_t nKeys, Chunk *pChunk) {
-    pChunk->ppKeys = ppKeys;
-    pChunk->nKeys = nKeys;
-    for (int32_t k = 0; k < nKeys; ++k) {
-        if (ppKeys[k] != nullptr) {
-            pChunk->aHashes[k] = hashText(*map.pSecret, ppKeys[k]);
+void startSearches(const StringMap &map, Chunk *pChunk) {
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        if (pChunk->ppKeys[k] != nullptr) {
+            pChunk->aHashes[k] = hashText(*map.pSecret, pChunk->ppKeys[k]);
             prefetchHome(map.table, pChunk->aHashes[k]);
         }
     }
 }
 
-// Asks for a text of which nothing but its start is known. Comparing reads 32 bytes at once, often across the end of a cache line.
-inline void prefetchText(const char *szText) {
-    __builtin_prefetch(szText);
-    __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
+// Asks for the entries that the searches come to first, where they do not lie in the line asked for already; with bInsert, for the places
+// that new keys will get.
+void askForEntries(const StringMap &map, Chunk *pChunk, bool bInsert) {
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        Entry *pLikely = nullptr;
+        if (pChunk->ppKeys[k] != nullptr) {
+            pLikely = likelyEntry(map.table, pChunk->aHashes[k]);
+            __builtin_prefetch(pLikely == nullptr && bInsert ? likelyPlace(map.table, pChunk->aHashes[k]) : pLikely);
+        }
+        pChunk->apEntries[k] = pLikely;
+    }
 }
 
-// Asks for the likely entries, where they do not lie in the line asked for already; with bInsert, for the places that new keys will get. Then
-// for the texts to compare. (A function that wrote nothing would be taken for one without effect, and left out.)
-void askForTexts(const StringMap &map, Chunk *pChunk, bool bInsert) {
+// Finds the entries of the hashes and asks for their texts. Comparing reads 32 bytes of them at once, often across the end of a cache line.
+void askForTexts(const StringMap &map, Chunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        const bool bKey = pChunk->ppKeys[k] != nullptr;
-        const Entry *pLikely = bKey ? likelyEntry(map.table, pChunk->aHashes[k]) : nullptr;
-        const bool bNew = bInsert && bKey && pLikely == nullptr;
-        __builtin_prefetch(bNew ? likelyPlace(map.table, pChunk->aHashes[k]) : pLikely);
-        pChunk->apLikely[k] = pLikely;
-    }
-    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        const Entry *pLikely = pChunk->apLikely[k];
-        if (pLikely != nullptr && pLikely->nHash == pChunk->aHashes[k].nHash) {
-            prefetchText(pLikely->szKey);
+        if (pChunk->apEntries[k] != nullptr) {
+            pChunk->apEntries[k] = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
+        }
+        if (pChunk->apEntries[k] != nullptr) {
+            const char *szText = pChunk->apEntries[k]->szKey;
+            __builtin_prefetch(szText);
+            __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
         }
     }
 }
 
-void findChunk(const StringMap &map, const char *const *ppKeys, int32_t nKeys, int32_t *pnValues) {
-    Chunk chunk;
-    startSearches(map, ppKeys, nKeys, &chunk);
-    askForTexts(map, &chunk, false);
-    for (int32_t k = 0; k < nKeys; ++k) {
-        pnValues[k] = ppKeys[k] != nullptr ? findHashed(map, ppKeys[k], chunk.aHashes[k]) : -1;
+void findChunk(const StringMap &map, Chunk *pChunk, int32_t *pnValues) {
+    startSearches(map, pChunk);
+    askForEntries(map, pChunk, false);
+    askForTexts(map, pChunk);
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        pnValues[k] = pChunk->apEntries[k] != nullptr ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k]) : -1;
     }
 }
 
-// How many keys are done.
-int32_t insertChunk(StringMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t nFirstValue, int32_t *pnExisting) {
-    Chunk chunk;
-    startSearches(*pMap, ppKeys, nKeys, &chunk);
-    askForTexts(*pMap, &chunk, true);
-    for (int32_t k = 0; k < nKeys; ++k) {
-        int32_t nExisting = -1;
-        if (ppKeys[k] != nullptr && !insertHashed(pMap, ppKeys[k], chunk.aHashes[k], nFirstValue + k, &nExisting)) {
+// How many keys are done. Entries found before are of no use here: keys inserted meanwhile can have moved them, or have the same hash.
+int32_t insertChunk(StringMap *pMap, Chunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
+    startSearches(*pMap, pChunk);
+    askForEntries(*pMap, pChunk, true);
+    askForTexts(*pMap, pChunk);
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        const char *szKey = pChunk->ppKeys[k];
+        if (szKey == nullptr) {
+            pnExisting[k] = -1;
+        } else if (!insertHashed(pMap, szKey, pChunk->aHashes[k], nFirstValue + k, &pnExisting[k])) {
             return k;
         }
-        if (pnExisting != nullptr) {
-            pnExisting[k] = nExisting;
-        }
     }
-    return nKeys;
+    return pChunk->nKeys;
 }
 
 void doNothing(HostHashMap * /*pMap*/) {}
@@ -259,20 +258,25 @@ HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t
 }
 
 void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t *pnValues) {
-    for (int64_t n = 0; n < nKeys; n += kChunk) {
-        findChunk(stringMap(pMap), ppKeys + n, static_cast<int32_t>(std::min(kChunk, nKeys - n)), pnValues + n);
+    for (Chunk chunk; nKeys > 0; ppKeys += chunk.nKeys, pnValues += chunk.nKeys, nKeys -= chunk.nKeys) {
+        chunk.ppKeys = ppKeys;
+        chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nKeys));
+        findChunk(stringMap(pMap), &chunk, pnValues);
     }
 }
 
 int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t nFirstValue, int32_t *pnExisting) {
     const int64_t nMost = nFirstValue < 0 ? 0 : std::min(nKeys, int64_t{INT32_MAX} - nFirstValue + 1);
+    int32_t anUnwanted[kChunk];
     int64_t nDone = 0;
     while (nDone < nMost) {
-        const int32_t nChunk = static_cast<int32_t>(std::min(kChunk, nMost - nDone));
-        const int32_t nInserted = insertChunk(&stringMap(pMap), ppKeys + nDone, nChunk, nFirstValue + static_cast<int32_t>(nDone),
-                                              pnExisting != nullptr ? pnExisting + nDone : nullptr);
+        Chunk chunk;
+        chunk.ppKeys = ppKeys + nDone;
+        chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nMost - nDone));
+        int32_t *pnHere = pnExisting != nullptr ? pnExisting + nDone : anUnwanted;
+        const int32_t nInserted = insertChunk(&stringMap(pMap), &chunk, nFirstValue + static_cast<int32_t>(nDone), pnHere);
         nDone += nInserted;
-        if (nInserted < nChunk) {
+        if (nInserted < chunk.nKeys) {
             break;
         }
     }
