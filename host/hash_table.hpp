@@ -198,13 +198,6 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash, Entry *pLikely) {
     return pLikely == nullptr || pLikely->nHash == hash.nHash ? pLikely : findEntry(table, hash);
 }
 
-// Where in its home an entry of this hash would get its place, if it is not full.
-inline Entry *likelyPlace(const HashTable &table, KeyHash hash) {
-    const uint32_t iHome = homeOf(table, hash);
-    const uint32_t nFree = equalTags(tagsOf(table, iHome), 0);
-    return entryAt(table, iHome, nFree != 0 ? firstPlace(nFree, hash) : 0);
-}
-
 }  // namespace host
 
 #endif

@@ -4,8 +4,7 @@
 //     Entry { pGroup, kIsGroup,    nHash } -> KeyGroup of two or more keys, equal ones as a rule
 //
 // A text is read only to confirm that it is the one sought. Lists of keys are worked through in chunks, step by step, so that the waits for
-// memory of many keys overlap: each step asks for what the next one reads. What a step found is a hint and no more. The last step does what
-// the operation for one key does, and finds everything close at hand.
+// memory of many keys overlap: each step asks for what the next one reads.
 #include "host/host_hash_map.h"
 
 #include <string.h>
@@ -51,8 +50,8 @@ int32_t valueIn(const Entry &entry, const char *szKey) {
     return strcmp(entry.szKey, szKey) == 0 ? entry.nValue : -1;
 }
 
-// Adds a key to the entry of its hash. False without memory: nothing has changed.
-bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue) {
+// Adds a key to the entry of its hash. False without memory: nothing has changed. Not inlined: most keys have a hash of their own.
+[[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue) {
     if (pEntry->nValue == kIsGroup) {
         return addKey(pEntry->pGroup, szKey, nValue);
     }
@@ -170,16 +169,11 @@ void startSearches(const StringMap &map, Chunk *pChunk) {
     }
 }
 
-// Asks for the entries that the searches come to first, where they do not lie in the line asked for already; with bInsert, for the places
-// that new keys will get.
-void askForEntries(const StringMap &map, Chunk *pChunk, bool bInsert) {
+// Asks for the entries that the searches come to first, where they do not lie in the line asked for already.
+void askForEntries(const StringMap &map, Chunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        Entry *pLikely = nullptr;
-        if (pChunk->ppKeys[k] != nullptr) {
-            pLikely = likelyEntry(map.table, pChunk->aHashes[k]);
-            __builtin_prefetch(pLikely == nullptr && bInsert ? likelyPlace(map.table, pChunk->aHashes[k]) : pLikely);
-        }
-        pChunk->apEntries[k] = pLikely;
+        pChunk->apEntries[k] = pChunk->ppKeys[k] != nullptr ? likelyEntry(map.table, pChunk->aHashes[k]) : nullptr;
+        __builtin_prefetch(pChunk->apEntries[k]);
     }
 }
 
@@ -199,18 +193,17 @@ void askForTexts(const StringMap &map, Chunk *pChunk) {
 
 void findChunk(const StringMap &map, Chunk *pChunk, int32_t *pnValues) {
     startSearches(map, pChunk);
-    askForEntries(map, pChunk, false);
+    askForEntries(map, pChunk);
     askForTexts(map, pChunk);
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         pnValues[k] = pChunk->apEntries[k] != nullptr ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k]) : -1;
     }
 }
 
-// How many keys are done. Entries found before are of no use here: keys inserted meanwhile can have moved them, or have the same hash.
+// How many keys are done. A new key mostly gets its place in the line asked for, and only writes there, which nobody waits for; entries
+// found ahead would be of no use, as keys inserted meanwhile can move them or have the same hash.
 int32_t insertChunk(StringMap *pMap, Chunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
     startSearches(*pMap, pChunk);
-    askForEntries(*pMap, pChunk, true);
-    askForTexts(*pMap, pChunk);
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         const char *szKey = pChunk->ppKeys[k];
         if (szKey == nullptr) {
