@@ -85,8 +85,8 @@ inline uint32_t homeOf(const HashTable &table, KeyHash hash) {
     return static_cast<uint32_t>((uint64_t{hash.nHash} * table.nBuckets) >> 32);
 }
 
-inline uint16_t markOf(KeyHash hash) {
-    return static_cast<uint16_t>(1U << (hash.nTag % 16));
+inline uint32_t markOf(KeyHash hash) {
+    return hash.nTag % 16;
 }
 
 // The places of the cache line in which an entry of this hash lies best.
@@ -115,7 +115,7 @@ inline uint32_t bucketBehind(const HashTable &table, uint32_t iBucket) {
 }
 
 inline bool isMarked(const HashTable &table, uint32_t iBucket, KeyHash hash) {
-    return (table.pMarks[iBucket] & markOf(hash)) != 0;
+    return (table.pMarks[iBucket] >> markOf(hash) & 1) != 0;
 }
 
 // ---- All entries: places 0 to placesOf - 1 in the order of the buckets, taken or free ----
@@ -130,11 +130,14 @@ inline bool isTaken(const HashTable &table, uint64_t iPlace) {
 
 // ---- Searching ----
 
-// Asks for the memory that a search for this hash reads first and most likely next.
-inline void prefetchHome(const HashTable &table, KeyHash hash) {
-    const uint32_t iHome = homeOf(table, hash);
-    __builtin_prefetch(tagsOf(table, iHome));
-    __builtin_prefetch(entryAt(table, iHome, hash.nHash % 4 * 4));
+// Asks for the memory that a search for this hash reads first.
+inline void prefetchTags(const HashTable &table, KeyHash hash) {
+    __builtin_prefetch(tagsOf(table, homeOf(table, hash)));
+}
+
+// And for what it most likely reads next.
+inline void prefetchEntry(const HashTable &table, KeyHash hash) {
+    __builtin_prefetch(entryAt(table, homeOf(table, hash), hash.nHash % 4 * 4));
 }
 
 // The entry of a hash, NULL if there is none.
@@ -162,7 +165,7 @@ inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
     uint32_t iBucket = homeOf(*pTable, hash);
     uint32_t nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     while (nFree == 0) {
-        pTable->pMarks[iBucket] |= markOf(hash);
+        pTable->pMarks[iBucket] |= static_cast<uint16_t>(1U << markOf(hash));
         iBucket = bucketBehind(*pTable, iBucket);
         nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     }

@@ -115,14 +115,14 @@ bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nVal
 int32_t findKey(HostHashMap *pMap, const char *szKey) {
     const StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
-    prefetchHome(map.table, hash);
+    prefetchEntry(map.table, hash);
     return findHashed(map, szKey, hash);
 }
 
 int32_t insertKey(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting) {
     StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
-    prefetchHome(map.table, hash);
+    prefetchEntry(map.table, hash);
     int32_t nUnwanted = -1;
     return nValue >= 0 && insertHashed(&map, szKey, hash, nValue, pnExisting != nullptr ? pnExisting : &nUnwanted) ? 0 : 1;
 }
@@ -130,7 +130,7 @@ int32_t insertKey(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t 
 int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
     StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
-    prefetchHome(map.table, hash);
+    prefetchEntry(map.table, hash);
     Entry *pEntry = findEntry(map.table, hash);
     if (pEntry == nullptr) {
         return 1;
@@ -164,7 +164,8 @@ void startSearches(const StringMap &map, Chunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         if (pChunk->ppKeys[k] != nullptr) {
             pChunk->aHashes[k] = hashText(*map.pSecret, pChunk->ppKeys[k]);
-            prefetchHome(map.table, pChunk->aHashes[k]);
+            prefetchTags(map.table, pChunk->aHashes[k]);
+            prefetchEntry(map.table, pChunk->aHashes[k]);
         }
     }
 }
