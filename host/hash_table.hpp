@@ -5,7 +5,7 @@
 //     pEntries  | bucket 0: line 0 (4 entries) | line 1 | line 2 | line 3 | bucket 1: ...
 //     pTags     | bucket 0: 16 tags | bucket 1: ...         0: the place is free, else the tag of its entry's hash
 //     pMarks    | bucket 0: 16 bits | bucket 1: ...
-//     Entry       { szKey or pGroup: 8 bytes, nValue: 4, nHash: 4 }
+//     Entry       { szKey or pGroups: 8 bytes, nValue: 4, nHash: 4 }
 //
 // One hash tells everything that a search needs, so that all of it can be asked for at the same moment:
 //
@@ -51,7 +51,7 @@ constexpr int32_t kIsGroup = -1;  // in an entry, in place of a value
 struct Entry {
     union {
         const char *szKey;
-        KeyGroup *pGroup;  // of all keys with this hash, where there are several
+        KeyGroup *pGroups;  // of all keys with this hash, where there are several
     };
     int32_t nValue;
     uint32_t nHash;

@@ -1,7 +1,7 @@
 // The map: entries of the table, by hash; groups beside it for the keys that share one.
 //
 //     Entry { szKey,  nValue >= 0, nHash }    the only key of its hash
-//     Entry { pGroup, kIsGroup,    nHash } -> KeyGroup of two or more keys, equal ones as a rule
+//     Entry { pGroups, kIsGroup,   nHash } -> two or more keys, equal ones as a rule
 //
 // A text is read only to confirm that it is the one sought. Lists of keys are worked through in chunks, step by step, so that the waits for
 // memory of many keys overlap: each step asks for what the next one reads.
@@ -33,7 +33,7 @@ struct StringMap {
     HostHashMap host;  // first: callers hold its address
     const HashSecret *pSecret;
     HashTable table;
-    int64_t nGroups;
+    int64_t nGroups;  // entries that hold several keys
 };
 
 StringMap &stringMap(HostHashMap *pMap) {
@@ -45,7 +45,7 @@ StringMap &stringMap(HostHashMap *pMap) {
 // The lowest value under a key in the entry of its hash, -1 if there is none.
 int32_t valueIn(const Entry &entry, const char *szKey) {
     if (entry.nValue == kIsGroup) {
-        return lowestValue(*entry.pGroup, szKey);
+        return lowestValue(entry.pGroups, szKey);
     }
     return strcmp(entry.szKey, szKey) == 0 ? entry.nValue : -1;
 }
@@ -53,30 +53,30 @@ int32_t valueIn(const Entry &entry, const char *szKey) {
 // Adds a key to the entry of its hash. False without memory: nothing has changed. Not inlined: most keys have a hash of their own.
 [[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue) {
     if (pEntry->nValue == kIsGroup) {
-        return addKey(pEntry->pGroup, szKey, nValue);
+        return addKey(&pEntry->pGroups, szKey, nValue);
     }
-    KeyGroup *pGroup = createGroup();
-    if (pGroup == nullptr) {
+    KeyGroup *pGroups = nullptr;
+    if (!addKey(&pGroups, pEntry->szKey, pEntry->nValue)) {
         return false;
     }
-    if (!addKey(pGroup, pEntry->szKey, pEntry->nValue) || !addKey(pGroup, szKey, nValue)) {
-        destroyGroup(pGroup);
+    if (!addKey(&pGroups, szKey, nValue)) {
+        destroyGroups(pGroups);
         return false;
     }
-    pEntry->pGroup = pGroup;
+    pEntry->pGroups = pGroups;
     pEntry->nValue = kIsGroup;
     ++pMap->nGroups;
     return true;
 }
 
-// Takes a key out of a group, and the entry back from it once one key is left. False if no key is equal.
-bool removeFromGroup(StringMap *pMap, Entry *pEntry, const char *szKey) {
-    KeyGroup *pGroup = pEntry->pGroup;
-    if (!removeKey(pGroup, szKey)) {
+// Takes a key out of an entry that holds several, and the entry back from its group once one is left. False if no key is equal.
+bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
+    if (!removeKey(&pEntry->pGroups, szKey)) {
         return false;
     }
-    if (hasOneKey(*pGroup, &pEntry->szKey, &pEntry->nValue)) {
-        destroyGroup(pGroup);
+    KeyGroup *pGroups = pEntry->pGroups;
+    if (hasOneKey(pGroups, &pEntry->szKey, &pEntry->nValue)) {
+        destroyGroups(pGroups);
         --pMap->nGroups;
     }
     return true;
@@ -136,7 +136,7 @@ int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
         return 1;
     }
     if (pEntry->nValue == kIsGroup) {
-        if (!removeFromGroup(&map, pEntry, szKey)) {
+        if (!removeFromGroups(&map, pEntry, szKey)) {
             return 1;
         }
     } else {
@@ -222,7 +222,7 @@ void releaseMap(HostHashMap *pMap) {
     StringMap &map = stringMap(pMap);
     for (uint64_t i = 0; map.nGroups > 0 && i < placesOf(map.table); ++i) {
         if (isTaken(map.table, i) && map.table.pEntries[i].nValue == kIsGroup) {
-            destroyGroup(map.table.pEntries[i].pGroup);
+            destroyGroups(map.table.pEntries[i].pGroups);
             --map.nGroups;
         }
     }

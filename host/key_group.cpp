@@ -1,7 +1,17 @@
+// The keys of a group lie in a tree, ordered by address, which removals want; each node knows the lowest value below it, which lookups
+// want. The groups of a hash lie in another tree, ordered by text. Both are heaps of random priorities as well (treaps), which keeps them
+// balanced:
+//
+//                  m 9                        every node lies behind all nodes on its left and before all on its right,
+//                /     \                      and has no lower priority than those below it
+//             d 4       s 7
+//               \      /
+//               f 1   p 2
 #include "host/key_group.hpp"
 
 #include <string.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "host/host_memory.h"
@@ -12,176 +22,270 @@ namespace {
 
 constexpr uint64_t kSourceTag = 0x686f737468617368;  // "hosthash"
 
-enum Order { kByText, kByAddress, kOrders };
+enum Order { kByAddress, kByText };
 
-struct Member {
+struct Node {
     const char *szKey;
     int32_t nValue;
+    int32_t nLowest;  // of its own value and all below it
     uint32_t nPriority;
-    Member *apBefore[kOrders];  // in each order, what lies below it in the tree
-    Member *apBehind[kOrders];
+    Node *pBefore;
+    Node *pBehind;
 };
 
-// Negative, 0 or positive: szKey comes before the member's key, equals it as far as the order looks, comes behind it.
-int32_t compareKeys(Order order, const char *szKey, const Member &member) {
-    if (szKey == member.szKey) {
-        return 0;
-    }
+bool isBefore(Order order, const Node &one, const Node &other) {
     if (order == kByText) {
-        return strcmp(szKey, member.szKey);
+        return strcmp(one.szKey, other.szKey) < 0;
     }
-    return std::less<>()(szKey, member.szKey) ? -1 : 1;
-}
-
-// Of equal keys and values, which may come several times, the members' own addresses decide.
-bool isBefore(Order order, const Member &one, const Member &other) {
-    const int32_t nKeys = compareKeys(order, one.szKey, other);
-    if (nKeys != 0) {
-        return nKeys < 0;
+    if (one.szKey != other.szKey) {
+        return std::less<>()(one.szKey, other.szKey);
     }
+    // An address may come several times, even with one value: the nodes' own addresses decide then.
     return one.nValue != other.nValue ? one.nValue < other.nValue : std::less<>()(&one, &other);
 }
 
-// Priorities that have nothing to do with either order; where the memory lies is chance enough, mixed well.
-uint32_t priorityOf(const Member *pMember) {
-    uint64_t n = reinterpret_cast<uintptr_t>(pMember);
+// Priorities have nothing to do with any order; where the memory lies is chance enough, well mixed.
+Node makeNode(const void *pMemory, const char *szKey, int32_t nValue) {
+    uint64_t n = reinterpret_cast<uintptr_t>(pMemory);
     n = (n ^ (n >> 31)) * 0xbf58476d1ce4e5b9;
     n = (n ^ (n >> 27)) * 0x94d049bb133111eb;
-    return static_cast<uint32_t>(n >> 32);
+    return {szKey, nValue, nValue, static_cast<uint32_t>(n >> 32), nullptr, nullptr};
 }
 
-// Parts a tree into what comes before the new member and what comes behind it, and puts both below it.
-void splitBelow(Order order, Member *pTree, Member *pNew) {
-    Member **ppBefore = &pNew->apBefore[order];
-    Member **ppBehind = &pNew->apBehind[order];
-    while (pTree != nullptr) {
-        if (isBefore(order, *pTree, *pNew)) {
-            *ppBefore = pTree;
-            ppBefore = &pTree->apBehind[order];
-            pTree = *ppBefore;
-        } else {
-            *ppBehind = pTree;
-            ppBehind = &pTree->apBefore[order];
-            pTree = *ppBehind;
+void noteLowest(Node *pNode) {
+    pNode->nLowest = pNode->nValue;
+    for (const Node *pBelow : {pNode->pBefore, pNode->pBehind}) {
+        if (pBelow != nullptr) {
+            pNode->nLowest = std::min(pNode->nLowest, pBelow->nLowest);
         }
     }
-    *ppBefore = nullptr;
-    *ppBehind = nullptr;
 }
 
-// Puts the two trees below a member, the members of the one before those of the other, in its place.
-void joinInto(Order order, Member **ppPlace, Member *pBefore, Member *pBehind) {
-    while (pBefore != nullptr && pBehind != nullptr) {
-        if (pBefore->nPriority > pBehind->nPriority) {
-            *ppPlace = pBefore;
-            ppPlace = &pBefore->apBehind[order];
-            pBefore = *ppPlace;
-        } else {
-            *ppPlace = pBehind;
-            ppPlace = &pBehind->apBefore[order];
-            pBehind = *ppPlace;
+// Parts a tree into what comes before a node and what comes behind it.
+void split(Order order, Node *pTree, const Node &at, Node **ppBefore, Node **ppBehind) {
+    if (pTree == nullptr) {
+        *ppBefore = nullptr;
+        *ppBehind = nullptr;
+        return;
+    }
+    if (isBefore(order, *pTree, at)) {
+        split(order, pTree->pBehind, at, &pTree->pBehind, ppBehind);
+        *ppBefore = pTree;
+    } else {
+        split(order, pTree->pBefore, at, ppBefore, &pTree->pBefore);
+        *ppBehind = pTree;
+    }
+    noteLowest(pTree);
+}
+
+// One tree of two, all nodes of the one before those of the other.
+Node *join(Node *pBefore, Node *pBehind) {
+    if (pBefore == nullptr || pBehind == nullptr) {
+        return pBefore != nullptr ? pBefore : pBehind;
+    }
+    Node *pTop = pBefore->nPriority > pBehind->nPriority ? pBefore : pBehind;
+    if (pTop == pBefore) {
+        pTop->pBehind = join(pTop->pBehind, pBehind);
+    } else {
+        pTop->pBefore = join(pBefore, pTop->pBefore);
+    }
+    noteLowest(pTop);
+    return pTop;
+}
+
+void insertNode(Order order, Node **ppRoot, Node *pNew) {
+    while (*ppRoot != nullptr && (*ppRoot)->nPriority > pNew->nPriority) {
+        Node *pAbove = *ppRoot;
+        pAbove->nLowest = std::min(pAbove->nLowest, pNew->nValue);
+        ppRoot = isBefore(order, *pNew, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind;
+    }
+    split(order, *ppRoot, *pNew, &pNew->pBefore, &pNew->pBehind);
+    noteLowest(pNew);
+    *ppRoot = pNew;
+}
+
+// insertNode for a node behind all others, which need not be compared then.
+void appendNode(Node **ppRoot, Node *pNew) {
+    while (*ppRoot != nullptr && (*ppRoot)->nPriority > pNew->nPriority) {
+        (*ppRoot)->nLowest = std::min((*ppRoot)->nLowest, pNew->nValue);
+        ppRoot = &(*ppRoot)->pBehind;
+    }
+    pNew->pBefore = *ppRoot;
+    noteLowest(pNew);
+    *ppRoot = pNew;
+}
+
+void removeNode(Order order, Node **ppRoot, const Node *pOld) {
+    if (*ppRoot == pOld) {
+        *ppRoot = join(pOld->pBefore, pOld->pBehind);
+        return;
+    }
+    Node *pAbove = *ppRoot;
+    removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind, pOld);
+    if (pAbove->nLowest == pOld->nValue) {
+        noteLowest(pAbove);
+    }
+}
+
+void *allocNode(uint64_t nBytes) {
+    return HostMem_Alloc(nBytes, kSourceTag, __LINE__);
+}
+
+void freeNode(void *pNode) {
+    HostMem_Free(pNode, kSourceTag, __LINE__);
+}
+
+}  // namespace
+
+struct KeyGroup {
+    Node inTexts;  // first; its key is one of the group's
+    Node *pKeys;
+    Node *pLast;  // keys mostly come in the order of their addresses, so that the end is tried first
+};
+
+namespace {
+
+KeyGroup *groupOf(Node *pInTexts) {
+    return reinterpret_cast<KeyGroup *>(pInTexts);
+}
+
+void addToGroup(KeyGroup *pGroup, Node *pNew) {
+    if (pGroup->pKeys == nullptr || isBefore(kByAddress, *pGroup->pLast, *pNew)) {
+        appendNode(&pGroup->pKeys, pNew);
+        pGroup->pLast = pNew;
+    } else {
+        insertNode(kByAddress, &pGroup->pKeys, pNew);
+    }
+}
+
+void removeFromGroup(KeyGroup *pGroup, Node *pOld) {
+    removeNode(kByAddress, &pGroup->pKeys, pOld);
+    if (pGroup->pLast == pOld && pGroup->pKeys != nullptr) {
+        for (pGroup->pLast = pGroup->pKeys; pGroup->pLast->pBehind != nullptr;) {
+            pGroup->pLast = pGroup->pLast->pBehind;
         }
     }
-    *ppPlace = pBefore != nullptr ? pBefore : pBehind;
 }
 
-void link(Order order, Member **ppPlace, Member *pNew) {
-    while (*ppPlace != nullptr && (*ppPlace)->nPriority > pNew->nPriority) {
-        ppPlace = isBefore(order, *pNew, **ppPlace) ? &(*ppPlace)->apBefore[order] : &(*ppPlace)->apBehind[order];
-    }
-    splitBelow(order, *ppPlace, pNew);
-    *ppPlace = pNew;
-}
-
-void unlink(Order order, Member **ppPlace, const Member *pOld) {
-    while (*ppPlace != pOld) {
-        ppPlace = isBefore(order, *pOld, **ppPlace) ? &(*ppPlace)->apBefore[order] : &(*ppPlace)->apBehind[order];
-    }
-    joinInto(order, ppPlace, pOld->apBefore[order], pOld->apBehind[order]);
-}
-
-// The first member whose key is szKey as far as the order looks, the one of the lowest value; NULL if there is none.
-Member *findFirst(Order order, Member *pTree, const char *szKey) {
-    Member *pFound = nullptr;
-    while (pTree != nullptr) {
-        const int32_t nKeys = compareKeys(order, szKey, *pTree);
-        pFound = nKeys == 0 ? pTree : pFound;
-        pTree = nKeys > 0 ? pTree->apBehind[order] : pTree->apBefore[order];
+// The key of this address with the lowest value, NULL if there is none.
+Node *findAddress(const KeyGroup &group, const char *szKey) {
+    Node *pFound = nullptr;
+    for (Node *pNode = group.pKeys; pNode != nullptr;) {
+        if (std::less<>()(pNode->szKey, szKey)) {
+            pNode = pNode->pBehind;
+        } else {
+            pFound = pNode->szKey == szKey ? pNode : pFound;
+            pNode = pNode->pBefore;
+        }
     }
     return pFound;
 }
 
-void freeMember(Member *pMember) {
-    HostMem_Free(pMember, kSourceTag, __LINE__);
+Node *findLowest(const KeyGroup &group) {
+    Node *pNode = group.pKeys;
+    while (pNode->nValue != pNode->nLowest) {
+        Node *pBefore = pNode->pBefore;
+        pNode = pBefore != nullptr && pBefore->nLowest == pNode->nLowest ? pBefore : pNode->pBehind;
+    }
+    return pNode;
 }
 
-void freeTree(Member *pTree) {
+// ---- The groups of a hash ----
+
+KeyGroup *findGroup(KeyGroup *pGroups, const char *szKey) {
+    Node *pNode = &pGroups->inTexts;
+    while (pNode != nullptr) {
+        const int nOrder = strcmp(szKey, pNode->szKey);
+        if (nOrder == 0) {
+            return groupOf(pNode);
+        }
+        pNode = nOrder < 0 ? pNode->pBefore : pNode->pBehind;
+    }
+    return nullptr;
+}
+
+// A group without keys for a text. NULL without memory: nothing has changed.
+KeyGroup *addGroup(KeyGroup **ppGroups, const char *szKey) {
+    KeyGroup *pGroup = static_cast<KeyGroup *>(allocNode(sizeof(KeyGroup)));
+    if (pGroup != nullptr) {
+        *pGroup = {makeNode(pGroup, szKey, 0), nullptr, nullptr};
+        Node *pRoot = *ppGroups != nullptr ? &(*ppGroups)->inTexts : nullptr;
+        insertNode(kByText, &pRoot, &pGroup->inTexts);
+        *ppGroups = groupOf(pRoot);
+    }
+    return pGroup;
+}
+
+void removeGroup(KeyGroup **ppGroups, KeyGroup *pGroup) {
+    Node *pRoot = &(*ppGroups)->inTexts;
+    removeNode(kByText, &pRoot, &pGroup->inTexts);
+    *ppGroups = groupOf(pRoot);
+    freeNode(pGroup);
+}
+
+void freeTree(Order order, Node *pTree) {
     while (pTree != nullptr) {
-        Member *pBehind = pTree->apBehind[kByAddress];
-        freeTree(pTree->apBefore[kByAddress]);
-        freeMember(pTree);
+        Node *pBehind = pTree->pBehind;
+        freeTree(order, pTree->pBefore);
+        if (order == kByText) {
+            freeTree(kByAddress, groupOf(pTree)->pKeys);
+        }
+        freeNode(pTree);
         pTree = pBehind;
     }
 }
 
 }  // namespace
 
-struct KeyGroup {
-    Member *apTrees[kOrders];
-};
+void destroyGroups(KeyGroup *pGroups) {
+    freeTree(kByText, &pGroups->inTexts);
+}
 
-KeyGroup *createGroup() {
-    KeyGroup *pGroup = static_cast<KeyGroup *>(HostMem_Alloc(sizeof(KeyGroup), kSourceTag, __LINE__));
-    if (pGroup != nullptr) {
-        *pGroup = {{nullptr, nullptr}};
+bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue) {
+    Node *pNew = static_cast<Node *>(allocNode(sizeof(Node)));
+    KeyGroup *pGroup = *ppGroups != nullptr ? findGroup(*ppGroups, szKey) : nullptr;
+    if (pNew != nullptr && pGroup == nullptr) {
+        pGroup = addGroup(ppGroups, szKey);
     }
-    return pGroup;
-}
-
-void destroyGroup(KeyGroup *pGroup) {
-    freeTree(pGroup->apTrees[kByAddress]);
-    HostMem_Free(pGroup, kSourceTag, __LINE__);
-}
-
-bool addKey(KeyGroup *pGroup, const char *szKey, int32_t nValue) {
-    Member *pNew = static_cast<Member *>(HostMem_Alloc(sizeof(Member), kSourceTag, __LINE__));
-    if (pNew == nullptr) {
+    if (pNew == nullptr || pGroup == nullptr) {
+        freeNode(pNew);
         return false;
     }
-    *pNew = {szKey, nValue, priorityOf(pNew), {nullptr, nullptr}, {nullptr, nullptr}};
-    for (const Order order : {kByText, kByAddress}) {
-        link(order, &pGroup->apTrees[order], pNew);
+    *pNew = makeNode(pNew, szKey, nValue);
+    addToGroup(pGroup, pNew);
+    return true;
+}
+
+int32_t lowestValue(KeyGroup *pGroups, const char *szKey) {
+    const KeyGroup *pGroup = findGroup(pGroups, szKey);
+    return pGroup != nullptr ? pGroup->pKeys->nLowest : -1;
+}
+
+bool removeKey(KeyGroup **ppGroups, const char *szKey) {
+    KeyGroup *pGroup = findGroup(*ppGroups, szKey);
+    if (pGroup == nullptr) {
+        return false;
+    }
+    Node *pOld = findAddress(*pGroup, szKey);
+    pOld = pOld != nullptr ? pOld : findLowest(*pGroup);
+    removeFromGroup(pGroup, pOld);
+    freeNode(pOld);
+    if (pGroup->pKeys != nullptr) {
+        pGroup->inTexts.szKey = pGroup->pKeys->szKey;
+    } else {
+        removeGroup(ppGroups, pGroup);
     }
     return true;
 }
 
-int32_t lowestValue(const KeyGroup &group, const char *szKey) {
-    const Member *pFound = findFirst(kByText, group.apTrees[kByText], szKey);
-    return pFound != nullptr ? pFound->nValue : -1;
-}
-
-bool removeKey(KeyGroup *pGroup, const char *szKey) {
-    Member *pOld = findFirst(kByAddress, pGroup->apTrees[kByAddress], szKey);
-    if (pOld == nullptr) {
-        pOld = findFirst(kByText, pGroup->apTrees[kByText], szKey);
-    }
-    if (pOld == nullptr) {
+bool hasOneKey(const KeyGroup *pGroups, const char **pszKey, int32_t *pnValue) {
+    const Node &root = pGroups->inTexts;
+    const Node &key = *pGroups->pKeys;
+    if (root.pBefore != nullptr || root.pBehind != nullptr || key.pBefore != nullptr || key.pBehind != nullptr) {
         return false;
     }
-    for (const Order order : {kByText, kByAddress}) {
-        unlink(order, &pGroup->apTrees[order], pOld);
-    }
-    freeMember(pOld);
-    return true;
-}
-
-bool hasOneKey(const KeyGroup &group, const char **pszKey, int32_t *pnValue) {
-    const Member *pMember = group.apTrees[kByText];
-    if (pMember->apBefore[kByText] != nullptr || pMember->apBehind[kByText] != nullptr) {
-        return false;
-    }
-    *pszKey = pMember->szKey;
-    *pnValue = pMember->nValue;
+    *pszKey = key.szKey;
+    *pnValue = key.nValue;
     return true;
 }
 

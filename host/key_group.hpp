@@ -1,8 +1,7 @@
-// The keys of one hash, where the map holds several: equal ones as a rule, and what few others the hash does not tell apart. No operation's
-// cost grows in proportion to their number, and none takes memory but the adding.
+// The keys of one hash, where the map holds several: equal ones as a rule, and others that the hash does not tell apart. No operation's
+// cost grows in proportion to the number of keys, and only adding takes memory.
 //
-// Members are kept in two orders, by text and then value, which lookups want, and by address and then value, which removals want. Each
-// order is a search tree that is also a heap of random priorities (a treap), which keeps it balanced.
+// A group holds the keys of one text; the groups of one hash are known by the one that is the root of their tree, NULL for none.
 #ifndef HOST_KEY_GROUP_HPP
 #define HOST_KEY_GROUP_HPP
 
@@ -12,24 +11,21 @@ namespace host {
 
 struct KeyGroup;
 
-// An empty group, NULL without memory.
-KeyGroup *createGroup();
-
 // Does not touch the texts of the keys.
-void destroyGroup(KeyGroup *pGroup);
+void destroyGroups(KeyGroup *pGroups);
 
 // False without memory: nothing has changed.
-bool addKey(KeyGroup *pGroup, const char *szKey, int32_t nValue);
+bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue);
 
 // The lowest value under a text, -1 if there is none.
-int32_t lowestValue(const KeyGroup &group, const char *szKey);
+int32_t lowestValue(KeyGroup *pGroups, const char *szKey);
 
 // Takes out the key of this very address, of several such that of the lowest value, else that of the lowest value under an equal text.
 // False if no text is equal.
-bool removeKey(KeyGroup *pGroup, const char *szKey);
+bool removeKey(KeyGroup **ppGroups, const char *szKey);
 
 // True when one key is left: it and its value.
-bool hasOneKey(const KeyGroup &group, const char **pszKey, int32_t *pnValue);
+bool hasOneKey(const KeyGroup *pGroups, const char **pszKey, int32_t *pnValue);
 
 }  // namespace host
 

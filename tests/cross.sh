@@ -12,7 +12,7 @@ build=$(cd "$build" && pwd)
 
 # /usr/include as a whole holds this machine's C library, so what the target may see of it is linked into a folder of its own.
 mkdir -p "$build/sysroot/include" "$build/sysroot/share"
-for header in boost xxhash.h CLI nlohmann; do
+for header in xxhash.h CLI nlohmann; do
     ln -sfn "/usr/include/$header" "$build/sysroot/include/$header"
 done
 cat >"$build/toolchain.cmake" <<END
