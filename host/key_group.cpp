@@ -116,14 +116,14 @@ void appendNode(Node **ppRoot, Node *pNew) {
 }
 
 void removeNode(Order order, Node **ppRoot, const Node *pOld) {
-    if (*ppRoot == pOld) {
-        *ppRoot = join(pOld->pBefore, pOld->pBehind);
-        return;
-    }
     Node *pAbove = *ppRoot;
-    removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind, pOld);
-    if (pAbove->nLowest == pOld->nValue) {
-        noteLowest(pAbove);
+    if (pAbove == pOld) {
+        *ppRoot = join(pOld->pBefore, pOld->pBehind);
+    } else if (pAbove != nullptr) {
+        removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind, pOld);
+        if (pAbove->nLowest == pOld->nValue) {
+            noteLowest(pAbove);
+        }
     }
 }
 
@@ -182,10 +182,11 @@ Node *findAddress(const KeyGroup &group, const char *szKey) {
 }
 
 Node *findLowest(const KeyGroup &group) {
+    const int32_t nLowest = group.pKeys->nLowest;
     Node *pNode = group.pKeys;
-    while (pNode->nValue != pNode->nLowest) {
+    while (pNode != nullptr && pNode->nValue != nLowest) {
         Node *pBefore = pNode->pBefore;
-        pNode = pBefore != nullptr && pBefore->nLowest == pNode->nLowest ? pBefore : pNode->pBehind;
+        pNode = pBefore != nullptr && pBefore->nLowest == nLowest ? pBefore : pNode->pBehind;
     }
     return pNode;
 }
