@@ -1,8 +1,5 @@
 #include "host/host_hash_map.h"
 
-#include <sys/mman.h>
-#include <sys/random.h>
-
 #include <boost/intrusive/set.hpp>
 #include <boost/unordered/unordered_flat_set.hpp>
 #include <chrono>
@@ -15,6 +12,7 @@
 #include <xxhash.h>
 
 #include "host/host_memory.h"
+#include "host/platform.hpp"
 
 // One open-addressing table holds an entry for each different text. The entry keeps 32 bits of the text's hash, so that growing hashes no
 // text again and a text is read only to confirm that it is the one sought. From the second equal key on the entry refers to a group, whose
@@ -38,18 +36,6 @@ constexpr int32_t kIsGroup = -1;                         // in an entry, in plac
 
 // ---- Memory ----
 
-// Lookups hit the pages of a huge table at random; with large pages the processor keeps the addresses of all of them at hand.
-void adviseLargePages(void *pMemory, uint64_t nBytes) {
-#ifdef MADV_HUGEPAGE
-    constexpr uint64_t kPage = 4096;
-    const uint64_t nSkipped = (kPage - reinterpret_cast<uintptr_t>(pMemory) % kPage) % kPage;
-    // Only advice: there is nothing to do when the system does not take it.
-    (void)::madvise(static_cast<char *>(pMemory) + nSkipped, (nBytes - nSkipped) / kPage * kPage, MADV_HUGEPAGE);
-#else
-    (void)pMemory, (void)nBytes;
-#endif
-}
-
 // Brings the table's memory from the host's service.
 template <typename T>
 struct HostAllocator {
@@ -61,7 +47,8 @@ struct HostAllocator {
         if (nCount > std::numeric_limits<size_t>::max() / sizeof(T)) throw std::bad_alloc();
         void *pMemory = HostMem_Alloc(nCount * sizeof(T), kSourceTag, __LINE__);
         if (pMemory == nullptr) throw std::bad_alloc();
-        if (nCount * sizeof(T) >= kLargePagesFrom) adviseLargePages(pMemory, nCount * sizeof(T));
+        // Lookups hit the pages of a huge table at random; with large pages the processor keeps the addresses of all of them at hand.
+        if (nCount * sizeof(T) >= kLargePagesFrom) host::adviseLargePages(pMemory, nCount * sizeof(T));
         return static_cast<T *>(pMemory);
     }
     void deallocate(T *pMemory, size_t /*nCount*/) { HostMem_Free(pMemory, kSourceTag, __LINE__); }
@@ -77,7 +64,7 @@ struct HashSecret {
 // The time and an address have to do on a system that has no random bytes to give yet.
 HashSecret drawSecret() {
     HashSecret secret;
-    if (::getrandom(secret.bytes, sizeof secret.bytes, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof secret.bytes)) {
+    if (!host::randomBytes(secret.bytes, sizeof secret.bytes)) {
         const auto nTime = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
         XXH3_generateSecret_fromSeed(secret.bytes, nTime ^ reinterpret_cast<uintptr_t>(&secret));
     }
