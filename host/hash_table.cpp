@@ -1,35 +1,21 @@
 #include "host/hash_table.hpp"
 
 #include <string.h>
-#include <sys/mman.h>
-
-#include <algorithm>
 
 #include "host/host_memory.h"
+#include "host/platform.hpp"
 
 namespace host {
 
 namespace {
 
-constexpr uint64_t kSourceTag = 0x686f737468617368;      // "hosthash"
+constexpr uint64_t kSourceTag = 0x686f737468617368;    // "hosthash"
 constexpr uint64_t kLargePagesFrom = 8 * 1024 * 1024;  // bytes of a table; smaller ones have few large pages to gain
 constexpr uint64_t kCacheLine = 64;
 constexpr uint64_t kBucketBytes = kBucketEntries * (sizeof(Entry) + sizeof(uint8_t)) + sizeof(uint16_t);
 constexpr int64_t kRoomOfBucket = 14;  // entries for each bucket when the table grows; 16 would make searches long
 constexpr int64_t kMaxBuckets = UINT32_MAX;
 static_assert(sizeof(Entry) * 4 == kCacheLine);
-
-// Lookups hit the pages of a huge table at random; with large pages the processor keeps the addresses of all of them at hand.
-void adviseLargePages(void *pMemory, uint64_t nBytes) {
-#ifdef MADV_HUGEPAGE
-    constexpr uint64_t kPage = 4096;
-    const uint64_t nSkipped = (kPage - reinterpret_cast<uintptr_t>(pMemory) % kPage) % kPage;
-    // Only advice: there is nothing to do when the system does not take it.
-    (void)::madvise(static_cast<char *>(pMemory) + nSkipped, (nBytes - nSkipped) / kPage * kPage, MADV_HUGEPAGE);
-#else
-    (void)pMemory, (void)nBytes;
-#endif
-}
 
 // A table of free places. False without memory.
 bool makeTable(HashTable *pTable, int64_t nBuckets) {
@@ -41,7 +27,7 @@ bool makeTable(HashTable *pTable, int64_t nBuckets) {
     if (pMemory == nullptr) {
         return false;
     }
-    if (nBytes >= kLargePagesFrom) {
+    if (nBytes >= kLargePagesFrom) {  // searches hit all of its pages at random, whose addresses the processor can then keep at hand
         adviseLargePages(pMemory, nBytes);
     }
     const uint64_t nSkipped = (kCacheLine - reinterpret_cast<uintptr_t>(pMemory) % kCacheLine) % kCacheLine;

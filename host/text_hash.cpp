@@ -1,8 +1,8 @@
 #include "host/text_hash.hpp"
 
-#include <sys/random.h>
-
 #include <chrono>
+
+#include "host/platform.hpp"
 
 namespace host {
 
@@ -11,7 +11,7 @@ namespace {
 // The time and an address have to do on a system that has no random bytes to give yet.
 HashSecret drawSecret() {
     HashSecret secret;
-    if (::getrandom(secret.bytes, sizeof secret.bytes, GRND_NONBLOCK) != static_cast<ssize_t>(sizeof secret.bytes)) {
+    if (!randomBytes(secret.bytes, sizeof secret.bytes)) {
         const auto nTime = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
         XXH3_generateSecret_fromSeed(secret.bytes, nTime ^ reinterpret_cast<uintptr_t>(&secret));
     }
