@@ -36,7 +36,13 @@ bool isWhiteSpace(char c) {
     return isspace(static_cast<unsigned char>(c)) != 0;
 }
 
-bool isUsableInPlace(const char *pName, int32_t nLength) {
+/* A name ends at its first NUL; behind that it has nothing to compare. */
+int32_t lengthToNul(const char *pName, int32_t nLength) {
+    return static_cast<int32_t>(strnlen(pName, static_cast<size_t>(nLength)));
+}
+
+bool isUsableInPlace(const char *pName, int32_t nGiven) {
+    const int32_t nLength = lengthToNul(pName, nGiven);
     return (nLength == 0 || !isWhiteSpace(pName[nLength - 1])) && pName[nLength] == 0;
 }
 
@@ -67,8 +73,9 @@ char *allocTexts(const CheckedNames &given) {
 }
 
 /* Copies a name's text without trailing white space to *ppTexts and steps over it. */
-const char *copyPrepared(const char *pName, int32_t nLength, char **ppTexts) {
+const char *copyPrepared(const char *pName, int32_t nGiven, char **ppTexts) {
     char *pText = *ppTexts;
+    int32_t nLength = lengthToNul(pName, nGiven);
     while (nLength > 0 && isWhiteSpace(pName[nLength - 1])) {
         --nLength;
     }

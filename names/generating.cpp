@@ -321,7 +321,9 @@ int32_t NamesManager_GenerateNames(NamesManager *mgr, int32_t count) {
     return mgr->nNames < count ? NamesManager_GenerateNamesUpTo(mgr, count - 1) : 0;
 }
 
+/* The text may lie in the field itself. */
 void NamesManager_SetFirstGeneratedName(NamesManager *mgr, const char *szName) {
-    memset(mgr->szFirstGeneratedName, 0, sizeof mgr->szFirstGeneratedName);
-    memcpy(mgr->szFirstGeneratedName, szName, strnlen(szName, sizeof mgr->szFirstGeneratedName - 1));
+    const size_t nLength = strnlen(szName, sizeof mgr->szFirstGeneratedName - 1);
+    memmove(mgr->szFirstGeneratedName, szName, nLength);
+    memset(mgr->szFirstGeneratedName + nLength, 0, sizeof mgr->szFirstGeneratedName - nLength);
 }

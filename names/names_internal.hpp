@@ -9,9 +9,10 @@
 #include "host/host_memory.h"
 #include "names/names_manager.h"
 
-/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Fills a gap before the range with default names,
- * replaces what exists, appends the rest. 0, or 1: what was stored before the failure stays. One name may lie in mgr itself, several may
- * not. */
+/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Callers have trimmed the names: none may end in a
+ * blank, which no lookup would find (a debug build asserts it). Fills a gap before the range with default names, replaces what exists,
+ * appends the rest. 0, or 1: what was stored before the failure stays. A name given alone may lie in mgr itself; of several that replace
+ * others, none may. */
 int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
                                 const int32_t *lengths);
 
@@ -134,7 +135,10 @@ inline void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nByt
 
 /* Table growth. False without memory: nothing has changed. New records are zeroed. */
 bool growSegmentTable(NamesManager *mgr);
+bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc);
 bool growPositionTable(NamesManager *mgr, int32_t nPositions);
+
+void freeSegmentTable(NamesManager *mgr); /* leaves NULL, 0 and 0 */
 
 /* Replaces the segment records iBegin to iEnd-1 by the nRecords given, with one move of those behind. The table must have the room. */
 void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords, int32_t nRecords);
@@ -268,6 +272,11 @@ int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, 
 
 /* Enters nNames names that lie back to back at pText, the first one at index iFirst. Does nothing without an index, drops it on failure. */
 void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames, int32_t iFirst);
+
+/* ---- Audit: audit.cpp ---- */
+
+/* NamesManager_AssertConsistency; the number of its reports. */
+int32_t countViolations(const NamesManager *mgr);
 
 }  // namespace names
 

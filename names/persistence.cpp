@@ -353,7 +353,7 @@ bool readCursor(Reader *pReader, NamesManager *pRecord) {
 /* A cursor that is set points exactly at its name; its companions are stale, and free, while it is not. */
 bool isSoundCursor(NamesManager *pRecord) {
     const int32_t iName = pRecord->iCursorName;
-    if (pRecord->nCursorMisses < 0 || pRecord->nCursorMisses == INT32_MAX || iName < -1) {
+    if (pRecord->nCursorMisses < 0 || iName < -1) {
         return false;
     }
     if (iName == -1) {

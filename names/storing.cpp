@@ -1,4 +1,5 @@
 /* Storing names: the public entries, the way from a range to its replaced and appended parts, and appending. */
+#include <assert.h>
 #include <string.h>
 
 #include <algorithm>
@@ -121,12 +122,27 @@ int32_t appendNames(NamesManager *mgr, GivenNames given, int32_t nNames) {
     return 0;
 }
 
+/* Lookups rely on it. */
+[[maybe_unused]] bool areTrimmed(const GivenNames &given, int32_t nNames) {
+    const char *pName = given.pText;
+    for (int32_t k = 0; k < nNames; ++k) {
+        pName = given.names != nullptr ? given.names[k] : pName;
+        const int32_t nLength = given.lengths[k];
+        if (nLength > 0 && pName[nLength - 1] == ' ') {
+            return false;
+        }
+        pName += nLength + 1;
+    }
+    return true;
+}
+
 /* storeRange for one name. */
 int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
     const GivenNames given = {&pName, nullptr, &nLength};
     if (index != mgr->nNames || hasNoTables(mgr)) {
         return storeRange(mgr, {index, index}, given);
     }
+    assert(areTrimmed(given, 1));
     dropCursor(mgr);
     if (!makeRoomForPositions(mgr, 1)) {
         return 1;
@@ -184,6 +200,91 @@ int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char 
     return nStatus;
 }
 
+/* Memory around an address that lies in one block or in none. */
+struct Surroundings {
+    uintptr_t nBegin;
+    uintptr_t nEnd;
+    bool bInBlock;
+};
+
+uintptr_t addressOf(const char *p) {
+    return reinterpret_cast<uintptr_t>(p);
+}
+
+Surroundings surroundingsOf(const NamesManager *mgr, const char *pName) {
+    Surroundings found = {0, UINTPTR_MAX, false};
+    for (int32_t b = 0; b < mgr->nBlocks && !found.bInBlock; ++b) {
+        const uintptr_t nBegin = addressOf(mgr->pBlocks[b].pData);
+        const uintptr_t nEnd = nBegin + static_cast<uintptr_t>(mgr->pBlocks[b].nSize);
+        if (nEnd <= addressOf(pName)) {
+            found.nBegin = std::max(found.nBegin, nEnd);
+        } else if (nBegin > addressOf(pName)) {
+            found.nEnd = std::min(found.nEnd, nBegin);
+        } else {
+            found = {nBegin, nEnd, true};
+        }
+    }
+    return found;
+}
+
+/* *pLast: the surroundings of the name asked for before, mostly those of the next one, too. */
+bool liesInBlock(const NamesManager *mgr, const char *pName, Surroundings *pLast) {
+    if (addressOf(pName) < pLast->nBegin || addressOf(pName) >= pLast->nEnd) {
+        *pLast = surroundingsOf(mgr, pName);
+    }
+    return pLast->bInBlock;
+}
+
+/* Bytes, NULs included, of those of the names that lie in the manager itself. */
+uint64_t bytesOfOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames) {
+    uint64_t nBytes = 0;
+    Surroundings last = {0, 0, false};
+    for (int32_t k = 0; k < nNames; ++k) {
+        nBytes += liesInBlock(mgr, names[k], &last) ? strlen(names[k]) + 1 : 0;
+    }
+    return nBytes;
+}
+
+/* Of several names that replace others, those that lie in the manager itself would be overwritten by those stored before them: they are
+ * given as copies. *pppCopies: all names to be stored, for the caller to free; NULL where no copies are needed. False without memory. */
+bool copyOwnNames(const NamesManager *mgr, IndexRange range, const char *const *names, const char ***pppCopies) {
+    *pppCopies = nullptr;
+    const int32_t nNames = countOf(range);
+    const uint64_t nBytes = range.first < mgr->nNames ? bytesOfOwnNames(mgr, names, nNames) : 0;
+    if (nBytes == 0) {
+        return true;
+    }
+    const uint64_t nPointers = static_cast<uint64_t>(nNames) * sizeof(char *);
+    const char **ppCopies = static_cast<const char **>(HostMem_Alloc(nPointers + nBytes, kSourceTag, __LINE__));
+    if (ppCopies == nullptr) {
+        return false;
+    }
+    char *pText = reinterpret_cast<char *>(ppCopies + nNames);
+    Surroundings last = {0, 0, false};
+    for (int32_t k = 0; k < nNames; ++k) {
+        ppCopies[k] = names[k];
+        if (liesInBlock(mgr, names[k], &last)) {
+            const size_t nName = strlen(names[k]) + 1;
+            ppCopies[k] = static_cast<const char *>(memcpy(pText, names[k], nName));
+            pText += nName;
+        }
+    }
+    *pppCopies = ppCopies;
+    return true;
+}
+
+/* The names of a range one after the other, where there is no memory for their lengths. */
+int32_t storeOneByOne(NamesManager *mgr, IndexRange range, const char *const *names) {
+    for (int32_t i = range.first; i <= range.last; ++i) {
+        const int32_t nStatus = trimAndStoreOne(mgr, i, names[i - range.first]);
+        if (nStatus != 0) {
+            return nStatus;
+        }
+    }
+    releaseEmptyBlocks(mgr);
+    return 0;
+}
+
 }  // namespace
 
 int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
@@ -198,19 +299,16 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
     if (!toIndexRange(first, last, bOneBased, &range)) {
         return 1;
     }
+    const char **ppCopies = nullptr;
+    if (!copyOwnNames(mgr, range, names, &ppCopies)) {
+        return 1;
+    }
+    const char *const *ppNames = ppCopies != nullptr ? ppCopies : names;
     const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
     int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (lengths != nullptr) {
-        return storeAtOnce(mgr, range, names, lengths);
-    }
-    for (int32_t i = range.first; i <= range.last; ++i) {
-        const int32_t nStatus = trimAndStoreOne(mgr, i, names[i - range.first]);
-        if (nStatus != 0) {
-            return nStatus;
-        }
-    }
-    releaseEmptyBlocks(mgr);
-    return 0;
+    const int32_t nStatus = lengths != nullptr ? storeAtOnce(mgr, range, ppNames, lengths) : storeOneByOne(mgr, range, ppNames);
+    HostMem_Free(ppCopies, kSourceTag, __LINE__);
+    return nStatus;
 }
 
 int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
@@ -222,6 +320,7 @@ int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t 
 }
 
 int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given) {
+    assert(areTrimmed(given, countOf(range)));
     if (hasNoTables(mgr) || (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
         return 1;
     }
