@@ -200,10 +200,10 @@ int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char 
     return nStatus;
 }
 
-/* Memory around an address that lies in one block or in none. */
+/* Addresses from nBegin on that lie in one block, or in none. */
 struct Surroundings {
     uintptr_t nBegin;
-    uintptr_t nEnd;
+    uintptr_t nBytes;
     bool bInBlock;
 };
 
@@ -212,55 +212,48 @@ uintptr_t addressOf(const char *p) {
 }
 
 Surroundings surroundingsOf(const NamesManager *mgr, const char *pName) {
-    Surroundings found = {0, UINTPTR_MAX, false};
-    for (int32_t b = 0; b < mgr->nBlocks && !found.bInBlock; ++b) {
-        const uintptr_t nBegin = addressOf(mgr->pBlocks[b].pData);
-        const uintptr_t nEnd = nBegin + static_cast<uintptr_t>(mgr->pBlocks[b].nSize);
-        if (nEnd <= addressOf(pName)) {
-            found.nBegin = std::max(found.nBegin, nEnd);
-        } else if (nBegin > addressOf(pName)) {
-            found.nEnd = std::min(found.nEnd, nBegin);
+    uintptr_t nBegin = 0;
+    uintptr_t nEnd = UINTPTR_MAX;
+    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
+        const uintptr_t nBlock = addressOf(mgr->pBlocks[b].pData);
+        const uintptr_t nBlockEnd = nBlock + static_cast<uintptr_t>(mgr->pBlocks[b].nSize);
+        if (nBlockEnd <= addressOf(pName)) {
+            nBegin = std::max(nBegin, nBlockEnd);
+        } else if (nBlock > addressOf(pName)) {
+            nEnd = std::min(nEnd, nBlock);
         } else {
-            found = {nBegin, nEnd, true};
+            return {nBlock, nBlockEnd - nBlock, true};
         }
     }
-    return found;
+    return {nBegin, nEnd - nBegin, false};
 }
 
 /* *pLast: the surroundings of the name asked for before, mostly those of the next one, too. */
-bool liesInBlock(const NamesManager *mgr, const char *pName, Surroundings *pLast) {
-    if (addressOf(pName) < pLast->nBegin || addressOf(pName) >= pLast->nEnd) {
+inline bool liesInBlock(const NamesManager *mgr, const char *pName, Surroundings *pLast) {
+    if (addressOf(pName) - pLast->nBegin >= pLast->nBytes) {
         *pLast = surroundingsOf(mgr, pName);
     }
     return pLast->bInBlock;
 }
 
-/* Bytes, NULs included, of those of the names that lie in the manager itself. */
-uint64_t bytesOfOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames) {
-    uint64_t nBytes = 0;
+bool anyLiesInBlock(const NamesManager *mgr, const char *const *names, int32_t nNames) {
+    Surroundings last = {0, 0, false};
+    return std::any_of(names, names + nNames, [mgr, &last](const char *pName) { return liesInBlock(mgr, pName, &last); });
+}
+
+/* Where those of the names that lie in the manager itself are put for the time of a store: as many pointers, then their texts. NULL without
+ * memory. */
+const char **copyOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames) {
+    uint64_t nBytes = static_cast<uint64_t>(nNames) * sizeof(char *);
     Surroundings last = {0, 0, false};
     for (int32_t k = 0; k < nNames; ++k) {
         nBytes += liesInBlock(mgr, names[k], &last) ? strlen(names[k]) + 1 : 0;
     }
-    return nBytes;
-}
-
-/* Of several names that replace others, those that lie in the manager itself would be overwritten by those stored before them: they are
- * given as copies. *pppCopies: all names to be stored, for the caller to free; NULL where no copies are needed. False without memory. */
-bool copyOwnNames(const NamesManager *mgr, IndexRange range, const char *const *names, const char ***pppCopies) {
-    *pppCopies = nullptr;
-    const int32_t nNames = countOf(range);
-    const uint64_t nBytes = range.first < mgr->nNames ? bytesOfOwnNames(mgr, names, nNames) : 0;
-    if (nBytes == 0) {
-        return true;
-    }
-    const uint64_t nPointers = static_cast<uint64_t>(nNames) * sizeof(char *);
-    const char **ppCopies = static_cast<const char **>(HostMem_Alloc(nPointers + nBytes, kSourceTag, __LINE__));
+    const char **ppCopies = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
     if (ppCopies == nullptr) {
-        return false;
+        return nullptr;
     }
     char *pText = reinterpret_cast<char *>(ppCopies + nNames);
-    Surroundings last = {0, 0, false};
     for (int32_t k = 0; k < nNames; ++k) {
         ppCopies[k] = names[k];
         if (liesInBlock(mgr, names[k], &last)) {
@@ -269,12 +262,16 @@ bool copyOwnNames(const NamesManager *mgr, IndexRange range, const char *const *
             pText += nName;
         }
     }
-    *pppCopies = ppCopies;
-    return true;
+    return ppCopies;
 }
 
-/* The names of a range one after the other, where there is no memory for their lengths. */
-int32_t storeOneByOne(NamesManager *mgr, IndexRange range, const char *const *names) {
+/* The names of a range at once, or one after the other where there is no memory for their lengths. */
+int32_t storeSeveral(NamesManager *mgr, IndexRange range, const char *const *names) {
+    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
+    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (lengths != nullptr) {
+        return storeAtOnce(mgr, range, names, lengths);
+    }
     for (int32_t i = range.first; i <= range.last; ++i) {
         const int32_t nStatus = trimAndStoreOne(mgr, i, names[i - range.first]);
         if (nStatus != 0) {
@@ -299,14 +296,12 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
     if (!toIndexRange(first, last, bOneBased, &range)) {
         return 1;
     }
-    const char **ppCopies = nullptr;
-    if (!copyOwnNames(mgr, range, names, &ppCopies)) {
-        return 1;
+    /* Of names that replace others, those that lie in the manager itself would be overwritten by those stored before them. */
+    if (range.first >= mgr->nNames || !anyLiesInBlock(mgr, names, countOf(range))) {
+        return storeSeveral(mgr, range, names);
     }
-    const char *const *ppNames = ppCopies != nullptr ? ppCopies : names;
-    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
-    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    const int32_t nStatus = lengths != nullptr ? storeAtOnce(mgr, range, ppNames, lengths) : storeOneByOne(mgr, range, ppNames);
+    const char **ppCopies = copyOwnNames(mgr, names, countOf(range));
+    const int32_t nStatus = ppCopies != nullptr ? storeSeveral(mgr, range, ppCopies) : 1;
     HostMem_Free(ppCopies, kSourceTag, __LINE__);
     return nStatus;
 }
