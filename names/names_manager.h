@@ -28,6 +28,10 @@
 
 #include <stdint.h>
 
+#if UINTPTR_MAX < UINT64_MAX
+#error "names_manager is for 64-bit machines"
+#endif
+
 #include "host/host_hash_map.h"
 #include "host/host_lock.h"
 #include "host/host_stream.h"
