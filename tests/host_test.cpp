@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "host/host_hash_map.h"
-#include "host/host_memory.h"
 #include "host/host_stream.h"
 #include "host/host_text.h"
+#include "tests/counted_host/counted_memory.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <sys/resource.h>
 #endif
 
-#include "host/host_memory.h"
+#include "tests/counted_host/counted_memory.h"
 #include "tests/loaded_manager.hpp"
 
 namespace {
