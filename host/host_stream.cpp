@@ -24,13 +24,13 @@ void closeQuietly(int nDescriptor) {
 
 struct MemoryOutput {
     HostOutputStream stream;
-    ByteBuffer buffer;
+    host::ByteBuffer buffer;
 };
 
 int32_t writeToMemory(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
-    ByteBuffer &buffer = reinterpret_cast<MemoryOutput *>(pStream)->buffer;
+    host::ByteBuffer &buffer = reinterpret_cast<MemoryOutput *>(pStream)->buffer;
     if (nBytes == 0) return 0;
-    if (!growByteBuffer(buffer, nBytes)) return HostStreamError_Memory;
+    if (!host::growByteBuffer(buffer, nBytes)) return HostStreamError_Memory;
     std::memcpy(buffer.pBytes + buffer.nUsed, pData, nBytes);
     buffer.nUsed += nBytes;
     return 0;
@@ -110,7 +110,7 @@ HostOutputStream *HostOutputStream_CreateInMemory(void) {
 }
 
 const void *HostOutputStream_GetMemory(const HostOutputStream *pStream, uint64_t *pnBytes) {
-    const ByteBuffer &buffer = reinterpret_cast<const MemoryOutput *>(pStream)->buffer;
+    const host::ByteBuffer &buffer = reinterpret_cast<const MemoryOutput *>(pStream)->buffer;
     *pnBytes = buffer.nUsed;
     return buffer.pBytes == nullptr ? "" : buffer.pBytes;
 }
@@ -141,7 +141,7 @@ int32_t HostOutputStream_Close(HostOutputStream *pStream, int32_t bSync) {
     if (pStream == nullptr) return 0;
     if (pStream->pOps == &kFileOps) return closeOutput(reinterpret_cast<FileOutput *>(pStream), bSync != 0);
     auto *pMemory = reinterpret_cast<MemoryOutput *>(pStream);
-    freeByteBuffer(pMemory->buffer);
+    host::freeByteBuffer(pMemory->buffer);
     HostMem_Free(pMemory, kSourceTag, __LINE__);
     return 0;
 }

@@ -392,6 +392,10 @@ int32_t NamesManager_GetNumNames(NamesManager *mgr) {
     return mgr->nNames;
 }
 
+int32_t NamesManager_Version(void) {
+    return NAMES_MANAGER_VERSION;
+}
+
 int32_t NamesManager_Copy(NamesManager *dst, NamesManager *src) {
     if (dst == src) {
         return 1;

@@ -2,7 +2,8 @@
  *
  * Results. Unless a declaration says otherwise an operation returns 0 on success and 1 when memory ran out or an argument lies outside the
  * operation's contract (nothing is then changed). A failure of any kind leaves the manager valid: what was stored before it stays stored,
- * and caches that could not be kept are dropped. No operation ever throws.
+ * and caches that could not be kept are dropped. No operation ever throws. NamesManagerStatus names the results; NamesManager_Save and
+ * NamesManager_Load also pass on the codes of the host's streams.
  *
  * Indices. Signed 32-bit. A range (first, last) is inclusive. With bOneBased non-zero the caller's indices count from 1: 1 is subtracted
  * from each index given and added to each index reported; "not found" is -1 either way. An empty range, last == first - 1, is no error.
@@ -28,6 +29,10 @@
 
 #include <stdint.h>
 
+#if UINTPTR_MAX < UINT64_MAX
+#error "names_manager is for 64-bit machines"
+#endif
+
 #include "host/host_hash_map.h"
 #include "host/host_lock.h"
 #include "host/host_stream.h"
@@ -36,6 +41,21 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The version of this header. Versions compare as numbers: 0.1.0 is 1000, 2.3.4 is 2003004. */
+#define NAMES_MANAGER_VERSION_MAJOR 0
+#define NAMES_MANAGER_VERSION_MINOR 1
+#define NAMES_MANAGER_VERSION_PATCH 0
+#define NAMES_MANAGER_VERSION (NAMES_MANAGER_VERSION_MAJOR * 1000000 + NAMES_MANAGER_VERSION_MINOR * 1000 + NAMES_MANAGER_VERSION_PATCH)
+
+/* Results by name. */
+enum NamesManagerStatus {
+    NamesManagerStatus_OK = 0,
+    NamesManagerStatus_Failed = 1,   /* memory ran out, or an argument lies outside the operation's contract */
+    NamesManagerStatus_TooLong = 2,  /* a name of more than 1048575 bytes */
+    NamesManagerStatus_TooSmall = 3, /* the buffer given; the size it needs is told */
+    NamesManagerStatus_Refused = -1  /* by NamesManager_Load: memory ran out, or the image is not sound */
+};
 
 /* ---- Records --------------------------------------------------------------------------------------------------------------------------
  * Open to inspection; only the operations below may change them. docs/design.md draws how they hang together, and
@@ -115,6 +135,10 @@ int32_t NamesManager_Clear(NamesManager *mgr);
 
 /* The number of names held. */
 int32_t NamesManager_GetNumNames(NamesManager *mgr);
+
+/* NAMES_MANAGER_VERSION of the library that runs, which is the program's own unless the two were built apart. Never fails; takes no lock,
+ * may be called at any time. */
+int32_t NamesManager_Version(void);
 
 /* ---- Storing --------------------------------------------------------------------------------------------------------------------------
  * Indices below nNames are replaced, indices from nNames on appended; a gap before the range is filled with default names first. Everything

@@ -1,8 +1,8 @@
-// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything here is one C call, whose declaration tells
-// what it does, when it fails and which views it ends; indices count from 0. No exceptions; an operation that cannot answer says so.
+// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything here is one C call, whose declaration
+// tells what it does, when it fails and which views it ends; indices count from 0. No exceptions; an operation that cannot answer says so.
 //
-// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a NUL is refused (Status::failed) rather than
-// cut. Views and strings given many at a time are copied to NUL-terminated text for the time of the call.
+// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a NUL is refused (Status::failed) rather
+// than cut. Views and strings given many at a time are copied to NUL-terminated text for the time of the call.
 #ifndef NAMES_NAMES_MANAGER_HPP
 #define NAMES_NAMES_MANAGER_HPP
 
@@ -30,15 +30,15 @@
 
 namespace names_manager {
 
-enum class [[nodiscard]] Status : int32_t {
+enum class [[nodiscard]] Status : int32_t{
     ok = 0,
     failed = 1,   // memory ran out, or an argument lies outside the operation's contract
     tooLong = 2,  // a name of more than 1048575 bytes
     tooSmall = 3  // the buffer given
 };
 
-// Existing names of an index range in ascending order: a view with a size, of string views. An iterator reads ahead, many names per lock, so
-// nothing may change the manager while it is in use. Views last as those of Manager::name do.
+// Existing names of an index range in ascending order: a view with a size, of string views. An iterator reads ahead, many names per lock,
+// so nothing may change the manager while it is in use. Views last as those of Manager::name do.
 class NameRange {
 public:
     class Iterator {
@@ -232,13 +232,25 @@ public:
     int32_t load(const char *szPath) noexcept { return NamesManager_LoadFromFile(pManager_, szPath); }
 
 #ifdef __cpp_lib_span
-    Status add(int32_t first, std::span<const char *const> names) noexcept { return add(first, names.data(), names.size()); }
-    Status add(int32_t first, std::span<const std::string_view> names) noexcept { return add(first, names.data(), names.size()); }
-    Status add(int32_t first, std::span<const std::string> names) noexcept { return add(first, names.data(), names.size()); }
+    Status add(int32_t first, std::span<const char *const> names) noexcept {
+        return add(first, names.data(), names.size());
+    }
+    Status add(int32_t first, std::span<const std::string_view> names) noexcept {
+        return add(first, names.data(), names.size());
+    }
+    Status add(int32_t first, std::span<const std::string> names) noexcept {
+        return add(first, names.data(), names.size());
+    }
     // As many indices as names, else nothing is done (tooSmall).
-    Status find(std::span<const char *const> names, std::span<int32_t> indices) const noexcept { return findIn(names, indices); }
-    Status find(std::span<const std::string_view> names, std::span<int32_t> indices) const noexcept { return findIn(names, indices); }
-    Status find(std::span<const std::string> names, std::span<int32_t> indices) const noexcept { return findIn(names, indices); }
+    Status find(std::span<const char *const> names, std::span<int32_t> indices) const noexcept {
+        return findIn(names, indices);
+    }
+    Status find(std::span<const std::string_view> names, std::span<int32_t> indices) const noexcept {
+        return findIn(names, indices);
+    }
+    Status find(std::span<const std::string> names, std::span<int32_t> indices) const noexcept {
+        return findIn(names, indices);
+    }
     Status remove(std::span<const int32_t> indices) noexcept {
         return indices.size() <= INT32_MAX ? remove(indices.data(), static_cast<int32_t>(indices.size())) : Status::failed;
     }
@@ -250,12 +262,18 @@ private:
     };
     explicit Manager(Adopted adopted) noexcept : pManager_(adopted.mgr) {}
 
-    static const char *textOf(std::string_view name) noexcept { return name.data() != nullptr ? name.data() : ""; }
-    static int32_t lengthOf(std::string_view name) noexcept { return static_cast<int32_t>(name.size()); }
+    static const char *textOf(std::string_view name) noexcept {
+        return name.data() != nullptr ? name.data() : "";
+    }
+    static int32_t lengthOf(std::string_view name) noexcept {
+        return static_cast<int32_t>(name.size());
+    }
     static bool fits(int32_t first, std::size_t nNames) noexcept {
         return first >= 0 && nNames <= static_cast<std::size_t>(INT32_MAX - first);
     }
-    static int32_t lastOf(int32_t first, std::size_t nNames) noexcept { return first + (static_cast<int32_t>(nNames) - 1); }
+    static int32_t lastOf(int32_t first, std::size_t nNames) noexcept {
+        return first + (static_cast<int32_t>(nNames) - 1);
+    }
     // What storing NUL-terminated text would say.
     static Status check(std::string_view name) noexcept {
         constexpr std::size_t kLongest = 1048575;

@@ -6,8 +6,8 @@
 #include <random>
 #include <sstream>
 
-#include "host/host_memory.h"
 #include "host/host_report.h"
+#include "tests/counted_host/counted_memory.h"
 #include "tests/record_model.hpp"
 
 namespace histories {

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "host/host_memory.h"
 #include "host/host_stream.h"
 #include "host/host_text.h"
+#include "tests/counted_host/counted_memory.h"
 #include "tests/starve.hpp"
 
 namespace {

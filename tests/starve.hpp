@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/host_memory.h"
+#include "tests/counted_host/counted_memory.h"
 
 // Runs scenario with the first, then the second, then the n-th allocation failing, alone and with all later ones, until none fails any
 // more.

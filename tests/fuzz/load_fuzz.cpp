@@ -1,7 +1,7 @@
 // Loads any bytes, then does with what was accepted whatever can be done with a manager.
 #include <iostream>
 
-#include "host/host_memory.h"
+#include "tests/counted_host/counted_memory.h"
 #include "tests/fuzz/seeds.hpp"
 #include "tests/loaded_manager.hpp"
 
