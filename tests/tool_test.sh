@@ -45,6 +45,19 @@ expect 1 $'^-1\tno such word$' find --one-based words.names zygotes 'no such wor
 expect 0 $'^0\tA$' find words.names < <(printf 'zygotes\r\nA')
 expect 1 . find words.names <<<zygote-s
 
+# A few names are looked for in another way than very many, with the same answers, whatever is repeated on either side.
+for ((i = 0; i < 1500; ++i)); do echo "name $((i % 7 * i % 400))"; done >repeated.txt
+for ((i = 0; i < 1500; ++i)); do printf 'name %s%*s\n' $((i * 31 % 600)) $((i % 3)) ''; done >sought.txt
+expect 0 '^1500 names' import repeated.txt repeated.names
+mapfile -t sought <sought.txt
+for base in --null --one-based; do
+    tr '\n' "$([[ $base == --null ]] && printf '\\0' || printf '\\n')" <sought.txt | "$tool" find $base repeated.names >by_index
+    "$tool" find $base repeated.names "${sought[@]}" >by_walk
+    same by_index by_walk
+done
+must grep -q ^-1 by_walk
+must grep -qv ^-1 by_walk
+
 # Line ends, blanks, a byte order mark, and the names that a list of lines cannot hold.
 printf '\xef\xbb\xbfone\r\ntwo  \n\n four\rfour' >odd.txt
 expect 0 '^4 names, 20 bytes' import odd.txt odd.names

@@ -70,6 +70,43 @@ void writeList(NamesManager *mgr, Output &output, char cEnd) {
 
 // ---- find ----
 
+// To build the index of 2,000,000 names takes 0.8 s; to walk through them, 0.07 s for a few sought names and 0.13 s for 100,000 at once,
+// more than a command line holds. Standard input holds any number, so there the index pays from the first read on that brings very many
+// names, or after as many walks.
+constexpr size_t kNamesForIndex = 1000;
+constexpr int kWalksForIndex = 8;
+
+// The lowest index of each name, found the other way round: the names of the image are looked up among those sought. False where these
+// cannot be stored for that.
+bool findByWalk(NamesManager *mgr, const std::vector<const char *> &names, std::vector<int32_t> &indices) {
+    constexpr int32_t kTextUnchanged = -2;
+    const ManagerHandle sought = makeManager();
+    const auto nSought = static_cast<int32_t>(names.size());
+    std::vector<int32_t> alike(names.size());  // for each name the first one equal to it
+    if (NamesManager_AddNames(sought.get(), 0, nSought - 1, 0, names.data()) != 0) return false;
+    if (NamesManager_FindNameList(sought.get(), names.data(), nSought, 0, alike.data()) != 0) return false;
+
+    indices.assign(names.size(), -1);
+    int32_t nWanted = 0;
+    for (int32_t i = 0; i < nSought; ++i)
+        nWanted += alike[static_cast<size_t>(i)] == i ? 1 : 0;
+    std::vector<int32_t> matches;
+    bool bSearched = true;
+    visitNames(mgr, [&](int32_t first, int32_t count, const char *const *texts) {
+        matches.resize(static_cast<size_t>(count));
+        bSearched = NamesManager_FindNames(sought.get(), texts, count, kTextUnchanged, 0, matches.data()) == 0;
+        for (size_t i = 0; bSearched && i < matches.size(); ++i) {
+            if (matches[i] < 0 || indices[static_cast<size_t>(matches[i])] >= 0) continue;
+            indices[static_cast<size_t>(matches[i])] = first + static_cast<int32_t>(i);
+            --nWanted;
+        }
+        return bSearched && nWanted > 0;
+    });
+    for (size_t i = 0; i < indices.size(); ++i)
+        indices[i] = indices[static_cast<size_t>(alike[i])];
+    return bSearched;
+}
+
 void findByIndex(NamesManager *mgr, const std::vector<const char *> &names, std::vector<int32_t> &indices) {
     indices.resize(names.size());
     if (NamesManager_FindNameList(mgr, names.data(), static_cast<int32_t>(names.size()), 0, indices.data()) != 0) throw std::bad_alloc();
@@ -91,18 +128,20 @@ int64_t findGiven(NamesManager *mgr, const std::vector<std::string> &names, cons
     for (const std::string &name : names)
         texts.push_back(name.c_str());
     std::vector<int32_t> indices;
-    findByIndex(mgr, texts, indices);
+    if (!findByWalk(mgr, texts, indices)) findByIndex(mgr, texts, indices);
     Output output;
     return printIndices(output, texts, indices, options);
 }
 
 int64_t findListed(NamesManager *mgr, const FindOptions &options) {
     int64_t nMissing = 0;
+    int nWalks = 0;
     std::vector<int32_t> indices;
     Output output;
     ListReader reader("-", options.bNull, true);
     while (reader.next()) {
-        findByIndex(mgr, reader.names(), indices);
+        const bool bWalk = reader.names().size() < kNamesForIndex && nWalks++ < kWalksForIndex;
+        if (!bWalk || !findByWalk(mgr, reader.names(), indices)) findByIndex(mgr, reader.names(), indices);
         nMissing += printIndices(output, reader.names(), indices, options);
     }
     return nMissing;
