@@ -39,6 +39,7 @@ expect 0 'sound, 104334 names' check words.names
 expect 0 '"live": 985084' show --json words.names
 expect 0 '^  "names": 104334,$' show --json words.names
 expect 0 '^ +0 +4096 +4090 +0 +508 +#+\.$' show words.names
+expect 0 '^ +1-7 +917504 +917474 +0 +96990 +#+\.$' show words.names
 expect 0 $'^104333\tzygotes$' find words.names zygotes
 expect 0 $'^104334\tzygotes  $' find --one-based words.names 'zygotes  '
 expect 1 $'^-1\tno such word$' find --one-based words.names zygotes 'no such word'
@@ -168,10 +169,14 @@ if (ulimit -v 2000000; "$tool" --version) >/dev/null 2>&1; then # not under a sa
     (ulimit -v 2000000; expect 2 'huge.names: out of memory' check huge.names; exit "$failures") || failures=$((failures + 1))
 fi
 
-# The picture: well-formed, as small for very many blocks as for few, with every byte in its legend.
+# The picture: well-formed, as small for very many blocks as for few, with every byte in its legend; lines between segments in all rows or none.
 expect 0 '' show --svg words.svg words.names
 expect 0 'live text: 985,084 bytes' show --svg - words.names
 must grep -q 'block 8: 131,072 bytes; 6,836 names in' words.svg
+must test "$(grep -c 'class="seam" d=' words.svg)" = 9
+expect 0 '^40000 names' import - dense.names < <(yes a | head -n 40000)
+expect 0 '' show --svg dense.svg dense.names
+must test "$(grep -c '<g ' dense.svg) $(grep -c 'seam" d=\|White' dense.svg)" = '2 0'
 head -c 1000000 /dev/zero | tr '\0' n >name
 for ((i = 0; i < 100; ++i)); do cat name && echo " $i"; done | "$tool" import - many.names >summary
 expect 0 '' show --svg many.svg many.names

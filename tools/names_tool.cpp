@@ -87,8 +87,9 @@ void addFind(CLI::App &app, Request &request) {
 
 void addShow(CLI::App &app, Request &request) {
     CLI::App *pCommand = addCommand(app, "show", "Show what an image holds and how its blocks are filled",
-                                    "The picture has a row for each block, or for each few of them where they are many: live\n"
-                                    "text in the colour of its names' indices, dead and free bytes, and the totals.\n\n"
+                                    "Full blocks of one size that follow each other share a line. The picture has a row for each\n"
+                                    "block, or for each few of them where they are many: live text in the colour of its names'\n"
+                                    "indices, dead and free bytes, and the totals.\n\n"
                                     "Examples:\n"
                                     "  names_tool show words.names\n"
                                     "  names_tool show --json words.names | jq .text.dead\n"

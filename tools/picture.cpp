@@ -55,13 +55,14 @@ struct Row {
     int32_t iLast = 0;
     BlockFacts sum;
     std::array<Column, kColumns> columns{};
-    std::vector<double> seams;  // where runs begin, in columns; at most kMaxSeams + 1 are kept
+    std::vector<double> seams;  // where runs begin, in columns; no more than kMaxSeams are kept
 };
 
 struct Picture {
     std::vector<Row> rows;
     int64_t nBlocksPerRow = 1;
     std::vector<int64_t> starts;  // where each block begins in its row, in bytes
+    bool bSeams = true;           // whether seams are drawn: in every row, or in none where one has too many
 };
 
 Picture layOut(const Facts &facts) {
@@ -109,8 +110,10 @@ void fillRows(Picture &picture, NamesManager *mgr, const Facts &facts) {
                 column.iShade = iShade;
             }
         });
-        if (row.seams.size() <= kMaxSeams)
+        if (row.seams.size() < kMaxSeams)
             row.seams.push_back(static_cast<double>(begin) * kColumns / static_cast<double>(std::max<int64_t>(row.sum.size, 1)));
+        else
+            picture.bSeams = false;
     });
 }
 
@@ -183,7 +186,7 @@ std::map<std::string, std::string> rectanglesOf(const Row &row) {
     return paths;
 }
 
-void drawRow(Output &output, const Row &row, int top, int64_t nLargest) {
+void drawRow(Output &output, const Row &row, bool bSeams, int top, int64_t nLargest) {
     const BlockFacts &sum = row.sum;
     const std::string label = row.iFirst == row.iLast ? "block " + std::to_string(row.iFirst)
                                                       : "blocks " + std::to_string(row.iFirst) + "-" + std::to_string(row.iLast);
@@ -196,7 +199,7 @@ void drawRow(Output &output, const Row &row, int top, int64_t nLargest) {
     output.print("<rect width=\"%d\" height=\"%d\" fill=\"%s\"/>\n", kMapWidth, kRowHeight, kFree);
     for (const auto &[colour, path] : rectanglesOf(row))
         output.print("<path fill=\"%s\" d=\"%s\"/>\n", colour.c_str(), path.c_str());
-    if (row.seams.size() <= kMaxSeams) {
+    if (bSeams) {
         output.write("<path class=\"seam\" d=\"");
         for (const double seam : row.seams)
             output.print("M%.1f 0v%d", seam * kColumnWidth, kRowHeight);
@@ -215,7 +218,7 @@ void drawHead(Output &output, const NamesManager *mgr, const Facts &facts, const
                              grouped(facts.live + facts.dead + facts.free, "byte");
     std::string rows = picture.nBlocksPerRow == 1 ? "A row for each block" : "A row for each " + grouped(picture.nBlocksPerRow) + " blocks";
     rows += ", from its first byte to its last; the line below it compares their sizes.";
-    rows += facts.bPositions ? " White lines: where names begin." : " White lines: where segments begin.";
+    if (picture.bSeams) rows += facts.bPositions ? " White lines: where names begin." : " White lines: where segments begin.";
     output.print("<text x=\"24\" y=\"36\" class=\"t\">%s</text>\n", xmlText(image).c_str());
     output.print("<text x=\"24\" y=\"58\">%s</text>\n", text.c_str());
     output.print("<text x=\"24\" y=\"142\" class=\"s\">%s</text>\n", rows.c_str());
@@ -264,7 +267,7 @@ void drawPicture(Output &output, NamesManager *mgr, const Facts &facts, const st
         nLargest = std::max(nLargest, row.sum.size);
     int top = kRowsTop;
     for (const Row &row : picture.rows) {
-        drawRow(output, row, top, nLargest);
+        drawRow(output, row, picture.bSeams, top, nLargest);
         top += kRowPitch;
     }
     output.write("</svg>\n");

@@ -23,12 +23,31 @@ std::string bar(const BlockFacts &block) {
            std::string(static_cast<size_t>(kBarWidth - nLive - nDead), '.');
 }
 
+// No dead bytes, and too few free ones to store much more.
+bool isFull(const BlockFacts &block) {
+    return block.dead == 0 && block.size - block.used < block.size / kBarWidth;
+}
+
+// The end of the blocks from first on that one row of the table tells of: full blocks of one size, or a single block.
+size_t endOfRow(const std::vector<BlockFacts> &blocks, size_t first) {
+    size_t end = first + 1;
+    while (end < blocks.size() && isFull(blocks[first]) && isFull(blocks[end]) && blocks[end].size == blocks[first].size)
+        ++end;
+    return end;
+}
+
 void printBlocks(Output &output, const std::vector<BlockFacts> &blocks) {
     output.print("\n%11s %13s %13s %11s %11s  # live, x dead, . free\n", "block", "size", "used", "dead", "names");
-    for (size_t i = 0; i < blocks.size(); ++i) {
-        const BlockFacts &block = blocks[i];
-        output.print("%11zu %13" PRId64 " %13" PRId64 " %11" PRId64 " %11" PRId64 "  %s\n", i, block.size, block.used, block.dead,
-                     block.names, bar(block).c_str());
+    for (size_t first = 0; first < blocks.size();) {
+        const size_t end = endOfRow(blocks, first);
+        BlockFacts sum;
+        for (size_t i = first; i < end; ++i)
+            add(sum, blocks[i]);
+        std::string label = std::to_string(first);
+        if (end - first > 1) label.append("-").append(std::to_string(end - 1));
+        output.print("%11s %13" PRId64 " %13" PRId64 " %11" PRId64 " %11" PRId64 "  %s\n", label.c_str(), sum.size, sum.used, sum.dead,
+                     sum.names, bar(sum).c_str());
+        first = end;
     }
 }
 
