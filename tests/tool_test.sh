@@ -3,6 +3,7 @@
 # tool_test.sh NAMES_TOOL: what a person at a shell relies on.
 set -u
 tool=$1
+docs=$(cd "$(dirname "$0")/../docs" && pwd)
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder" || exit 1
@@ -199,6 +200,13 @@ for ignored in '' PIPE; do
     ([[ -z $ignored ]] || trap '' "$ignored"; "$tool" export words.names) 2>errors | head -n 1 >first
     [[ $(<first) == A && ! -s errors ]] || { echo "closed pipe: $(<errors)"; failures=$((failures + 1)); }
 done
+
+# The page in docs/ is what the tool itself says.
+"$tool" --markdown-page | diff - "$docs/tool.md" || failures=$((failures + 1))
+"$tool" --man-page >names_tool.1
+if command -v mandoc >/dev/null; then
+    must mandoc -Tlint names_tool.1
+fi
 
 # What cannot be printed is an error, not a short answer.
 if [[ -c /dev/full ]]; then

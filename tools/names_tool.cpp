@@ -9,13 +9,14 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/files.hpp"
-#include "tools/man_page.hpp"
+#include "tools/manual.hpp"
 #include "tools/platform.hpp"
 #include "tools/tool.hpp"
 
 namespace {
 
 constexpr int kExitFailure = 2;
+constexpr char kManualDate[] = "2026-11-23";  // of the latest change to what the manual says
 
 // What the command line asks for.
 struct Request {
@@ -182,8 +183,10 @@ int run(int argc, char **argv) {
     addChecks(app, request);
     const std::string_view first = argc == 2 ? argv[1] : "";
     try {
-        if (first == "--man-page") {  // for the build, so no part of --help
-            tool::Output().write(tool::manPage(app, NAMES_VERSION));
+        if (first == "--man-page") {  // for the build, as is the next, so no part of --help
+            tool::Output().write(tool::manPage(app, NAMES_VERSION, kManualDate));
+        } else if (first == "--markdown-page") {
+            tool::Output().write(tool::markdownPage(app));
         } else {
             app.parse(argc, argv);
             return request.run();
