@@ -50,13 +50,12 @@ expect 1 . find words.names <<<zygote-s
 # A few names are looked for in another way than very many, with the same answers, whatever is repeated on either side.
 for ((i = 0; i < 1500; ++i)); do echo "name $((i % 7 * i % 400))"; done >repeated.txt
 for ((i = 0; i < 1500; ++i)); do printf 'name %s%*s\n' $((i * 31 % 600)) $((i % 3)) ''; done >sought.txt
+for ((i = 0; i < 20; ++i)); do cat sought.txt; done >very_many.txt
 expect 0 '^1500 names' import repeated.txt repeated.names
 mapfile -t sought <sought.txt
-for base in --null --one-based; do
-    tr '\n' "$([[ $base == --null ]] && printf '\\0' || printf '\\n')" <sought.txt | "$tool" find $base repeated.names >by_index
-    "$tool" find $base repeated.names "${sought[@]}" >by_walk
-    same by_index by_walk
-done
+"$tool" find --one-based repeated.names <very_many.txt | head -n 1500 >by_index
+"$tool" find --one-based repeated.names "${sought[@]}" >by_walk
+same by_index by_walk
 must grep -q ^-1 by_walk
 must grep -qv ^-1 by_walk
 
