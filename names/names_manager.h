@@ -23,6 +23,8 @@
  * Locking. Every operation holds the manager's lock from entry to return, reads included (they move the cursor and may build the index), so
  * any thread may call any operation at any time, with the exceptions that declarations name. Pointers handed out are not protected by the
  * lock. Managers share nothing: two threads working on two managers never wait for each other.
+ *
+ * Pages. What comments call docs/... is installed below share/doc/names_manager.
  */
 #ifndef NAMES_NAMES_MANAGER_H
 #define NAMES_NAMES_MANAGER_H
@@ -303,9 +305,8 @@ int32_t NamesManager_ReleaseEmptyBlocks(NamesManager *mgr);
  * manager meanwhile. With a lookup index, repeated names are reported too: no index can yield both. */
 void NamesManager_AssertConsistency(NamesManager *mgr);
 
-/* Writes the manager's complete state as a byte image, in the machine's byte order (the format is drawn in names/persistence.cpp). mgr may
- * be NULL. reserved is not used. 0, or the first non-zero result of the stream's write, which ends the save. Equal managers save equal
- * bytes. */
+/* Writes the manager's complete state as a byte image, in the machine's byte order (docs/image_format.md). mgr may be NULL. reserved is not
+ * used. 0, or the first non-zero result of the stream's write, which ends the save. Equal managers save equal bytes. */
 int32_t NamesManager_Save(NamesManager *mgr, void *reserved, HostOutputStream *stream);
 
 /* Replaces all that mgr holds, except pOwner, by a state read from an image. Nothing in the image is trusted: it is taken only if every
