@@ -23,7 +23,8 @@ install(FILES "${PROJECT_BINARY_DIR}/names_managerConfig.cmake" "${PROJECT_BINAR
         DESTINATION "${names_package_dir}")
 
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES docs/design.md docs/image_format.md docs/performance.md docs/porting.md DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+file(GLOB names_pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md")
+install(FILES ${names_pages} DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 
 # The prefix follows from where the file lies, so an installation can be moved.
 list(TRANSFORM names_cxx_runtime PREPEND "-l" OUTPUT_VARIABLE names_pc_runtime)

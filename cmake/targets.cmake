@@ -22,7 +22,7 @@ function(names_objects target)
 endfunction()
 
 # How a library is used and linked. Headers are included as "names/..." and "host/...", from the root of the tree or of the installation. A
-# shared library exports what cmake/<target>.map lists, nothing else.
+# shared library exports what cmake/<target>.map lists, nothing else, and calls its own services whatever a program defines.
 function(names_library target)
     set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX VERSION "${PROJECT_VERSION}"
                                                SOVERSION "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
@@ -35,5 +35,8 @@ function(names_library target)
         set(map "${PROJECT_SOURCE_DIR}/cmake/${target}.map")
         target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
         set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}")
+        if(NOT WIN32)
+            target_link_options(${target} PRIVATE LINKER:-Bsymbolic-functions)
+        endif()
     endif()
 endfunction()

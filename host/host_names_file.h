@@ -17,8 +17,8 @@ extern "C" {
 int32_t NamesManager_SaveToFile(NamesManager *mgr, const char *szPath);
 
 /* Loads mgr as NamesManager_Load does from the file szPath, whose content behind the image, if there is any, is not looked at. 0; -1 as
- * NamesManager_Load; HostStreamError_End: the file ended before the image did; or HostStreamError_IO, and errno tells why. A file that could
- * not be opened, or no memory for the stream's buffer (ENOMEM), leaves mgr as it was, any other failure as NamesManager_Clear does.
+ * NamesManager_Load; HostStreamError_End: the file ended before the image did; or HostStreamError_IO, and errno tells why. A file that
+ * could not be opened, or no memory for the stream's buffer (ENOMEM), leaves mgr as it was, any other failure as NamesManager_Clear does.
  * Invalidates all name pointers. */
 int32_t NamesManager_LoadFromFile(NamesManager *mgr, const char *szPath);
 

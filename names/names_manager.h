@@ -23,6 +23,8 @@
  * Locking. Every operation holds the manager's lock from entry to return, reads included (they move the cursor and may build the index), so
  * any thread may call any operation at any time, with the exceptions that declarations name. Pointers handed out are not protected by the
  * lock. Managers share nothing: two threads working on two managers never wait for each other.
+ *
+ * Pages. What comments call docs/... is installed below share/doc/names_manager.
  */
 #ifndef NAMES_NAMES_MANAGER_H
 #define NAMES_NAMES_MANAGER_H
@@ -92,8 +94,8 @@ typedef HostHashMap NameLookupIndex;
 typedef struct NamesManager {
     void *pOwner; /* the caller's, untouched */
     int32_t nNames;
-    char szNameFormat[32];         /* printf-style format of default names, one integer conversion */
-    int32_t nGeneratedNameBase;    /* the next default name has number max(nGeneratedNameBase, nNames) + 1, or the next whose name is free */
+    char szNameFormat[32];      /* printf-style format of default names, one integer conversion */
+    int32_t nGeneratedNameBase; /* the next default name has number max(nGeneratedNameBase, nNames) + 1, or the next whose name is free */
     char szFirstGeneratedName[32]; /* replaces the default name with number 1 when not empty */
     int32_t nMaxNameLength;        /* length of the longest name, -1: unknown */
     int32_t nMaxNameLengthCount;   /* while nMaxNameLength is known: at most as many as there are names of that length */
@@ -147,11 +149,11 @@ int32_t NamesManager_Version(void);
  * replaces names also drops the lookup index and the known length of the longest name; both come back when they are asked for.
  */
 
-/* Stores names[0] to names[last-first], NUL-terminated, at first to last. Names may lie in mgr itself: where they replace several others they
- * are copied first, so that each is stored as it was when the call began (1 and nothing changed without memory for the copies). 0; 1 memory
- * exhausted (names stored before stay; nothing else is lost); 2 a name is longer than 1048575 bytes without its trailing blanks (nothing
- * stored, except where memory was so short that names went in one by one: then those before it). last < first stores nothing and returns 0.
- * Also releases blocks left empty, a single store only where last is a multiple of 1000. */
+/* Stores names[0] to names[last-first], NUL-terminated, at first to last. Names may lie in mgr itself: where they replace several others
+ * they are copied first, so that each is stored as it was when the call began (1 and nothing changed without memory for the copies). 0; 1
+ * memory exhausted (names stored before stay; nothing else is lost); 2 a name is longer than 1048575 bytes without its trailing blanks
+ * (nothing stored, except where memory was so short that names went in one by one: then those before it). last < first stores nothing and
+ * returns 0. Also releases blocks left empty, a single store only where last is a multiple of 1000. */
 int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names);
 
 /* NamesManager_AddNames for one name, same results. The name may lie in mgr itself. */
@@ -169,8 +171,9 @@ int32_t NamesManager_CopyNameWithPrefix(NamesManager *destination, int32_t desti
                                         NamesManager *source, int32_t sourceIndex, int32_t bSourceOneBased, const char *prefix);
 
 /* Stores the last-first+1 NUL-terminated names that lie back to back in buffer, in batches of up to 500000. 0; 1 memory exhausted (earlier
- * batches stay, and of the batch that ran out of memory what was stored before); 2 a name is longer than 1048575 bytes without its trailing blanks (earlier batches stay, nothing of its own batch is
- * stored; where memory was so short that names went in one by one, those before it stay). buffer must not lie in mgr itself. */
+ * batches stay, and of the batch that ran out of memory what was stored before); 2 a name is longer than 1048575 bytes without its trailing
+ * blanks (earlier batches stay, nothing of its own batch is stored; where memory was so short that names went in one by one, those before
+ * it stay). buffer must not lie in mgr itself. */
 int32_t NamesManager_AddNamesFromBuffer(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *buffer);
 
 /* Stores one name given as a field: at most nMaxLength bytes of name are read (a negative nMaxLength counts as 0), and the name ends at the
@@ -243,10 +246,10 @@ int32_t NamesManager_WriteNameToText(NamesManager *mgr, int32_t index, int32_t b
  * readable. A name ends at its first NUL; names are compared without trailing white space (isspace in the current locale). The first given
  * name that repeats an earlier given one is reported; without any, the first that is held outside the range. Of several equal held names
  * only the one that the index yields is looked at (the lowest, in the shipped map): where that lies within the range, others outside it go
- * unnoticed. *pbDuplicate: 1 when a clash was found, else 0. Only then are *piFirstIndex (the name that was there first), *piSecondIndex (the given name that repeats it), both in the caller's
- * base, and szDuplicateName written: the name, cut to nDuplicateNameSize - 1 bytes and a NUL (not touched when nDuplicateNameSize is below
- * 1). 0: the check was made; 1: it could not be (memory; *pbDuplicate is 0). Generates the default names that storing at first would
- * generate. */
+ * unnoticed. *pbDuplicate: 1 when a clash was found, else 0. Only then are *piFirstIndex (the name that was there first), *piSecondIndex
+ * (the given name that repeats it), both in the caller's base, and szDuplicateName written: the name, cut to nDuplicateNameSize - 1 bytes
+ * and a NUL (not touched when nDuplicateNameSize is below 1). 0: the check was made; 1: it could not be (memory; *pbDuplicate is 0).
+ * Generates the default names that storing at first would generate. */
 int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *ppNames,
                                          const int32_t *pnLengths, int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex,
                                          char *szDuplicateName, int32_t nDuplicateNameSize);
@@ -292,9 +295,9 @@ int32_t NamesManager_RemoveNamesByIndices(NamesManager *mgr, const int32_t *pInd
  */
 
 /* Makes dst an exact copy of src: names, storage layout and mode, dead bytes, name format, nGeneratedNameBase, maximum length; not pOwner,
- * the first generated name, cursor or index. Blocks get the sizes of src's, but a larger first block of dst stays larger. 0; 1 memory exhausted (dst is then empty), or dst and src are the same (nothing changed), or a failed clear left
- * src without tables (dst unchanged). Locks dst, then src: two threads must not copy two managers into each other at the same time.
- * Invalidates all name pointers of dst. */
+ * the first generated name, cursor or index. Blocks get the sizes of src's, but a larger first block of dst stays larger. 0; 1 memory
+ * exhausted (dst is then empty), or dst and src are the same (nothing changed), or a failed clear left src without tables (dst unchanged).
+ * Locks dst, then src: two threads must not copy two managers into each other at the same time. Invalidates all name pointers of dst. */
 int32_t NamesManager_Copy(NamesManager *dst, NamesManager *src);
 
 /* Switches to one position per name, which makes every later access direct at the price of 8 bytes a name. 0; 1 the manager has no segments
@@ -310,7 +313,7 @@ int32_t NamesManager_ReleaseEmptyBlocks(NamesManager *mgr);
  * manager meanwhile. With a lookup index, repeated names are reported too: no index can yield both. */
 void NamesManager_AssertConsistency(NamesManager *mgr);
 
-/* Writes the manager's complete state as a byte image, in the machine's byte order (the format is drawn in names/persistence.cpp). mgr may
+/* Writes the manager's complete state as a byte image, in the machine's byte order (docs/image_format.md). mgr may
  * be NULL. reserved is not used. 0, or the first non-zero result of the stream's write, which ends the save; the manager keeps its names in
  * any case. Equal managers save equal bytes, unless there is no memory for the block records without their addresses (24 bytes a block):
  * the addresses, which mean nothing to a load, then go out with the image. */

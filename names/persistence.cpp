@@ -1,4 +1,4 @@
-/* Saving and loading a manager's exact image.
+/* Saving and loading a manager's exact image, which docs/image_format.md describes for other programs.
  *
  *     offset  bytes
  *          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc

@@ -1,4 +1,4 @@
-// What the tests see of the memory service, and how they make it fail, for the whole process. Libraries that a program links have none of it.
+// What the tests see of the memory service, and how they make it fail, for the whole process. No library that a program links has it.
 #pragma once
 
 #include <cstdint>
