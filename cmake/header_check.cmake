@@ -13,7 +13,8 @@ foreach(language IN ITEMS c cpp)
         add_library(header_check_${language} OBJECT ${sources})
         set_target_properties(header_check_${language} PROPERTIES C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF
                                                                   CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
-        target_compile_options(header_check_${language} PRIVATE -Wall -Wextra -Wconversion -Wshadow -pedantic-errors -Werror)
+        target_compile_options(header_check_${language} PRIVATE -Wall -Wextra -Wconversion -Wshadow -pedantic-errors
+                                                                  $<$<BOOL:${NAMES_WERROR}>:-Werror>)
         target_include_directories(header_check_${language} PRIVATE "${PROJECT_SOURCE_DIR}")
     endif()
 endforeach()

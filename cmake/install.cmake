@@ -1,13 +1,18 @@
-# Installation: headers below include/names_manager, so that "names/..." and "host/..." are nobody else's; libraries; a CMake package; and a
-# pkg-config file.
+# Installation: headers below include/names_manager, so that "names/..." and "host/..." are nobody else's; the libraries; a CMake package; a
+# pkg-config file for each library; the pages that the headers' comments name, as docs/... beside the README.
 include(CMakePackageConfigHelpers)
 
 set(names_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/names_manager")
-install(TARGETS names_module names_host names_manager EXPORT names_managerTargets
-        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-file(GLOB names_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/names/names_manager.h" "${PROJECT_SOURCE_DIR}/names/names_manager.hpp")
+set(names_libraries names_module)
 file(GLOB host_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/host/*.h")
-install(FILES ${names_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/names")
+if(NAMES_BUILD_HOST)
+    list(APPEND names_libraries names_manager)
+else()
+    list(FILTER host_headers EXCLUDE REGEX "/host_names_file\\.h$")
+endif()
+install(TARGETS ${names_libraries} EXPORT names_managerTargets
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(FILES names/names_manager.h names/names_manager.hpp DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/names")
 install(FILES ${host_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/host")
 
 install(EXPORT names_managerTargets NAMESPACE names_manager:: DESTINATION "${names_package_dir}")
@@ -16,6 +21,10 @@ configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/names_managerConfig.cma
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/names_managerConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/names_managerConfig.cmake" "${PROJECT_BINARY_DIR}/names_managerConfigVersion.cmake"
         DESTINATION "${names_package_dir}")
+
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+file(GLOB names_pages CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/*.md")
+install(FILES ${names_pages} DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 
 # The prefix follows from where the file lies, so an installation can be moved.
 list(TRANSFORM names_cxx_runtime PREPEND "-l" OUTPUT_VARIABLE names_pc_runtime)
@@ -26,5 +35,12 @@ foreach(folder IN ITEMS INCLUDEDIR LIBDIR)
     set(names_pc_${folder} "\${prefix}")
     cmake_path(APPEND names_pc_${folder} "${CMAKE_INSTALL_${folder}}")
 endforeach()
-configure_file("${CMAKE_CURRENT_LIST_DIR}/names_manager.pc.in" "${PROJECT_BINARY_DIR}/names_manager.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/names_manager.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+function(names_pc_file name libraries private description)
+    configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/names_manager.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endfunction()
+# A static library has no list of its own of what it needs: the module's is in every case static.
+names_pc_file(names_manager_module "-lnames_manager_module ${names_pc_runtime}" "" "${PROJECT_DESCRIPTION}: the module alone, for hosts with services of their own")
+if(NAMES_BUILD_HOST)
+    names_pc_file(names_manager "-lnames_manager -pthread" "${names_pc_runtime}" "${PROJECT_DESCRIPTION}")
+endif()

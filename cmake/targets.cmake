@@ -7,26 +7,36 @@ function(names_project_settings target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${NAMES_WERROR}>:-Werror>)
 endfunction()
 
-# Headers are included as "names/..." and "host/...", from the root of the tree or of the installation.
-function(names_include_root target)
-    target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-                                                $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/names_manager>)
-endfunction()
-
 # The C++ runtime, under the names that this compiler knows it by: what a program linked by a C compiler needs beside static libraries.
 set(names_cxx_runtime ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_ITEM names_cxx_runtime ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_DUPLICATES names_cxx_runtime)
 
-# How a library links. Shared: its version, and as exports what cmake/<target>.map lists, nothing else.
-function(names_linking target)
-    set_target_properties(${target} PROPERTIES VERSION "${PROJECT_VERSION}" SOVERSION "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}"
-                                               VISIBILITY_INLINES_HIDDEN ON)
-    if(NOT BUILD_SHARED_LIBS)
+# What libraries are made of: sources compiled with every symbol hidden but those of the public headers.
+function(names_objects target)
+    add_library(${target} OBJECT ${ARGN})
+    names_project_settings(${target})
+    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    target_compile_options(${target} PRIVATE -include "${PROJECT_SOURCE_DIR}/cmake/exports.h")
+endfunction()
+
+# How a library is used and linked. Headers are included as "names/..." and "host/...", from the root of the tree or of the installation. A
+# shared library exports what cmake/<target>.map lists, nothing else, and calls its own services whatever a program defines.
+function(names_library target)
+    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX VERSION "${PROJECT_VERSION}"
+                                               SOVERSION "${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}")
+    target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+                                                $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/names_manager>)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "STATIC_LIBRARY")
         target_link_libraries(${target} INTERFACE "$<$<LINK_LANGUAGE:C>:${names_cxx_runtime}>")
-    elseif(NOT APPLE AND NOT WIN32)
+    elseif(NOT APPLE)
         set(map "${PROJECT_SOURCE_DIR}/cmake/${target}.map")
         target_link_options(${target} PRIVATE "LINKER:--version-script=${map}")
         set_target_properties(${target} PROPERTIES LINK_DEPENDS "${map}")
+        if(NOT WIN32)
+            target_link_options(${target} PRIVATE LINKER:-Bsymbolic-functions)
+        endif()
     endif()
 endfunction()

@@ -48,7 +48,7 @@ bool run() {
     printNames(manager, "replaced");
     if (manager.remove(0, 1) != Status::ok) return false;
     printNames(manager, "removed the first two");
-    const Manager loaded = saveAndLoad(std::exchange(manager, Manager::adopt(nullptr)));
+    Manager loaded = saveAndLoad(std::exchange(manager, Manager::adopt(nullptr)));
     if (!loaded) return false;
     printNames(loaded, "loaded");
     std::printf("the name at index 4, never given, is %s\n", loaded.name(4).data());

@@ -5,6 +5,8 @@
 
 #include "host/host_memory.h"
 
+namespace host {
+
 namespace {
 
 constexpr uint64_t kSourceTag = 0x686f737462756666;  // "hostbuff"
@@ -27,3 +29,5 @@ void freeByteBuffer(ByteBuffer &buffer) {
     HostMem_Free(buffer.pBytes, kSourceTag, __LINE__);
     buffer = {};
 }
+
+}  // namespace host

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace host {
+
 struct ByteBuffer {
     char *pBytes;        // owned; NULL while nCapacity is 0
     uint64_t nUsed;      // bytes in use
@@ -15,5 +17,7 @@ bool growByteBuffer(ByteBuffer &buffer, uint64_t nMore);
 
 // Gives the memory back and leaves an empty buffer.
 void freeByteBuffer(ByteBuffer &buffer);
+
+}  // namespace host
 
 #endif

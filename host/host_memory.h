@@ -28,18 +28,6 @@ void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32
 /* Gives pMemory back. NULL does nothing. */
 void HostMem_Free(void *pMemory, uint64_t nSourceTag, int32_t nLine);
 
-/* ---- The shipped host's own: fault injection and leak checks, for the whole process ---- */
-
-/* Makes the nCountdown-th call from now (1: the next one) that allocates or resizes fail, and every later one too when bFromThereOn is
- * non-zero. 0 lets every call through again. Also starts HostMem_GetNumCalls at 0. */
-void HostMem_FailAt(int64_t nCountdown, int32_t bFromThereOn);
-
-/* The number of calls that allocated or resized, or were made to fail, since the last HostMem_FailAt or the start of the process. */
-int64_t HostMem_GetNumCalls(void);
-
-/* The number of allocations not given back yet. */
-int64_t HostMem_GetNumLive(void);
-
 #ifdef __cplusplus
 }
 #endif

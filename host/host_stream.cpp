@@ -1,35 +1,22 @@
 #include "host/host_stream.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include "host/byte_buffer.hpp"
 #include "host/host_memory.h"
+#include "host/platform.hpp"
 
 namespace {
 
 constexpr uint64_t kSourceTag = 0x686f73747374726d;  // "hoststrm"
 constexpr uint64_t kFileBuffer = 64 * 1024;          // bytes; larger pieces pass a file stream without being copied
-constexpr uint64_t kMaxTransfer = 1U << 30;          // bytes moved by one system call
-constexpr mode_t kFileMode = 0666;
-
-// Opens szPath, again when a signal interrupts; -1 and errno on failure.
-int openFile(const char *szPath, int nFlags) {
-    int nDescriptor = -1;
-    do {
-        nDescriptor = ::open(szPath, nFlags | O_CLOEXEC, kFileMode);
-    } while (nDescriptor < 0 && errno == EINTR);
-    return nDescriptor;
-}
 
 // Closes a descriptor whose owner could not be made, and keeps errno.
 void closeQuietly(int nDescriptor) {
     const int nError = errno;
-    ::close(nDescriptor);
+    (void)host::closeFile(nDescriptor);
     errno = nError;
 }
 
@@ -37,13 +24,13 @@ void closeQuietly(int nDescriptor) {
 
 struct MemoryOutput {
     HostOutputStream stream;
-    ByteBuffer buffer;
+    host::ByteBuffer buffer;
 };
 
 int32_t writeToMemory(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
-    ByteBuffer &buffer = reinterpret_cast<MemoryOutput *>(pStream)->buffer;
+    host::ByteBuffer &buffer = reinterpret_cast<MemoryOutput *>(pStream)->buffer;
     if (nBytes == 0) return 0;
-    if (!growByteBuffer(buffer, nBytes)) return HostStreamError_Memory;
+    if (!host::growByteBuffer(buffer, nBytes)) return HostStreamError_Memory;
     std::memcpy(buffer.pBytes + buffer.nUsed, pData, nBytes);
     buffer.nUsed += nBytes;
     return 0;
@@ -64,10 +51,10 @@ struct FileOutput {
 // Writes all of pData to the descriptor; the first failure stays with the file.
 void writeOut(FileOutput &file, const char *pData, uint64_t nBytes) {
     while (nBytes > 0 && file.nError == 0) {
-        const ssize_t nWritten = ::write(file.nDescriptor, pData, std::min(nBytes, kMaxTransfer));
+        const int64_t nWritten = host::writeSome(file.nDescriptor, pData, nBytes);
         if (nWritten < 0) {
-            if (errno != EINTR) file.nError = errno;
-            continue;
+            file.nError = errno;
+            return;
         }
         pData += nWritten;
         nBytes -= static_cast<uint64_t>(nWritten);
@@ -96,21 +83,12 @@ int32_t writeToFile(HostOutputStream *pStream, const void *pData, uint64_t nByte
 
 constexpr HostOutputStreamOps kFileOps = {writeToFile};
 
-// Waits for the device. Pipes and terminals cannot be waited for, which is no failure.
-void syncFile(FileOutput &file) {
-    while (file.nError == 0 && ::fsync(file.nDescriptor) != 0) {
-        if (errno == EINVAL || errno == ENOTSUP) return;
-        if (errno != EINTR) file.nError = errno;
-    }
-}
-
 // Frees the stream; its result is what closing it answers.
-int32_t closeFile(FileOutput *pFile, bool bSync) {
+int32_t closeOutput(FileOutput *pFile, bool bSync) {
     flush(*pFile);
-    if (bSync) syncFile(*pFile);
-    // The descriptor is gone even when closing is interrupted.
-    if (::close(pFile->nDescriptor) != 0 && errno != EINTR && pFile->nError == 0) pFile->nError = errno;
-    const int nError = pFile->nError;
+    if (bSync && pFile->nError == 0) pFile->nError = host::syncFile(pFile->nDescriptor);
+    const int nClosed = host::closeFile(pFile->nDescriptor);
+    const int nError = pFile->nError != 0 ? pFile->nError : nClosed;
     HostMem_Free(pFile, kSourceTag, __LINE__);
     if (nError == 0) return 0;
     errno = nError;
@@ -132,13 +110,13 @@ HostOutputStream *HostOutputStream_CreateInMemory(void) {
 }
 
 const void *HostOutputStream_GetMemory(const HostOutputStream *pStream, uint64_t *pnBytes) {
-    const ByteBuffer &buffer = reinterpret_cast<const MemoryOutput *>(pStream)->buffer;
+    const host::ByteBuffer &buffer = reinterpret_cast<const MemoryOutput *>(pStream)->buffer;
     *pnBytes = buffer.nUsed;
     return buffer.pBytes == nullptr ? "" : buffer.pBytes;
 }
 
 HostOutputStream *HostOutputStream_CreateForFile(const char *szPath) {
-    const int nDescriptor = openFile(szPath, O_WRONLY | O_CREAT | O_TRUNC);
+    const int nDescriptor = host::openForWriting(szPath);
     if (nDescriptor < 0) return nullptr;
     HostOutputStream *pStream = HostOutputStream_CreateForDescriptor(nDescriptor);
     if (pStream == nullptr) closeQuietly(nDescriptor);
@@ -151,6 +129,7 @@ HostOutputStream *HostOutputStream_CreateForDescriptor(int32_t nDescriptor) {
         errno = ENOMEM;
         return nullptr;
     }
+    host::passBytesAsTheyAre(nDescriptor);
     pFile->stream.pOps = &kFileOps;
     pFile->nDescriptor = nDescriptor;
     pFile->nError = 0;
@@ -160,9 +139,9 @@ HostOutputStream *HostOutputStream_CreateForDescriptor(int32_t nDescriptor) {
 
 int32_t HostOutputStream_Close(HostOutputStream *pStream, int32_t bSync) {
     if (pStream == nullptr) return 0;
-    if (pStream->pOps == &kFileOps) return closeFile(reinterpret_cast<FileOutput *>(pStream), bSync != 0);
+    if (pStream->pOps == &kFileOps) return closeOutput(reinterpret_cast<FileOutput *>(pStream), bSync != 0);
     auto *pMemory = reinterpret_cast<MemoryOutput *>(pStream);
-    freeByteBuffer(pMemory->buffer);
+    host::freeByteBuffer(pMemory->buffer);
     HostMem_Free(pMemory, kSourceTag, __LINE__);
     return 0;
 }
@@ -181,11 +160,8 @@ namespace {
 constexpr int kNoDescriptor = -1;
 
 // Reads up to nBytes of the file, at least one; otherwise the stream's error code.
-int32_t readSome(const HostInputStream &stream, char *pBuffer, uint64_t nBytes, uint64_t *pnRead) {
-    ssize_t nRead = -1;
-    do {
-        nRead = ::read(stream.nDescriptor, pBuffer, std::min(nBytes, kMaxTransfer));
-    } while (nRead < 0 && errno == EINTR);
+int32_t readIn(const HostInputStream &stream, char *pBuffer, uint64_t nBytes, uint64_t *pnRead) {
+    const int64_t nRead = host::readSome(stream.nDescriptor, pBuffer, nBytes);
     if (nRead < 0) return HostStreamError_IO;
     if (nRead == 0) return HostStreamError_End;
     *pnRead = static_cast<uint64_t>(nRead);
@@ -209,7 +185,7 @@ int32_t readFile(HostInputStream *pStream, char *pBuffer, uint64_t nBytes) {
         if (nBytes == 0) return 0;
         const bool bDirect = nBytes >= kFileBuffer;
         uint64_t nRead = 0;
-        const int32_t nError = readSome(*pStream, bDirect ? pBuffer : pOwnBuffer, bDirect ? nBytes : kFileBuffer, &nRead);
+        const int32_t nError = readIn(*pStream, bDirect ? pBuffer : pOwnBuffer, bDirect ? nBytes : kFileBuffer, &nRead);
         if (nError != 0) return nError;
         if (bDirect) {
             pBuffer += nRead;
@@ -245,7 +221,7 @@ HostInputStream *HostInputStream_CreateInMemory(const void *pData, uint64_t nByt
 }
 
 HostInputStream *HostInputStream_CreateForFile(const char *szPath) {
-    const int nDescriptor = openFile(szPath, O_RDONLY);
+    const int nDescriptor = host::openForReading(szPath);
     if (nDescriptor < 0) return nullptr;
     HostInputStream *pStream = HostInputStream_CreateForDescriptor(nDescriptor);
     if (pStream == nullptr) closeQuietly(nDescriptor);
@@ -253,11 +229,12 @@ HostInputStream *HostInputStream_CreateForFile(const char *szPath) {
 }
 
 HostInputStream *HostInputStream_CreateForDescriptor(int32_t nDescriptor) {
+    host::passBytesAsTheyAre(nDescriptor);
     return createInput(kFileBuffer, {nullptr, 0, nDescriptor});
 }
 
 void HostInputStream_Close(HostInputStream *pStream) {
     if (pStream == nullptr) return;
-    if (pStream->nDescriptor != kNoDescriptor) ::close(pStream->nDescriptor);
+    if (pStream->nDescriptor != kNoDescriptor) (void)host::closeFile(pStream->nDescriptor);
     HostMem_Free(pStream, kSourceTag, __LINE__);
 }

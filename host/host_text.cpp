@@ -14,15 +14,15 @@ constexpr uint64_t kSourceTag = 0x686f737474657874;  // "hosttext"
 
 // The buffer's bytes in use exclude the NUL, which follows them from creation on.
 struct HostText {
-    ByteBuffer buffer;
+    host::ByteBuffer buffer;
 };
 
 namespace {
 
 // Appends nBytes of pText and nBlanks copies of cFill, all or nothing.
 int32_t append(HostText *pText, const char *pBytes, uint64_t nBytes, uint64_t nFill, char cFill) {
-    ByteBuffer &buffer = pText->buffer;
-    if (nFill >= std::numeric_limits<uint64_t>::max() - nBytes || !growByteBuffer(buffer, nBytes + nFill + 1)) return 1;
+    host::ByteBuffer &buffer = pText->buffer;
+    if (nFill >= std::numeric_limits<uint64_t>::max() - nBytes || !host::growByteBuffer(buffer, nBytes + nFill + 1)) return 1;
     std::memcpy(buffer.pBytes + buffer.nUsed, pBytes, nBytes);
     std::memset(buffer.pBytes + buffer.nUsed + nBytes, cFill, nFill);
     buffer.nUsed += nBytes + nFill;
@@ -59,7 +59,7 @@ HostText *HostText_Create(void) {
 
 void HostText_Destroy(HostText *pText) {
     if (pText == nullptr) return;
-    freeByteBuffer(pText->buffer);
+    host::freeByteBuffer(pText->buffer);
     HostMem_Free(pText, kSourceTag, __LINE__);
 }
 

@@ -17,7 +17,8 @@ typedef struct HostText HostText;
 /* Appends the NUL-terminated szString, which must not lie in the buffer itself, without its NUL. */
 int32_t HostText_Append(HostText *pText, const char *szString);
 
-/* Appends szString as a field of nCharacters bytes: blanks follow a shorter string; a longer one is appended whole. */
+/* Appends szString, which must not lie in the buffer itself, as a field of nCharacters bytes: blanks follow a shorter string; a longer one
+ * is appended whole. */
 int32_t HostText_AppendPadded(HostText *pText, const char *szString, int64_t nCharacters);
 
 /* Appends nCount times cCharacter; a count below 1 appends nothing. */

@@ -10,9 +10,10 @@
 #include "names/names_manager.h"
 #include "names/names_sizes.hpp"
 
-/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Fills a gap before the range with default names,
- * replaces what exists, appends the rest. 0, or 1: what was stored before the failure stays. One name may lie in mgr itself, several may
- * not. */
+/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Callers have trimmed the names: none may end in a
+ * blank, which no lookup would find (a debug build asserts it). Fills a gap before the range with default names, replaces what exists,
+ * appends the rest. 0, or 1: what was stored before the failure stays. A name given alone may lie in mgr itself; of several that replace
+ * others, none may. */
 int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
                                 const int32_t *lengths);
 
@@ -131,7 +132,10 @@ inline void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nByt
 
 /* Table growth. False without memory: nothing has changed. New records are zeroed. */
 bool growSegmentTable(NamesManager *mgr);
+bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc);
 bool growPositionTable(NamesManager *mgr, int32_t nPositions);
+
+void freeSegmentTable(NamesManager *mgr); /* leaves NULL, 0 and 0 */
 
 /* Replaces the segment records iBegin to iEnd-1 by the nRecords given, with one move of those behind. The table must have the room. */
 void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords, int32_t nRecords);
@@ -245,13 +249,31 @@ bool isNameFormat(const char *szFormat);
 /* The index, built if need be; NULL when there are no names or it could not be built. */
 NameLookupIndex *currentIndex(NamesManager *mgr);
 
-/* The 0-based index of a name without trailing blanks, or -1. */
-int32_t findText(NamesManager *mgr, const char *szText);
+/* False also when a host's map does not count equal keys and there are some: each lookup then builds the index anew. */
+inline bool isIndexCurrent(const NamesManager *mgr) {
+    return mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames;
+}
+
+/* Looks names without trailing blanks up, each as if alone: their 0-based indices, -1 for none and for NULL. How many were looked up: only
+ * the first where the next one may find another index, for want of memory or on a host that makes it stale. */
+int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound);
 
 void dropIndex(NamesManager *mgr);
 
+/* HostHashMap_Find for each of the keys, -1 for NULL: at once where the host offers lists, else key by key. */
+void findKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t *pnValues);
+
+/* HostHashMap_Insert for each of the keys but NULL, with the values from nFirstValue on. pnExisting may be NULL. How many keys are done:
+ * all, or those before the first that could not be inserted. */
+int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t nFirstValue, int32_t *pnExisting);
+
 /* Enters nNames names that lie back to back at pText, the first one at index iFirst. Does nothing without an index, drops it on failure. */
 void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames, int32_t iFirst);
+
+/* ---- Audit: audit.cpp ---- */
+
+/* NamesManager_AssertConsistency; the number of its reports. */
+int32_t countViolations(const NamesManager *mgr);
 
 }  // namespace names
 

@@ -39,29 +39,12 @@ bool resizeBlockTable(NamesManager *mgr, int64_t nNewAlloc) {
     return true;
 }
 
-bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc) {
-    void *pNew = resizeTable(mgr->pSegments, mgr->nSegmentsAlloc, nNewAlloc, sizeof(NameSegment), __LINE__);
-    if (pNew == nullptr) {
-        return false;
-    }
-    mgr->pSegments = static_cast<NameSegment *>(pNew);
-    mgr->nSegmentsAlloc = static_cast<int32_t>(nNewAlloc);
-    return true;
-}
-
 char *allocText(int64_t nBytes) {
     return static_cast<char *>(HostMem_Alloc(static_cast<uint64_t>(nBytes), kSourceTag, __LINE__));
 }
 
 void freeMemory(void *pMemory) {
     HostMem_Free(pMemory, kSourceTag, __LINE__);
-}
-
-void freeSegmentTable(NamesManager *mgr) {
-    freeMemory(mgr->pSegments);
-    mgr->pSegments = nullptr;
-    mgr->nSegments = 0;
-    mgr->nSegmentsAlloc = 0;
 }
 
 /* A block of nSize bytes at the end of the table, which must have the room. */
@@ -152,8 +135,25 @@ int32_t searchBlock(NamesManager *mgr, int64_t nNeed) {
     return addBlockForText(mgr, nNeed) ? mgr->nBlocks - 1 : -1;
 }
 
+bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc) {
+    void *pNew = resizeTable(mgr->pSegments, mgr->nSegmentsAlloc, nNewAlloc, sizeof(NameSegment), __LINE__);
+    if (pNew == nullptr) {
+        return false;
+    }
+    mgr->pSegments = static_cast<NameSegment *>(pNew);
+    mgr->nSegmentsAlloc = static_cast<int32_t>(nNewAlloc);
+    return true;
+}
+
 bool growSegmentTable(NamesManager *mgr) {
     return resizeSegmentTable(mgr, int64_t{mgr->nSegmentsAlloc} + kTableStep);
+}
+
+void freeSegmentTable(NamesManager *mgr) {
+    freeMemory(mgr->pSegments);
+    mgr->pSegments = nullptr;
+    mgr->nSegments = 0;
+    mgr->nSegmentsAlloc = 0;
 }
 
 bool growPositionTable(NamesManager *mgr, int32_t nPositions) {
@@ -390,6 +390,10 @@ int32_t NamesManager_Clear(NamesManager *mgr) {
 int32_t NamesManager_GetNumNames(NamesManager *mgr) {
     ScopedLock lock(mgr);
     return mgr->nNames;
+}
+
+int32_t NamesManager_Version(void) {
+    return NAMES_MANAGER_VERSION;
 }
 
 int32_t NamesManager_Copy(NamesManager *dst, NamesManager *src) {

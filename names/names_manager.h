@@ -2,7 +2,8 @@
  *
  * Results. Unless a declaration says otherwise an operation returns 0 on success and 1 when memory ran out or an argument lies outside the
  * operation's contract (nothing is then changed). A failure of any kind leaves the manager valid: what was stored before it stays stored,
- * and caches that could not be kept are dropped. No operation ever throws.
+ * and caches that could not be kept are dropped. No operation ever throws. NamesManagerStatus names the results; NamesManager_Save and
+ * NamesManager_Load also pass on the codes of the host's streams.
  *
  * Indices. Signed 32-bit. A range (first, last) is inclusive. With bOneBased non-zero the caller's indices count from 1: 1 is subtracted
  * from each index given and added to each index reported; "not found" is -1 either way. An empty range, last == first - 1, is no error.
@@ -22,11 +23,17 @@
  * Locking. Every operation holds the manager's lock from entry to return, reads included (they move the cursor and may build the index), so
  * any thread may call any operation at any time, with the exceptions that declarations name. Pointers handed out are not protected by the
  * lock. Managers share nothing: two threads working on two managers never wait for each other.
+ *
+ * Pages. What comments call docs/... is installed below share/doc/names_manager.
  */
 #ifndef NAMES_NAMES_MANAGER_H
 #define NAMES_NAMES_MANAGER_H
 
 #include <stdint.h>
+
+#if UINTPTR_MAX < UINT64_MAX
+#error "names_manager is for 64-bit machines"
+#endif
 
 #include "host/host_hash_map.h"
 #include "host/host_lock.h"
@@ -36,6 +43,21 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The version of this header. Versions compare as numbers: 0.1.0 is 1000, 2.3.4 is 2003004. */
+#define NAMES_MANAGER_VERSION_MAJOR 0
+#define NAMES_MANAGER_VERSION_MINOR 1
+#define NAMES_MANAGER_VERSION_PATCH 0
+#define NAMES_MANAGER_VERSION (NAMES_MANAGER_VERSION_MAJOR * 1000000 + NAMES_MANAGER_VERSION_MINOR * 1000 + NAMES_MANAGER_VERSION_PATCH)
+
+/* Results by name. */
+enum NamesManagerStatus {
+    NamesManagerStatus_OK = 0,
+    NamesManagerStatus_Failed = 1,   /* memory ran out, or an argument lies outside the operation's contract */
+    NamesManagerStatus_TooLong = 2,  /* a name of more than 1048575 bytes */
+    NamesManagerStatus_TooSmall = 3, /* the buffer given; the size it needs is told */
+    NamesManagerStatus_Refused = -1  /* by NamesManager_Load: memory ran out, or the image is not sound */
+};
 
 /* ---- Records --------------------------------------------------------------------------------------------------------------------------
  * Open to inspection; only the operations below may change them. docs/design.md draws how they hang together, and
@@ -72,8 +94,8 @@ typedef HostHashMap NameLookupIndex;
 typedef struct NamesManager {
     void *pOwner; /* the caller's, untouched */
     int32_t nNames;
-    char szNameFormat[32];         /* printf-style format of default names, one integer conversion */
-    int32_t nGeneratedNameBase;    /* the next default name has number max(nGeneratedNameBase, nNames) + 1 */
+    char szNameFormat[32];      /* printf-style format of default names, one integer conversion */
+    int32_t nGeneratedNameBase; /* the next default name has number max(nGeneratedNameBase, nNames) + 1, or the next whose name is free */
     char szFirstGeneratedName[32]; /* replaces the default name with number 1 when not empty */
     int32_t nMaxNameLength;        /* length of the longest name, -1: unknown */
     int32_t nMaxNameLengthCount;   /* while nMaxNameLength is known: at most as many as there are names of that length */
@@ -110,20 +132,26 @@ void NamesManager_Destroy(NamesManager *mgr);
 
 /* Removes all names and returns the manager to segment mode; pOwner, the name format and the first generated name stay, and so do the first
  * block and the capacities of the block and segment tables. 0; or 1 when a segment table had to be made and could not: the manager then
- * holds no names and refuses to store any until a later clear succeeds. Invalidates all name pointers. */
+ * holds no names and refuses to store any until a later clear, or a copy or a load into it, succeeds. Invalidates all name pointers. */
 int32_t NamesManager_Clear(NamesManager *mgr);
 
 /* The number of names held. */
 int32_t NamesManager_GetNumNames(NamesManager *mgr);
 
+/* NAMES_MANAGER_VERSION of the library that runs, which is the program's own unless the two were built apart. Never fails; takes no lock,
+ * may be called at any time. */
+int32_t NamesManager_Version(void);
+
 /* ---- Storing --------------------------------------------------------------------------------------------------------------------------
  * Indices below nNames are replaced, indices from nNames on appended; a gap before the range is filled with default names first. Everything
  * here invalidates all name pointers. Replacing scattered names one at a time fragments segments and is paid for at each call; a host that
- * is about to rename very many in that way does better to call NamesManager_StoreIndividualNamePositions first.
+ * is about to rename very many in that way does better to call NamesManager_StoreIndividualNamePositions first. A store that fails while it
+ * replaces names also drops the lookup index and the known length of the longest name; both come back when they are asked for.
  */
 
-/* Stores names[0] to names[last-first], NUL-terminated, at first to last. Names must not point into mgr itself, except for a single one.
- * 0; 1 memory exhausted (names stored before stay; nothing else is lost); 2 a name is longer than 1048575 bytes without its trailing blanks
+/* Stores names[0] to names[last-first], NUL-terminated, at first to last. Names may lie in mgr itself: where they replace several others
+ * they are copied first, so that each is stored as it was when the call began (1 and nothing changed without memory for the copies). 0; 1
+ * memory exhausted (names stored before stay; nothing else is lost); 2 a name is longer than 1048575 bytes without its trailing blanks
  * (nothing stored, except where memory was so short that names went in one by one: then those before it). last < first stores nothing and
  * returns 0. Also releases blocks left empty, a single store only where last is a multiple of 1000. */
 int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names);
@@ -143,12 +171,14 @@ int32_t NamesManager_CopyNameWithPrefix(NamesManager *destination, int32_t desti
                                         NamesManager *source, int32_t sourceIndex, int32_t bSourceOneBased, const char *prefix);
 
 /* Stores the last-first+1 NUL-terminated names that lie back to back in buffer, in batches of up to 500000. 0; 1 memory exhausted (earlier
- * batches stay); 2 a name is longer than 1048575 bytes without its trailing blanks (earlier batches stay, nothing of its own batch is
- * stored; where memory was so short that names went in one by one, those before it stay). buffer must not lie in mgr itself. */
+ * batches stay, and of the batch that ran out of memory what was stored before); 2 a name is longer than 1048575 bytes without its trailing
+ * blanks (earlier batches stay, nothing of its own batch is stored; where memory was so short that names went in one by one, those before
+ * it stay). buffer must not lie in mgr itself. */
 int32_t NamesManager_AddNamesFromBuffer(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *buffer);
 
 /* Stores one name given as a field: at most nMaxLength bytes of name are read (a negative nMaxLength counts as 0), and the name ends at the
- * first NUL among them. No limit of 1048575 applies here. 0 or 1. */
+ * first NUL among them. No limit of 1048575 applies here. The name may lie in mgr itself. 0; 1 memory exhausted (default names generated to
+ * fill a gap stay). */
 int32_t NamesManager_AddNameWithMaxLength(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *name, int32_t nMaxLength);
 
 /* ---- Default names --------------------------------------------------------------------------------------------------------------------
@@ -165,16 +195,18 @@ void NamesManager_SetFirstGeneratedName(NamesManager *mgr, const char *szName);
 
 /* ---- Reading --------------------------------------------------------------------------------------------------------------------------
  * In segment mode ascending reads continue at a cursor; the fifth retrieval in a row that had to search for its first name (it started
- * neither at index 0 nor where the last one stopped) switches the manager to individual positions for good.
+ * neither at index 0 nor where the last one stopped) switches the manager to individual positions for good. A retrieval that ends on the
+ * last name of a segment leaves no cursor, so that the one that goes on from there counts as a search, too: a reader in order whose ranges
+ * end there time and again, ranges of 128 names where segments are full, say, switches the manager with the fifth of these.
  */
 
 /* Writes the length in bytes of each name of the range into lengths[0] to lengths[last-first]. The range must lie below nNames; nothing is
  * written otherwise, nor for an empty range. Moves no cursor. */
 void NamesManager_GetNameLengths(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, int32_t *lengths);
 
-/* Fills ppNames[0] to ppNames[last-first] with pointers to the stored, NUL-terminated names. ppNames may be NULL: then names up to last are
- * only made to exist. 0; 1 default names missing below last could not be generated (nothing written). Reaching beyond nNames invalidates
- * earlier name pointers. */
+/* Fills ppNames[0] to ppNames[last-first] with pointers to the stored, NUL-terminated names. ppNames may be NULL: then names up to and
+ * including last are only made to exist, as they are for an empty range whose last is nNames or beyond. 0; 1 default names missing up to
+ * last could not be generated (nothing written; those generated stay). Reaching beyond nNames invalidates earlier name pointers. */
 int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char **ppNames);
 
 /* The stored, NUL-terminated name, or NULL where NamesManager_GetNamePointers would fail. */
@@ -211,11 +243,13 @@ int32_t NamesManager_WriteNameToText(NamesManager *mgr, int32_t index, int32_t b
 
 /* Tells whether storing the given names at first to last would leave two equal names: two given ones, or a given one and one held outside
  * the range. ppNames: last-first+1 pointers, NULL for none; pnLengths: their lengths in bytes, 0 or more; ppNames[i][pnLengths[i]] must be
- * readable. Names are compared without trailing white space (isspace in the current locale). *pbDuplicate: 1 when a clash was found, else
- * 0. Only then are *piFirstIndex (the name that was there first), *piSecondIndex (the given name that repeats it), both in the caller's
- * base, and szDuplicateName written: the name, cut to nDuplicateNameSize - 1 bytes and a NUL (not touched when nDuplicateNameSize is below
- * 1). 0: the check was made; 1: it could not be (memory; *pbDuplicate is 0). Generates the default names that storing at first would
- * generate. */
+ * readable. A name ends at its first NUL; names are compared without trailing white space (isspace in the current locale). The first given
+ * name that repeats an earlier given one is reported; without any, the first that is held outside the range. Of several equal held names
+ * only the one that the index yields is looked at (the lowest, in the shipped map): where that lies within the range, others outside it go
+ * unnoticed. *pbDuplicate: 1 when a clash was found, else 0. Only then are *piFirstIndex (the name that was there first), *piSecondIndex
+ * (the given name that repeats it), both in the caller's base, and szDuplicateName written: the name, cut to nDuplicateNameSize - 1 bytes
+ * and a NUL (not touched when nDuplicateNameSize is below 1). 0: the check was made; 1: it could not be (memory; *pbDuplicate is 0).
+ * Generates the default names that storing at first would generate. */
 int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *ppNames,
                                          const int32_t *pnLengths, int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex,
                                          char *szDuplicateName, int32_t nDuplicateNameSize);
@@ -249,7 +283,7 @@ int32_t NamesManager_FindNameList(NamesManager *mgr, const char *const *ppNames,
 
 /* Removes the names of the range; later names move down. last may lie beyond the last name and is cut; a first beyond it removes nothing.
  * 0; 1 the segment table could not be grown (no name is removed, the lookup index is dropped). Drops the lookup index, releases empty
- * blocks and invalidates all name pointers. */
+ * blocks and invalidates all name pointers. Switches to individual positions when it leaves more segments than half the names. */
 int32_t NamesManager_RemoveNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased);
 
 /* Removes the names at the nCount 0-based indices, in any order, repeated ones and ones that do not exist included; the list is not
@@ -260,10 +294,10 @@ int32_t NamesManager_RemoveNamesByIndices(NamesManager *mgr, const int32_t *pInd
 /* ---- Whole managers -------------------------------------------------------------------------------------------------------------------
  */
 
-/* Makes dst an exact copy of src: names, storage layout and mode, dead bytes, name format, maximum length; not pOwner, the first generated
- * name, cursor or index. 0; 1 memory exhausted (dst is then empty), or dst and src are the same (nothing changed), or a failed clear left
- * src without tables (dst unchanged). Locks dst, then src: two threads must not copy two managers into each other at the same time.
- * Invalidates all name pointers of dst. */
+/* Makes dst an exact copy of src: names, storage layout and mode, dead bytes, name format, nGeneratedNameBase, maximum length; not pOwner,
+ * the first generated name, cursor or index. Blocks get the sizes of src's, but a larger first block of dst stays larger. 0; 1 memory
+ * exhausted (dst is then empty), or dst and src are the same (nothing changed), or a failed clear left src without tables (dst unchanged).
+ * Locks dst, then src: two threads must not copy two managers into each other at the same time. Invalidates all name pointers of dst. */
 int32_t NamesManager_Copy(NamesManager *dst, NamesManager *src);
 
 /* Switches to one position per name, which makes every later access direct at the price of 8 bytes a name. 0; 1 the manager has no segments
@@ -279,19 +313,22 @@ int32_t NamesManager_ReleaseEmptyBlocks(NamesManager *mgr);
  * manager meanwhile. With a lookup index, repeated names are reported too: no index can yield both. */
 void NamesManager_AssertConsistency(NamesManager *mgr);
 
-/* Writes the manager's complete state as a byte image, in the machine's byte order (the format is drawn in names/persistence.cpp). mgr may
- * be NULL. reserved is not used. 0, or the first non-zero result of the stream's write, which ends the save. Equal managers save equal
- * bytes. */
+/* Writes the manager's complete state as a byte image, in the machine's byte order (docs/image_format.md). mgr may
+ * be NULL. reserved is not used. 0, or the first non-zero result of the stream's write, which ends the save; the manager keeps its names in
+ * any case. Equal managers save equal bytes, unless there is no memory for the block records without their addresses (24 bytes a block):
+ * the addresses, which mean nothing to a load, then go out with the image. */
 int32_t NamesManager_Save(NamesManager *mgr, void *reserved, HostOutputStream *stream);
 
 /* Replaces all that mgr holds, except pOwner, by a state read from an image. Nothing in the image is trusted: it is taken only if every
- * invariant of a manager holds for it. reserved is not used. 0; -1 memory ran out or the image is not sound; else the code of the read that
- * failed. After a failure the manager is as NamesManager_Clear leaves it. Invalidates all name pointers. */
+ * invariant of a manager holds for it. The image of a NULL manager clears mgr, which keeps its formats of default names then. reserved is
+ * not used. 0; -1 memory ran out or the image is not sound; else the code of the read that failed. After a failure the manager is as
+ * NamesManager_Clear leaves it. Invalidates all name pointers. */
 int32_t NamesManager_Load(NamesManager *mgr, void *reserved, HostInputStream *stream);
 
 /* Runs fixed scenarios over every public operation on managers of its own, auditing after each step; for an integrator to run on a new
- * host. Prints progress on standard output and reports each failed expectation through the host. The number of expectations that failed; 0
- * is a pass. */
+ * host. NamesManager_WriteNameToText and NamesManager_Load are left out unless the module was built with NAMES_HOST_HAS_MAKERS defined, as
+ * it is for the shipped host: docs/porting.md tells what that takes. Prints progress on standard output and reports each failed expectation
+ * through the host. The number of expectations that failed, findings of the audit included; 0 is a pass. */
 int32_t NamesManager_SelfCheck(void);
 
 #ifdef __cplusplus

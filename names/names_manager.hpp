@@ -1,15 +1,31 @@
-// A thin C++ face on names_manager.h: an owning handle, string views, names in a range-for. Everything here is one C call, whose
-// declaration tells what it does, when it fails and which views it ends; indices count from 0. No exceptions; an operation that cannot
-// answer says so.
+// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything here is one C call, whose declaration
+// tells what it does, when it fails and which views it ends; indices count from 0. No exceptions; an operation that cannot answer says so.
+//
+// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a NUL is refused (Status::failed) rather
+// than cut. Views and strings given many at a time are copied to NUL-terminated text for the time of the call.
 #ifndef NAMES_NAMES_MANAGER_HPP
 #define NAMES_NAMES_MANAGER_HPP
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <memory>
+#include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 
+#if __has_include(<version>)
+#include <version>
+#endif
+#ifdef __cpp_lib_ranges
+#include <ranges>
+#endif
+#ifdef __cpp_lib_span
+#include <span>
+#endif
+
+#include "host/host_names_file.h"
 #include "names/names_manager.h"
 
 namespace names_manager {
@@ -21,11 +37,10 @@ enum class [[nodiscard]] Status : int32_t{
     tooSmall = 3  // the buffer given
 };
 
-// The names of an index range in ascending order. It reads ahead, many names per lock, so nothing may change the manager while it is in
-// use. It ends early if default names in the range cannot be generated. Views last as those of Manager::name do.
+// Existing names of an index range in ascending order: a view with a size, of string views. An iterator reads ahead, many names per lock,
+// so nothing may change the manager while it is in use. Views last as those of Manager::name do.
 class NameRange {
 public:
-    struct End {};
     class Iterator {
     public:
         using iterator_category = std::input_iterator_tag;
@@ -35,42 +50,66 @@ public:
         using reference = std::string_view;
 
         Iterator() = default;
-        Iterator(NamesManager *mgr, int32_t first, int32_t last) noexcept : pManager_(mgr), iNext_(first), iLast_(last) { readAhead(); }
+        Iterator(NamesManager *mgr, int32_t iNext, int32_t iEnd) noexcept : pManager_(mgr), iNext_(iNext), iEnd_(iEnd) { readAhead(); }
         std::string_view operator*() const noexcept { return apNames_[iAhead_]; }
         Iterator &operator++() noexcept {
+            ++iNext_;
             if (++iAhead_ == nAhead_) readAhead();
             return *this;
         }
-        void operator++(int) noexcept { ++*this; }
-        friend bool operator==(const Iterator &iterator, End /*end*/) noexcept { return iterator.nAhead_ == 0; }
-        friend bool operator!=(const Iterator &iterator, End /*end*/) noexcept { return iterator.nAhead_ != 0; }
+        Iterator operator++(int) noexcept {
+            Iterator before = *this;
+            ++*this;
+            return before;
+        }
+        friend bool operator==(const Iterator &a, const Iterator &b) noexcept { return a.iNext_ == b.iNext_; }
+        friend bool operator!=(const Iterator &a, const Iterator &b) noexcept { return a.iNext_ != b.iNext_; }
+        friend difference_type operator-(const Iterator &a, const Iterator &b) noexcept { return difference_type{a.iNext_} - b.iNext_; }
 
     private:
         void readAhead() noexcept {
-            const int32_t nWanted = iNext_ > iLast_ ? 0 : iLast_ - iNext_ < kAhead ? iLast_ - iNext_ + 1 : kAhead;
-            const bool bRead = nWanted > 0 && NamesManager_GetNamePointers(pManager_, iNext_, iNext_ + nWanted - 1, 0, apNames_) == 0;
-            nAhead_ = bRead ? nWanted : 0;
-            iNext_ += nAhead_;
             iAhead_ = 0;
+            nAhead_ = iEnd_ - iNext_ < kAhead ? iEnd_ - iNext_ : kAhead;
+            if (nAhead_ > 0 && NamesManager_GetNamePointers(pManager_, iNext_, iNext_ + nAhead_ - 1, 0, apNames_) != 0) {
+                iNext_ = iEnd_;  // somebody has removed names meanwhile
+            }
         }
 
         static constexpr int32_t kAhead = 128;
         NamesManager *pManager_ = nullptr;
         int32_t iNext_ = 0;
-        int32_t iLast_ = -1;
+        int32_t iEnd_ = 0;
         int32_t iAhead_ = 0;
         int32_t nAhead_ = 0;
         const char *apNames_[kAhead] = {};
     };
 
-    NameRange(NamesManager *mgr, int32_t first, int32_t last) noexcept : pManager_(mgr), first_(first), last_(last) {}
-    Iterator begin() const noexcept { return {pManager_, first_, last_}; }
-    End end() const noexcept { return {}; }
+    NameRange() = default;
+    // Of the names first to last those that exist; none if the range is outside the contract of reading.
+    NameRange(NamesManager *mgr, int32_t first, int32_t last) noexcept : pManager_(mgr) {
+        const int32_t nNames = NamesManager_GetNumNames(mgr);
+        if (0 <= first && first < nNames && first <= last && last < INT32_MAX) {
+            iFirst_ = first;
+            iEnd_ = last < nNames ? last + 1 : nNames;
+        }
+    }
+    Iterator begin() const noexcept { return {pManager_, iFirst_, iEnd_}; }
+    Iterator end() const noexcept { return {pManager_, iEnd_, iEnd_}; }
+    std::size_t size() const noexcept { return static_cast<std::size_t>(iEnd_ - iFirst_); }
+    bool empty() const noexcept { return iFirst_ == iEnd_; }
 
 private:
-    NamesManager *pManager_;
-    int32_t first_;
-    int32_t last_;
+    NamesManager *pManager_ = nullptr;
+    int32_t iFirst_ = 0;
+    int32_t iEnd_ = 0;
+};
+
+// What a check for repeated names found. The name at iSecond repeats the one at iFirst.
+struct [[nodiscard]] Duplicate {
+    Status status = Status::failed;  // ok: the check was made
+    bool found = false;
+    int32_t iFirst = -1;
+    int32_t iSecond = -1;
 };
 
 // Owns a manager; moves, does not copy (see copyFrom). One that was moved from, or could not be created, is false and good for nothing
@@ -96,31 +135,48 @@ public:
     NamesManager *release() noexcept { return std::exchange(pManager_, nullptr); }
 
     int32_t size() const noexcept { return NamesManager_GetNumNames(pManager_); }
+    bool empty() const noexcept { return size() == 0; }
     Status clear() noexcept { return Status{NamesManager_Clear(pManager_)}; }
     Status copyFrom(const Manager &source) noexcept { return Status{NamesManager_Copy(pManager_, source.pManager_)}; }
+    Status usePositions() noexcept { return Status{NamesManager_StoreIndividualNamePositions(pManager_)}; }
 
     // ---- Storing ----
     Status add(int32_t index, const char *szName) noexcept { return Status{NamesManager_AddName(pManager_, index, 0, szName)}; }
-    Status add(int32_t index, std::string_view name) noexcept {  // no limit of 1048575 bytes; ends at a NUL
-        if (name.size() > INT32_MAX) return Status::failed;
-        return Status{NamesManager_AddNameWithMaxLength(pManager_, index, 0, textOf(name), static_cast<int32_t>(name.size()))};
+    Status add(int32_t index, std::string_view name) noexcept {
+        const Status status = check(name);
+        return status != Status::ok ? status : Status{NamesManager_AddNameWithMaxLength(pManager_, index, 0, textOf(name), lengthOf(name))};
     }
+    Status push_back(const char *szName) noexcept { return add(size(), szName); }
+    Status push_back(std::string_view name) noexcept { return add(size(), name); }
     Status add(int32_t first, int32_t last, const char *const *pszNames) noexcept {
         return Status{NamesManager_AddNames(pManager_, first, last, 0, pszNames)};
     }
+    // nNames names at first and behind it.
+    Status add(int32_t first, const char *const *pszNames, std::size_t nNames) noexcept {
+        return nNames == 0 ? Status::ok : fits(first, nNames) ? add(first, lastOf(first, nNames), pszNames) : Status::failed;
+    }
+    Status add(int32_t first, const std::string_view *pNames, std::size_t nNames) noexcept { return addTexts(first, pNames, nNames); }
+    Status add(int32_t first, const std::string *pNames, std::size_t nNames) noexcept { return addTexts(first, pNames, nNames); }
     Status addFromBuffer(int32_t first, int32_t last, const char *pBuffer) noexcept {
         return Status{NamesManager_AddNamesFromBuffer(pManager_, first, last, 0, pBuffer)};
+    }
+    // The source's name, behind the prefix. The source may be this manager.
+    Status addCopy(int32_t index, const Manager &source, int32_t iSource, const char *szPrefix = "") noexcept {
+        return Status{NamesManager_CopyNameWithPrefix(pManager_, index, 0, source.pManager_, iSource, 0, szPrefix)};
     }
     Status generate(int32_t nCount) noexcept { return Status{NamesManager_GenerateNames(pManager_, nCount)}; }
 
     // ---- Reading ----
-    // A view with data() == nullptr when there is no such name and it could not be generated.
-    std::string_view name(int32_t index) const noexcept {
-        const char *szName = NamesManager_GetName(pManager_, index, 0);
-        return szName != nullptr ? std::string_view(szName) : std::string_view();
-    }
+    // A view with data() == nullptr when there is no such name. A manager that is not const makes default names up to it first.
+    std::string_view name(int32_t index) const noexcept { return 0 <= index && index < size() ? read(index) : std::string_view(); }
+    std::string_view name(int32_t index) noexcept { return read(index); }
     NameRange names() const noexcept { return {pManager_, 0, size() - 1}; }
     NameRange names(int32_t first, int32_t last) const noexcept { return {pManager_, first, last}; }
+    // Makes default names up to last first, as many as it can.
+    NameRange names(int32_t first, int32_t last) noexcept {
+        static_cast<void>(NamesManager_GetNamePointers(pManager_, first, last, 0, nullptr));
+        return {pManager_, first, last};
+    }
     int32_t maxNameLength() const noexcept { return NamesManager_GetMaxNameLength(pManager_); }
     // Plain names back to back, each with its NUL. pnRequired may be NULL.
     Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes, uint64_t *pnRequired = nullptr) const noexcept {
@@ -130,30 +186,172 @@ public:
     // ---- Looking up: the index, -1 for none ----
     int32_t find(const char *szName) const noexcept { return NamesManager_FindName(pManager_, szName, 0); }
     int32_t find(std::string_view name) const noexcept {
-        if (name.size() > INT32_MAX) return -1;
-        return NamesManager_FindNameInField(pManager_, textOf(name), static_cast<int32_t>(name.size()), 0);
+        return check(name) != Status::ok ? -1 : NamesManager_FindNameInField(pManager_, textOf(name), lengthOf(name), 0);
+    }
+    // Many at once, which is faster; pIndices has room for nNames.
+    Status find(const char *const *pszNames, std::size_t nNames, int32_t *pIndices) const noexcept {
+        if (!fits(0, nNames)) return Status::failed;
+        return Status{NamesManager_FindNameList(pManager_, pszNames, static_cast<int32_t>(nNames), 0, pIndices)};
+    }
+    Status find(const std::string_view *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
+        return findTexts(pNames, nNames, pIndices);
+    }
+    Status find(const std::string *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
+        return findTexts(pNames, nNames, pIndices);
+    }
+
+    // ---- Checking, before names are added at first and behind it: see NamesManager_CheckDuplicateNames ----
+    Duplicate findDuplicate(int32_t first, const char *const *pszNames, std::size_t nNames) noexcept {
+        const auto lengths = std::unique_ptr<int32_t[]>(new (std::nothrow) int32_t[nNames + 1]);
+        if (lengths == nullptr || !fits(first, nNames)) return {};
+        for (std::size_t k = 0; k < nNames; ++k) {
+            const std::size_t nLength = pszNames[k] != nullptr ? std::char_traits<char>::length(pszNames[k]) : 0;
+            if (nLength > INT32_MAX) return {};
+            lengths[k] = static_cast<int32_t>(nLength);
+        }
+        return findDuplicate(first, pszNames, lengths.get(), nNames);
+    }
+    Duplicate findDuplicate(int32_t first, const std::string_view *pNames, std::size_t nNames) noexcept {
+        return findDuplicateText(first, pNames, nNames);
+    }
+    Duplicate findDuplicate(int32_t first, const std::string *pNames, std::size_t nNames) noexcept {
+        return findDuplicateText(first, pNames, nNames);
     }
 
     // ---- Removing ----
+    Status remove(int32_t index) noexcept { return remove(index, index); }
     Status remove(int32_t first, int32_t last) noexcept { return Status{NamesManager_RemoveNames(pManager_, first, last, 0)}; }
     Status remove(const int32_t *pIndices, int32_t nCount) noexcept {
         return Status{NamesManager_RemoveNamesByIndices(pManager_, pIndices, nCount)};
     }
 
-    // ---- Images: 0, -1, or the stream's code ----
+    // ---- Images: 0, -1, or the stream's code; by path on the shipped host alone ----
     int32_t save(HostOutputStream *pStream) const noexcept { return NamesManager_Save(pManager_, nullptr, pStream); }
     int32_t load(HostInputStream *pStream) noexcept { return NamesManager_Load(pManager_, nullptr, pStream); }
+    int32_t save(const char *szPath) const noexcept { return NamesManager_SaveToFile(pManager_, szPath); }
+    int32_t load(const char *szPath) noexcept { return NamesManager_LoadFromFile(pManager_, szPath); }
+
+#ifdef __cpp_lib_span
+    Status add(int32_t first, std::span<const char *const> names) noexcept {
+        return add(first, names.data(), names.size());
+    }
+    Status add(int32_t first, std::span<const std::string_view> names) noexcept {
+        return add(first, names.data(), names.size());
+    }
+    Status add(int32_t first, std::span<const std::string> names) noexcept {
+        return add(first, names.data(), names.size());
+    }
+    // As many indices as names, else nothing is done (tooSmall).
+    Status find(std::span<const char *const> names, std::span<int32_t> indices) const noexcept {
+        return findIn(names, indices);
+    }
+    Status find(std::span<const std::string_view> names, std::span<int32_t> indices) const noexcept {
+        return findIn(names, indices);
+    }
+    Status find(std::span<const std::string> names, std::span<int32_t> indices) const noexcept {
+        return findIn(names, indices);
+    }
+    Status remove(std::span<const int32_t> indices) noexcept {
+        return indices.size() <= INT32_MAX ? remove(indices.data(), static_cast<int32_t>(indices.size())) : Status::failed;
+    }
+#endif
 
 private:
     struct Adopted {
         NamesManager *mgr;
     };
     explicit Manager(Adopted adopted) noexcept : pManager_(adopted.mgr) {}
-    static const char *textOf(std::string_view name) noexcept { return name.data() != nullptr ? name.data() : ""; }
+
+    static const char *textOf(std::string_view name) noexcept {
+        return name.data() != nullptr ? name.data() : "";
+    }
+    static int32_t lengthOf(std::string_view name) noexcept {
+        return static_cast<int32_t>(name.size());
+    }
+    static bool fits(int32_t first, std::size_t nNames) noexcept {
+        return first >= 0 && nNames <= static_cast<std::size_t>(INT32_MAX - first);
+    }
+    static int32_t lastOf(int32_t first, std::size_t nNames) noexcept {
+        return first + (static_cast<int32_t>(nNames) - 1);
+    }
+    // What storing NUL-terminated text would say.
+    static Status check(std::string_view name) noexcept {
+        constexpr std::size_t kLongest = 1048575;
+        if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX) return Status::failed;
+        return name.find_last_not_of(' ') + 1 > kLongest ? Status::tooLong : Status::ok;
+    }
+
+    // Names that are views or strings, NUL-terminated for the time of a call.
+    struct Terminated {
+        template <typename Text>
+        Terminated(const Text *pNames, std::size_t nNames) noexcept {
+            std::size_t nBytes = 0;
+            for (std::size_t k = 0; k < nNames && status == Status::ok; ++k) {
+                status = check(pNames[k]);
+                nBytes += pNames[k].size() + 1;
+            }
+            text.reset(status == Status::ok ? new (std::nothrow) char[nBytes + 1] : nullptr);
+            names.reset(status == Status::ok ? new (std::nothrow) const char *[nNames + 1] : nullptr);
+            if (text == nullptr || names == nullptr) {
+                status = status == Status::ok ? Status::failed : status;
+                return;
+            }
+            char *pNext = text.get();
+            for (std::size_t k = 0; k < nNames; ++k) {
+                names[k] = pNext;
+                pNext += std::string_view(pNames[k]).copy(pNext, pNames[k].size());
+                *pNext++ = '\0';
+            }
+        }
+        Status status = Status::ok;
+        std::unique_ptr<char[]> text;
+        std::unique_ptr<const char *[]> names;
+    };
+
+    template <typename Text>
+    Status addTexts(int32_t first, const Text *pNames, std::size_t nNames) noexcept {
+        const Terminated texts(pNames, nNames);
+        return texts.status != Status::ok ? texts.status : add(first, texts.names.get(), nNames);
+    }
+    template <typename Text>
+    Status findTexts(const Text *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
+        const Terminated texts(pNames, nNames);
+        return texts.status != Status::ok ? texts.status : find(texts.names.get(), nNames, pIndices);
+    }
+    template <typename Text>
+    Duplicate findDuplicateText(int32_t first, const Text *pNames, std::size_t nNames) noexcept {
+        const Terminated texts(pNames, nNames);
+        return texts.status != Status::ok ? Duplicate{texts.status} : findDuplicate(first, texts.names.get(), nNames);
+    }
+    Duplicate findDuplicate(int32_t first, const char *const *pszNames, const int32_t *pLengths, std::size_t nNames) noexcept {
+        Duplicate duplicate;
+        int32_t bFound = 0;
+        duplicate.status = Status{NamesManager_CheckDuplicateNames(pManager_, first, lastOf(first, nNames), 0, pszNames, pLengths, &bFound,
+                                                                   &duplicate.iFirst, &duplicate.iSecond, nullptr, 0)};
+        duplicate.found = bFound != 0;
+        return duplicate;
+    }
+#ifdef __cpp_lib_span
+    template <typename Name>
+    Status findIn(std::span<Name> names, std::span<int32_t> indices) const noexcept {
+        return indices.size() < names.size() ? Status::tooSmall : find(names.data(), names.size(), indices.data());
+    }
+#endif
+    std::string_view read(int32_t index) const noexcept {
+        const char *szName = NamesManager_GetName(pManager_, index, 0);
+        return szName != nullptr ? std::string_view(szName) : std::string_view();
+    }
 
     NamesManager *pManager_;
 };
 
 }  // namespace names_manager
+
+#ifdef __cpp_lib_ranges
+template <>
+inline constexpr bool std::ranges::enable_view<names_manager::NameRange> = true;
+template <>
+inline constexpr bool std::ranges::enable_borrowed_range<names_manager::NameRange> = true;
+#endif
 
 #endif

@@ -1,4 +1,4 @@
-/* Saving and loading a manager's exact image.
+/* Saving and loading a manager's exact image, which docs/image_format.md describes for other programs.
  *
  *     offset  bytes
  *          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc
@@ -353,7 +353,7 @@ bool readCursor(Reader *pReader, NamesManager *pRecord) {
 /* A cursor that is set points exactly at its name; its companions are stale, and free, while it is not. */
 bool isSoundCursor(NamesManager *pRecord) {
     const int32_t iName = pRecord->iCursorName;
-    if (pRecord->nCursorMisses < 0 || pRecord->nCursorMisses == INT32_MAX || iName < -1) {
+    if (pRecord->nCursorMisses < 0 || iName < -1) {
         return false;
     }
     if (iName == -1) {

@@ -207,7 +207,7 @@ NameSegment pieceOf(const NamesManager *mgr, int32_t s, IndexRange names, Walked
 /* A sweep over the segments from the last name down. */
 struct Sweep {
     NamesManager *mgr;
-    NameSegment *pNewSegments; /* where the table will be, one of these two */
+    NameSegment *pNewSegments; /* where the records kept are written, one of these two */
     NamePosition *pNewPositions;
     int32_t iNewSegment; /* the record written last */
     int32_t iSegment;    /* the segment that iTop lies in or below */
@@ -282,33 +282,49 @@ void removeRun(Sweep *pSweep, IndexRange run, bool bInSegments) {
     pSweep->iTop = run.first - 1;
 }
 
-/* Puts the new table in place of the segments. */
-void takeOverTable(NamesManager *mgr, const RemovalPlan &plan, const Sweep &sweep) {
-    HostMem_Free(mgr->pSegments, kSourceTag, __LINE__);
-    mgr->pSegments = sweep.pNewSegments;
-    mgr->nSegments = sweep.pNewSegments != nullptr ? plan.nSegments : 0;
-    mgr->nSegmentsAlloc = sweep.pNewSegments != nullptr ? static_cast<int32_t>(plan.nSegmentsAlloc) : 0;
-    mgr->pPositions = sweep.pNewPositions;
-    mgr->nPositionsAlloc = sweep.pNewPositions != nullptr ? plan.nPositionsAlloc : 0;
-}
-
-/* False without memory for the new table: nothing has changed. */
-bool sweepSegments(NamesManager *mgr, IndexList list) {
-    const RemovalPlan plan = planRemoval(mgr, list);
-    const bool bSwitch = plan.nPositionsAlloc >= 0;
-    const uint64_t nRecords = static_cast<uint64_t>(bSwitch ? plan.nPositionsAlloc : plan.nSegmentsAlloc);
-    const uint64_t nBytes = nRecords * (bSwitch ? sizeof(NamePosition) : sizeof(NameSegment));
-    void *pTable = plan.nSegmentsAlloc <= INT32_MAX ? HostMem_Alloc(nBytes, kSourceTag, __LINE__) : nullptr;
-    if (pTable == nullptr) {
+/* Makes the memory that the sweep writes to, and the table as large as it gets: as the removals one by one would leave it, with what its
+ * spare records held. False without memory: nothing has changed, but perhaps the table's capacity, which is part of the plan. */
+bool prepareSweep(NamesManager *mgr, const RemovalPlan &plan, Sweep *pSweep) {
+    if (plan.nPositionsAlloc >= 0) {
+        const uint64_t nBytes = static_cast<uint64_t>(plan.nPositionsAlloc) * sizeof(NamePosition);
+        pSweep->pNewPositions = static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+        return pSweep->pNewPositions != nullptr;
+    }
+    const uint64_t nBytes = static_cast<uint64_t>(plan.nSegments) * sizeof(NameSegment);
+    pSweep->pNewSegments = static_cast<NameSegment *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (pSweep->pNewSegments == nullptr) {
         return false;
     }
+    if (plan.nSegmentsAlloc > mgr->nSegmentsAlloc && !resizeSegmentTable(mgr, plan.nSegmentsAlloc)) {
+        HostMem_Free(pSweep->pNewSegments, kSourceTag, __LINE__);
+        return false;
+    }
+    return true;
+}
+
+/* Puts what was kept in place of the segments. */
+void takeOver(NamesManager *mgr, const RemovalPlan &plan, const Sweep &sweep) {
+    mgr->nNames -= plan.nRemoved;
+    if (sweep.pNewPositions != nullptr) {
+        std::fill(sweep.pNewPositions + mgr->nNames, sweep.pNewPositions + plan.nPositionsAlloc, NamePosition{0, 0});
+        freeSegmentTable(mgr);
+        mgr->pPositions = sweep.pNewPositions;
+        mgr->nPositionsAlloc = plan.nPositionsAlloc;
+    } else {
+        std::copy_n(sweep.pNewSegments, plan.nSegments, mgr->pSegments);
+        mgr->nSegments = plan.nSegments;
+        HostMem_Free(sweep.pNewSegments, kSourceTag, __LINE__);
+    }
+}
+
+/* False without memory: nothing has changed. */
+bool sweepSegments(NamesManager *mgr, IndexList list) {
+    const RemovalPlan plan = planRemoval(mgr, list);
     WalkedSegment walked;
     walked.iSegment = -1;
     Sweep sweep = {mgr, nullptr, nullptr, plan.nSegments, mgr->nSegments - 1, mgr->nNames - 1, plan.nRemoved, &walked};
-    if (bSwitch) {
-        sweep.pNewPositions = static_cast<NamePosition *>(pTable);
-    } else {
-        sweep.pNewSegments = static_cast<NameSegment *>(pTable);
+    if (!prepareSweep(mgr, plan, &sweep)) {
+        return false;
     }
     bool bMore = true;
     for (int32_t nRun = 0; bMore; ++nRun) {
@@ -319,8 +335,7 @@ bool sweepSegments(NamesManager *mgr, IndexList list) {
             removeRun(&sweep, run, nRun < plan.nRunsInSegments);
         }
     }
-    takeOverTable(mgr, plan, sweep);
-    mgr->nNames -= plan.nRemoved;
+    takeOver(mgr, plan, sweep);
     return true;
 }
 

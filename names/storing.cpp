@@ -1,4 +1,5 @@
 /* Storing names: the public entries, the way from a range to its replaced and appended parts, and appending. */
+#include <assert.h>
 #include <string.h>
 
 #include <algorithm>
@@ -118,12 +119,27 @@ int32_t appendNames(NamesManager *mgr, GivenNames given, int32_t nNames) {
     return 0;
 }
 
+/* Lookups rely on it. */
+[[maybe_unused]] bool areTrimmed(const GivenNames &given, int32_t nNames) {
+    const char *pName = given.pText;
+    for (int32_t k = 0; k < nNames; ++k) {
+        pName = given.names != nullptr ? given.names[k] : pName;
+        const int32_t nLength = given.lengths[k];
+        if (nLength > 0 && pName[nLength - 1] == ' ') {
+            return false;
+        }
+        pName += nLength + 1;
+    }
+    return true;
+}
+
 /* storeRange for one name. */
 int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
     const GivenNames given = {&pName, nullptr, &nLength};
     if (index != mgr->nNames || hasNoTables(mgr)) {
         return storeRange(mgr, {index, index}, given);
     }
+    assert(areTrimmed(given, 1));
     dropCursor(mgr);
     if (!makeRoomForPositions(mgr, 1)) {
         return 1;
@@ -181,20 +197,73 @@ int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char 
     return nStatus;
 }
 
-}  // namespace
+/* Addresses from nBegin on that lie in one block, or in none. */
+struct Surroundings {
+    uintptr_t nBegin;
+    uintptr_t nBytes;
+    bool bInBlock;
+};
 
-int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
-    IndexRange range;
-    if (first == last) {
-        return addName(mgr, first, bOneBased, names[0]);
+uintptr_t addressOf(const char *p) {
+    return reinterpret_cast<uintptr_t>(p);
+}
+
+Surroundings surroundingsOf(const NamesManager *mgr, const char *pName) {
+    uintptr_t nBegin = 0;
+    uintptr_t nEnd = UINTPTR_MAX;
+    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
+        const uintptr_t nBlock = addressOf(mgr->pBlocks[b].pData);
+        const uintptr_t nBlockEnd = nBlock + static_cast<uintptr_t>(mgr->pBlocks[b].nSize);
+        if (nBlockEnd <= addressOf(pName)) {
+            nBegin = std::max(nBegin, nBlockEnd);
+        } else if (nBlock > addressOf(pName)) {
+            nEnd = std::min(nEnd, nBlock);
+        } else {
+            return {nBlock, nBlockEnd - nBlock, true};
+        }
     }
-    if (last < first) {
-        releaseEmptyBlocks(mgr);
-        return 0;
+    return {nBegin, nEnd - nBegin, false};
+}
+
+/* *pLast: the surroundings of the name asked for before, mostly those of the next one, too. */
+inline bool liesInBlock(const NamesManager *mgr, const char *pName, Surroundings *pLast) {
+    if (addressOf(pName) - pLast->nBegin >= pLast->nBytes) {
+        *pLast = surroundingsOf(mgr, pName);
     }
-    if (!toIndexRange(first, last, bOneBased, &range)) {
-        return 1;
+    return pLast->bInBlock;
+}
+
+bool anyLiesInBlock(const NamesManager *mgr, const char *const *names, int32_t nNames) {
+    Surroundings last = {0, 0, false};
+    return std::any_of(names, names + nNames, [mgr, &last](const char *pName) { return liesInBlock(mgr, pName, &last); });
+}
+
+/* Where those of the names that lie in the manager itself are put for the time of a store: as many pointers, then their texts. NULL without
+ * memory. */
+const char **copyOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames) {
+    uint64_t nBytes = static_cast<uint64_t>(nNames) * sizeof(char *);
+    Surroundings last = {0, 0, false};
+    for (int32_t k = 0; k < nNames; ++k) {
+        nBytes += liesInBlock(mgr, names[k], &last) ? strlen(names[k]) + 1 : 0;
     }
+    const char **ppCopies = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (ppCopies == nullptr) {
+        return nullptr;
+    }
+    char *pText = reinterpret_cast<char *>(ppCopies + nNames);
+    for (int32_t k = 0; k < nNames; ++k) {
+        ppCopies[k] = names[k];
+        if (liesInBlock(mgr, names[k], &last)) {
+            const size_t nName = strlen(names[k]) + 1;
+            ppCopies[k] = static_cast<const char *>(memcpy(pText, names[k], nName));
+            pText += nName;
+        }
+    }
+    return ppCopies;
+}
+
+/* The names of a range at once, or one after the other where there is no memory for their lengths. */
+int32_t storeSeveral(NamesManager *mgr, IndexRange range, const char *const *names) {
     const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
     int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
     if (lengths != nullptr) {
@@ -210,6 +279,30 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
     return 0;
 }
 
+}  // namespace
+
+int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
+    IndexRange range;
+    if (first == last) {
+        return addName(mgr, first, bOneBased, names[0]);
+    }
+    if (last < first) {
+        releaseEmptyBlocks(mgr);
+        return 0;
+    }
+    if (!toIndexRange(first, last, bOneBased, &range)) {
+        return 1;
+    }
+    /* Of names that replace others, those that lie in the manager itself would be overwritten by those stored before them. */
+    if (range.first >= mgr->nNames || !anyLiesInBlock(mgr, names, countOf(range))) {
+        return storeSeveral(mgr, range, names);
+    }
+    const char **ppCopies = copyOwnNames(mgr, names, countOf(range));
+    const int32_t nStatus = ppCopies != nullptr ? storeSeveral(mgr, range, ppCopies) : 1;
+    HostMem_Free(ppCopies, kSourceTag, __LINE__);
+    return nStatus;
+}
+
 int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
     const int32_t nStatus = storeOne(mgr, index, pName, nLength);
     if (nStatus == 0 && index % kReleaseInterval == 0) {
@@ -219,6 +312,7 @@ int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t 
 }
 
 int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given) {
+    assert(areTrimmed(given, countOf(range)));
     if (hasNoTables(mgr) || (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
         return 1;
     }

@@ -117,6 +117,7 @@ const Damage kIndexed[] = {
     {"none", 0, [](Patient &) {}},
     {"a changed name", 1, [](Patient &p) { p.text[0] = 'x'; }},
     {"a last name without its end", 1, [](Patient &p) { p.text[1799] = 'x'; }},
+    {"a last name behind the used bytes", 1, [](Patient &p) { p.blocks[0].nUsed = 1794; }},
 };
 const Damage kIndexedSegments[] = {
     {"a name less", 1, [](Patient &p) { p.record.nNames = 299, p.segments[2].iLast = 298; }},

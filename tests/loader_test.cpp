@@ -1,10 +1,12 @@
 // Images that nobody saved, and what comes out of images in general: the generated names of any format, numbers at the edge.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstring>
+#if __has_include(<sys/resource.h>)
+#include <sys/resource.h>
+#endif
 
-#include "host/host_memory.h"
+#include "tests/counted_host/counted_memory.h"
 #include "tests/loaded_manager.hpp"
 
 namespace {
@@ -26,10 +28,15 @@ int32_t offer(const std::string &image) {
     return nStatus;
 }
 
+// Kilobytes; 0 on a system that does not tell, where the test is left out.
 int64_t peakResident() {
+#ifdef RUSAGE_SELF
     rusage usage = {};
     getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss;
+#else
+    return 0;
+#endif
 }
 
 // The first test, so that the peak is its own. Sanitizers keep books on memory that nobody touches.
@@ -48,7 +55,7 @@ TEST(Loader, TouchesNoMemoryThatAnImageOnlyClaims) {
         }
     }
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    EXPECT_LT(peakResident() - nBefore, 4096);  // kilobytes
+    EXPECT_LT(peakResident() - nBefore, 4096);
 #endif
 }
 
@@ -87,7 +94,6 @@ const struct {
     {"a cursor one name on", false, [](Record &r) { ++r.cursor.iName; }},
     {"a cursor one byte on", false, [](Record &r) { ++r.cursor.nOffset; }},
     {"a cursor in another block", false, [](Record &r) { ++r.cursor.iBlock; }},
-    {"too many misses to count on", false, [](Record &r) { r.cursor.nMisses = INT32_MAX; }},
     {"equal positions", true, [](Record &r) { r.positions[1] = r.positions[0]; }},
     {"overlapping positions", true, [](Record &r) { r.positions[1] = r.positions[0], ++r.positions[1].nOffset; }},
     {"a cursor among positions", true, [](Record &r) { r.cursor.iName = 1; }},
@@ -105,6 +111,9 @@ TEST(Loader, RefusesUnsoundImages) {
         pfnSpoil(record);
         EXPECT_EQ(-1, offer(imageOf(record))) << szWhat;
     }
+    Record mostMisses = recordWithNames(false);
+    mostMisses.cursor.nMisses = INT32_MAX;  // where counting stops
+    EXPECT_EQ(0, offer(imageOf(mostMisses)));
 }
 
 // A manager without names whose next default name has the given number.

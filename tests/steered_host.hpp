@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "host/host_lock.h"
-#include "host/host_memory.h"
 #include "host/host_report.h"
 #include "host/host_stream.h"
 #include "host/host_text.h"
+#include "tests/counted_host/counted_memory.h"
 
 namespace steered {
 

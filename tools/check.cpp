@@ -1,6 +1,5 @@
 // check: whether an image is sound and no name in it is repeated. self-check: whether the module is.
 #include <algorithm>
-#include <cinttypes>
 #include <cstdio>
 #include <new>
 #include <utility>
@@ -59,6 +58,7 @@ std::vector<Repetition> findRepetitions(NamesManager *mgr) {
         if (NamesManager_FindNames(mgr, names, count, kTextUnchanged, 0, indices.data()) != 0) throw std::bad_alloc();
         for (int32_t i = 0; i < count; ++i)
             if (const int32_t index = indices[static_cast<size_t>(i)]; index != first + i) repetitions.emplace_back(index, first + i);
+        return true;
     });
     std::sort(repetitions.begin(), repetitions.end());
     return repetitions;
@@ -79,7 +79,8 @@ std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vecto
         else
             ++nUnlisted;
     }
-    if (nUnlisted > 0) findings.push_back(std::to_string(nUnlisted) + " more texts are repeated");
+    if (nUnlisted > 0)
+        findings.push_back(counted(static_cast<int64_t>(nUnlisted), "more text") + (nUnlisted == 1 ? " is" : " are") + " repeated");
     return findings;
 }
 
@@ -101,9 +102,9 @@ int runCheck(const std::string &image) {
     const ManagerHandle mgr = makeManager();
     const std::vector<std::string> problems = findProblems(mgr.get(), image);
     for (const std::string &problem : problems)
-        std::fprintf(stderr, "names_tool: %s: %s\n", image.c_str(), problem.c_str());
+        std::fprintf(stderr, "names_tool: %s: %s\n", inputName(image).c_str(), problem.c_str());
     if (!problems.empty()) return 1;
-    std::printf("%s: sound, %" PRId32 " names, none repeated\n", image.c_str(), mgr->nNames);
+    Output().write(inputName(image) + ": sound, " + counted(mgr->nNames, "name") + ", none repeated\n");
     return 0;
 }
 
@@ -111,12 +112,13 @@ int runCheck(const std::string &image) {
 int runSelfCheck() {
     const Assertions assertions;
     const int32_t nFailed = NamesManager_SelfCheck();
-    std::fflush(stdout);
+    Output output;
+    output.flush();
     const std::vector<std::string> texts = assertions.texts();
     for (const std::string &text : texts)
         std::fprintf(stderr, "names_tool: %s\n", text.c_str());
     const bool bPassed = nFailed == 0 && texts.empty();
-    std::puts(bPassed ? "self-check: passed" : "self-check: FAILED");
+    output.write(bPassed ? "self-check: passed\n" : "self-check: FAILED\n");
     return bPassed ? 0 : 1;
 }
 

@@ -5,6 +5,13 @@
 
 namespace tool {
 
+void add(BlockFacts &sum, const BlockFacts &block) {
+    sum.size += block.size;
+    sum.used += block.used;
+    sum.dead += block.dead;
+    sum.names += block.names;
+}
+
 void visitRuns(NamesManager *mgr, const std::function<void(const TextRun &run)> &visit) {
     for (int32_t i = 0; mgr->pSegments && i < mgr->nSegments; ++i) {
         const NameSegment &segment = mgr->pSegments[i];

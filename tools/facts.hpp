@@ -10,13 +10,15 @@
 
 namespace tool {
 
-// All sizes in bytes, each name with its NUL.
+// Of a block, or of several together. All sizes in bytes, each name with its NUL.
 struct BlockFacts {
-    int32_t size;
-    int32_t used;
-    int32_t dead;
-    int32_t names;
+    int64_t size = 0;
+    int64_t used = 0;
+    int64_t dead = 0;
+    int64_t names = 0;
 };
+
+void add(BlockFacts &sum, const BlockFacts &block);
 
 struct Facts {
     bool bPositions;

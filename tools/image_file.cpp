@@ -1,10 +1,9 @@
-// Images in files: read whole, written beside their place and renamed into it.
+// Images in files and pipes.
+#include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <fcntl.h>
+#include <cstring>
 #include <filesystem>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <new>
 
 #include "tools/progress.hpp"
 #include "tools/tool.hpp"
@@ -12,79 +11,139 @@
 namespace tool {
 namespace {
 
-// A file beside the one that it is to replace, removed again unless it gets there.
-struct TemporaryFile {
-    std::string path;
-    int descriptor = -1;
+constexpr size_t kChunk = size_t{1} << 20;
 
-    explicit TemporaryFile(const std::filesystem::path &target) : path((target.parent_path() / ".names_tool-XXXXXX").string()) {
-        descriptor = mkostemp(path.data(), O_CLOEXEC);
-    }
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
-    ~TemporaryFile() {
-        if (descriptor >= 0) unlink(path.c_str());
-    }
+// ---- The byte order of an image ----
+
+// What an image begins with.
+struct Counts {
+    int32_t nNames = 0;
+    int32_t nBlocks = 0;
+    int32_t nBlocksAlloc = 0;
+    int32_t nSegments = 0;
+    int32_t nSegmentsAlloc = 0;
+    int32_t nPositionsAlloc = 0;
 };
 
-// The mode that the image gets: the older image's, or what a newly created file would have.
-mode_t imageMode(const std::string &image, const std::string &target) {
-    struct stat status {};
-    if (stat(target.c_str(), &status) == 0) {
-        if (!S_ISREG(status.st_mode)) fail(image, "not a regular file");
-        return status.st_mode & 07777;
-    }
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
+int32_t swapped(int32_t number) {
+    const auto n = static_cast<uint32_t>(number);
+    return static_cast<int32_t>(n << 24 | (n & 0xff00) << 8 | (n >> 8 & 0xff00) | n >> 24);
 }
 
-// Writes the image to the descriptor, which it closes. Fails when a byte did not reach the device.
-void writeImage(NamesManager *mgr, int descriptor, const std::string &image) {
-    HostOutputStream *pStream = HostOutputStream_CreateForDescriptor(descriptor);
-    if (!pStream) {
-        close(descriptor);
-        throw std::bad_alloc();
-    }
-    const int32_t nSaved = NamesManager_Save(mgr, nullptr, pStream);
-    const int32_t nClosed = HostOutputStream_Close(pStream, 1);
-    if (nSaved != 0 || nClosed != 0) fail(image, "cannot write: " + systemError());
+Counts swapped(const Counts &counts) {
+    return {swapped(counts.nNames),    swapped(counts.nBlocks),        swapped(counts.nBlocksAlloc),
+            swapped(counts.nSegments), swapped(counts.nSegmentsAlloc), swapped(counts.nPositionsAlloc)};
 }
+
+bool arePlausible(const Counts &counts) {
+    return counts.nNames >= 0 && 1 <= counts.nBlocks && counts.nBlocks <= counts.nBlocksAlloc && 0 <= counts.nSegments &&
+           counts.nSegments <= counts.nSegmentsAlloc && counts.nPositionsAlloc >= 0 &&
+           (counts.nSegmentsAlloc == 0 || counts.nPositionsAlloc == 0);
+}
+
+// Counts of the size that counts have are huge, or negative, in the other byte order.
+bool areOfOtherOrder(const Counts &counts) {
+    const Counts other = swapped(counts);
+    return arePlausible(other) && static_cast<uint32_t>(other.nBlocks) < static_cast<uint32_t>(counts.nBlocks);
+}
+
+// ---- Reading ----
+
+struct StreamCloser {
+    void operator()(HostInputStream *pStream) const { HostInputStream_Close(pStream); }
+    void operator()(HostOutputStream *pStream) const { HostOutputStream_Close(pStream, 0); }
+};
+using InputStream = std::unique_ptr<HostInputStream, StreamCloser>;
+using Bytes = std::unique_ptr<HostOutputStream, StreamCloser>;  // a stream in memory
+
+// All 0 where the bytes are too few.
+Counts countsIn(const void *pBytes, uint64_t nBytes) {
+    Counts counts;
+    if (nBytes >= sizeof counts) std::memcpy(&counts, pBytes, sizeof counts);
+    return counts;
+}
+
+Counts countsOf(const HostOutputStream *pBytes) {
+    uint64_t nBytes = 0;
+    const void *pMemory = HostOutputStream_GetMemory(pBytes, &nBytes);
+    return countsIn(pMemory, nBytes);
+}
+
+Counts countsOf(const std::string &image) {
+    std::array<char, sizeof(Counts)> bytes{};
+    return countsIn(bytes.data(), Input(image).read(bytes.data(), bytes.size()));
+}
+
+// Everything that comes from a pipe, so that its beginning can be looked at when it could not be loaded. What is no image may have no end:
+// of that, some bytes.
+Bytes gather(const std::string &image) {
+    Input input(image);
+    Bytes bytes(HostOutputStream_CreateInMemory());
+    if (!bytes) throw std::bad_alloc();
+    std::vector<char> chunk(kChunk);
+    size_t nGathered = 0;
+    while (const size_t nRead = input.read(chunk.data(), chunk.size())) {
+        if (HostStream_Write(bytes.get(), chunk.data(), nRead) != 0) throw std::bad_alloc();
+        nGathered += nRead;
+        const Counts counts = countsOf(bytes.get());
+        if (nGathered >= sizeof counts && !arePlausible(counts) && !arePlausible(swapped(counts))) break;
+    }
+    return bytes;
+}
+
+InputStream openStream(const std::string &image, const HostOutputStream *pGathered) {
+    uint64_t nBytes = 0;
+    const void *pMemory = pGathered ? HostOutputStream_GetMemory(pGathered, &nBytes) : nullptr;
+    InputStream stream(pGathered ? HostInputStream_CreateInMemory(pMemory, nBytes) : HostInputStream_CreateForFile(image.c_str()));
+    if (!stream) fail(inputName(image), "cannot open: " + systemError());
+    return stream;
+}
+
+// ---- Writing ----
+
+// A stream into an output.
+struct FileStream {
+    HostOutputStream stream;
+    Output *pOutput;
+};
+
+int32_t writeToOutput(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
+    return reinterpret_cast<FileStream *>(pStream)->pOutput->tryWrite(pData, nBytes) ? 0 : HostStreamError_IO;
+}
+
+constexpr HostOutputStreamOps kFileOps = {writeToOutput};
 
 }  // namespace
 
 std::string loadProblem(NamesManager *mgr, const std::string &image) {
-    HostInputStream *pStream = HostInputStream_CreateForFile(image.c_str());
-    if (!pStream) fail(image, "cannot open: " + systemError());
-    const int32_t nCode = NamesManager_Load(mgr, nullptr, pStream);
-    const std::string reason = systemError();
+    std::error_code error;
+    const bool bDirect = image != "-" && std::filesystem::is_regular_file(image, error);
+    const Bytes gathered = bDirect ? nullptr : gather(image);
+    const InputStream stream = openStream(image, gathered.get());
+    errno = 0;
+    const int32_t nCode = NamesManager_Load(mgr, nullptr, stream.get());
+    const int nError = errno;
     char cBeyond = 0;
-    const bool bGoesOn = nCode == 0 && HostStream_Read(pStream, &cBeyond, 1) == 0;
-    HostInputStream_Close(pStream);
-    if (nCode == HostStreamError_IO) fail(image, "cannot read: " + reason);
+    if (nCode == 0) return HostStream_Read(stream.get(), &cBeyond, 1) == 0 ? "not an image of names alone: more bytes follow" : "";
+    if (nCode == HostStreamError_IO) fail(inputName(image), "cannot read: " + systemError());
+    if (areOfOtherOrder(bDirect ? countsOf(image) : countsOf(gathered.get()))) return "an image from a machine of the other byte order";
     if (nCode == HostStreamError_End) return "not an image of names: it ends too early";
-    if (nCode != 0) return "not a sound image of names, or too large for the memory";
-    return bGoesOn ? "not an image of names alone: more bytes follow" : "";
+    if (nError == ENOMEM) fail(inputName(image), "out of memory: it asks for more than there is");
+    return "not a sound image of names";
 }
 
 ManagerHandle loadImage(const std::string &image) {
     const Progress progress("loading");
     ManagerHandle mgr = makeManager();
     const std::string problem = loadProblem(mgr.get(), image);
-    if (!problem.empty()) fail(image, problem);
+    if (!problem.empty()) fail(inputName(image), problem);
     return mgr;
 }
 
-void saveImage(NamesManager *mgr, const std::string &image) {
-    std::error_code error;
-    const std::filesystem::path target = std::filesystem::weakly_canonical(image, error);
-    if (error) fail(image, "cannot write: " + error.message());
-    const mode_t mode = imageMode(image, target.string());
-    const TemporaryFile temporary(target);
-    if (temporary.descriptor < 0) fail(image, "cannot write beside it: " + systemError());
-    if (fchmod(temporary.descriptor, mode) != 0) fail(image, "cannot set its mode: " + systemError());
-    writeImage(mgr, temporary.descriptor, image);
-    if (rename(temporary.path.c_str(), target.c_str()) != 0) fail(image, "cannot replace it: " + systemError());
+void saveImage(NamesManager *mgr, Output &output) {
+    FileStream stream = {{&kFileOps}, &output};
+    if (NamesManager_Save(mgr, nullptr, &stream.stream) != 0) fail(output.name(), "cannot write: " + systemError());
+    output.finish();
 }
 
 }  // namespace tool

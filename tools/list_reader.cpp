@@ -1,10 +1,9 @@
 #include "tools/list_reader.hpp"
 
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
-#include <fcntl.h>
 #include <limits>
-#include <unistd.h>
+#include <string_view>
 
 #include "tools/tool.hpp"
 
@@ -14,7 +13,7 @@ namespace {
 constexpr size_t kChunk = size_t{4} << 20;
 constexpr size_t kMaxNameLength = 1048575;
 
-// The most that is kept of an unfinished line: enough to see that a name is too long, one blank beyond it, a carriage return, a NUL.
+// The most that is kept of an unfinished name: enough to see that it is too long, one blank beyond it, a carriage return, a NUL.
 constexpr size_t kMaxRest = kMaxNameLength + 3;
 
 size_t lengthWithoutBlanks(const char *begin, const char *end) {
@@ -25,85 +24,93 @@ size_t lengthWithoutBlanks(const char *begin, const char *end) {
 
 }  // namespace
 
-ListReader::ListReader(const std::string &list, bool bEager)
-    : mName(list == "-" ? "standard input" : list), mDescriptor(list == "-" ? STDIN_FILENO : open(list.c_str(), O_RDONLY | O_CLOEXEC)),
-      mEager(bEager), mBuffer(kChunk + kMaxRest) {
-    if (mDescriptor < 0) fail(mName, "cannot open: " + systemError());
+ListReader::ListReader(const std::string &list, bool bNull, bool bEager)
+    : mInput(list), mNull(bNull), mEager(bEager), mBuffer(kChunk + kMaxRest) {}
+
+std::string ListReader::place(int64_t iNumber) const {
+    return (mNull ? "entry " : "line ") + std::to_string(iNumber);
 }
 
-ListReader::~ListReader() {
-    if (mDescriptor != STDIN_FILENO) close(mDescriptor);
-}
-
-void ListReader::failAtLine(const char *szWhat) const {
-    fail(mName, "line " + std::to_string(mLinesRead + 1) + ": " + szWhat);
+void ListReader::failAtNext(const char *szWhat) const {
+    fail(name(), place(mNamesRead + 1) + ": " + szWhat);
 }
 
 bool ListReader::next() {
-    mLines.clear();
-    while (mLines.empty() && !mEnded) {
+    mNames.clear();
+    while (mNames.empty() && !mEnded) {
         keepRest();
         fill();
         split();
     }
-    return !mLines.empty();
+    return !mNames.empty();
 }
 
-// Moves the unfinished line to the front. Blanks beyond the longest name count only if more text follows, and one of them shows that as
+// Moves the unfinished name to the front. Blanks beyond the longest name count only if more text follows, and one of them shows that as
 // well as all, so a line of any length stays within the buffer.
 void ListReader::keepRest() {
     size_t nRest = mFilled - mRest;
     std::memmove(mBuffer.data(), mBuffer.data() + mRest, nRest);
     if (nRest > kMaxNameLength + 2) {
-        const bool bCarriageReturn = mBuffer[nRest - 1] == '\r';
+        const bool bReturn = endsInReturn(mBuffer.data(), mBuffer.data() + nRest);
         nRest = kMaxNameLength + 1;
-        if (bCarriageReturn) mBuffer[nRest++] = '\r';
+        if (bReturn) mBuffer[nRest++] = '\r';
     }
     mRest = 0;
     mFilled = nRest;
     mSearched = nRest;
 }
 
-// Reads until the buffer is full (but for the NUL that ends a last line), or once if eager.
+// Whether the buffer may be the beginning of a byte order mark.
+bool ListReader::mayBeMark() const {
+    return mAtStart && !mNull && mFilled < kByteOrderMark.size() && kByteOrderMark.compare(0, mFilled, mBuffer.data(), mFilled) == 0;
+}
+
+// Reads until the buffer is full (but for the NUL that ends a last name), or once if eager. Drops a byte order mark.
 void ListReader::fill() {
     const size_t nRoom = mBuffer.size() - 1;
-    while (mFilled < nRoom) {
-        const ssize_t nRead = read(mDescriptor, mBuffer.data() + mFilled, nRoom - mFilled);
-        if (nRead < 0 && errno == EINTR) continue;
-        if (nRead < 0) fail(mName, "cannot read: " + systemError());
+    bool bEnough = false;
+    while (!bEnough) {
+        const size_t nRead = mInput.read(mBuffer.data() + mFilled, nRoom - mFilled);
         mEnded = nRead == 0;
-        mFilled += static_cast<size_t>(nRead);
-        if (mEnded || mEager) return;
+        mFilled += nRead;
+        bEnough = mEnded || mFilled == nRoom || (mEager && !mayBeMark());
     }
+    if (mAtStart && !mNull && startsWithMark(std::string_view(mBuffer.data(), mFilled))) {
+        mFilled -= kByteOrderMark.size();
+        std::memmove(mBuffer.data(), mBuffer.data() + kByteOrderMark.size(), mFilled);
+    }
+    mAtStart = false;
+}
+
+bool ListReader::endsInReturn(const char *begin, const char *end) const {
+    return !mNull && end > begin && end[-1] == '\r';
 }
 
 void ListReader::split() {
     char *pEnd = mBuffer.data() + mFilled;
-    char *pLine = mBuffer.data();
-    for (char *pSearch = pLine + mSearched; pSearch < pEnd;) {
-        auto *pLineEnd = static_cast<char *>(std::memchr(pSearch, '\n', static_cast<size_t>(pEnd - pSearch)));
-        if (!pLineEnd) break;
-        const bool bCarriageReturn = pLineEnd > pLine && pLineEnd[-1] == '\r';
-        addLine(pLine, bCarriageReturn ? pLineEnd - 1 : pLineEnd);
-        pLine = pSearch = pLineEnd + 1;
+    char *pName = mBuffer.data();
+    for (char *pSearch = pName + mSearched; pSearch < pEnd;) {
+        auto *pNameEnd = static_cast<char *>(std::memchr(pSearch, mNull ? '\0' : '\n', static_cast<size_t>(pEnd - pSearch)));
+        if (!pNameEnd) break;
+        addName(pName, endsInReturn(pName, pNameEnd) ? pNameEnd - 1 : pNameEnd);
+        pName = pSearch = pNameEnd + 1;
     }
-    if (mEnded && pLine < pEnd) {
-        addLine(pLine, pEnd);
-        pLine = pEnd;
+    if (mEnded && pName < pEnd) {
+        addName(pName, pEnd);
+        pName = pEnd;
     }
-    const bool bCarriageReturn = pEnd > pLine && pEnd[-1] == '\r';
-    if (std::memchr(pLine, '\0', static_cast<size_t>(pEnd - pLine))) failAtLine("a NUL inside the line");
-    if (lengthWithoutBlanks(pLine, bCarriageReturn ? pEnd - 1 : pEnd) > kMaxNameLength) failAtLine("longer than 1048575 bytes");
-    mRest = static_cast<size_t>(pLine - mBuffer.data());
+    if (std::memchr(pName, '\0', static_cast<size_t>(pEnd - pName))) failAtNext("a NUL inside the line");
+    if (lengthWithoutBlanks(pName, endsInReturn(pName, pEnd) ? pEnd - 1 : pEnd) > kMaxNameLength) failAtNext("longer than 1048575 bytes");
+    mRest = static_cast<size_t>(pName - mBuffer.data());
 }
 
-void ListReader::addLine(char *begin, char *end) {
-    if (mLinesRead == std::numeric_limits<int32_t>::max()) failAtLine("more than 2147483647 lines");
-    if (std::memchr(begin, '\0', static_cast<size_t>(end - begin))) failAtLine("a NUL inside the line");
-    if (lengthWithoutBlanks(begin, end) > kMaxNameLength) failAtLine("longer than 1048575 bytes");
+void ListReader::addName(char *begin, char *end) {
+    if (mNamesRead == std::numeric_limits<int32_t>::max()) failAtNext("more than 2147483647 names");
+    if (std::memchr(begin, '\0', static_cast<size_t>(end - begin))) failAtNext("a NUL inside the line");
+    if (lengthWithoutBlanks(begin, end) > kMaxNameLength) failAtNext("longer than 1048575 bytes");
     *end = '\0';
-    mLines.push_back(begin);
-    ++mLinesRead;
+    mNames.push_back(begin);
+    ++mNamesRead;
 }
 
 }  // namespace tool

@@ -4,9 +4,9 @@ _names_tool() {
     COMPREPLY=()
     if [[ $word == -* ]]; then
         [[ $command == -* ]] && command=
-        candidates=$("$tool" ${command:+"$command"} --help 2>/dev/null | grep -oE -- '^ +(-h,)?--[a-z-]+' | grep -oE -- '--[a-z-]+')
+        candidates=$("$tool" ${command:+"$command"} --help 2>/dev/null | grep -oE -- '^ +(-h, )?--[a-z-]+' | grep -oE -- '--[a-z-]+')
     elif ((COMP_CWORD == 1)); then
-        candidates=$("$tool" --help 2>/dev/null | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
+        candidates=$("$tool" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
     else
         compopt -o filenames 2>/dev/null || true  # not while it is tested
         mapfile -t COMPREPLY < <(compgen -f -- "$word")

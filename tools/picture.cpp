@@ -53,18 +53,16 @@ struct Column {
 struct Row {
     int32_t iFirst = 0;
     int32_t iLast = 0;
-    int64_t size = 0;
-    int64_t used = 0;
-    int64_t dead = 0;
-    int64_t names = 0;
+    BlockFacts sum;
     std::array<Column, kColumns> columns{};
-    std::vector<double> seams;  // where runs begin, in columns; at most kMaxSeams + 1 are kept
+    std::vector<double> seams;  // where runs begin, in columns; no more than kMaxSeams are kept
 };
 
 struct Picture {
     std::vector<Row> rows;
     int64_t nBlocksPerRow = 1;
     std::vector<int64_t> starts;  // where each block begins in its row, in bytes
+    bool bSeams = true;           // whether seams are drawn: in every row, or in none where one has too many
 };
 
 Picture layOut(const Facts &facts) {
@@ -72,15 +70,11 @@ Picture layOut(const Facts &facts) {
     const auto nBlocks = static_cast<int64_t>(facts.blocks.size());
     picture.nBlocksPerRow = (nBlocks + kMaxRows - 1) / kMaxRows;
     for (int32_t i = 0; i < nBlocks; ++i) {
-        if (i % picture.nBlocksPerRow == 0) picture.rows.push_back({.iFirst = i, .seams = {}});
-        const BlockFacts &block = facts.blocks[static_cast<size_t>(i)];
+        if (i % picture.nBlocksPerRow == 0) picture.rows.push_back({.iFirst = i, .sum = {}, .seams = {}});
         Row &row = picture.rows.back();
-        picture.starts.push_back(row.size);
+        picture.starts.push_back(row.sum.size);
         row.iLast = i;
-        row.size += block.size;
-        row.used += block.used;
-        row.dead += block.dead;
-        row.names += block.names;
+        add(row.sum, facts.blocks[static_cast<size_t>(i)]);
     }
     return picture;
 }
@@ -89,7 +83,7 @@ Picture layOut(const Facts &facts) {
 // middle they stay.
 template <typename Visitor>
 void visitColumns(Row &row, int64_t begin, int64_t end, const Visitor &visit) {
-    const double scale = kColumns / static_cast<double>(std::max<int64_t>(row.size, 1));
+    const double scale = kColumns / static_cast<double>(std::max<int64_t>(row.sum.size, 1));
     const double from = static_cast<double>(begin) * scale;
     const double to = static_cast<double>(end) * scale;
     for (auto i = static_cast<size_t>(from); i < row.columns.size() && static_cast<double>(i) < to; ++i) {
@@ -116,8 +110,10 @@ void fillRows(Picture &picture, NamesManager *mgr, const Facts &facts) {
                 column.iShade = iShade;
             }
         });
-        if (row.seams.size() <= kMaxSeams)
-            row.seams.push_back(static_cast<double>(begin) * kColumns / static_cast<double>(std::max<int64_t>(row.size, 1)));
+        if (row.seams.size() < kMaxSeams)
+            row.seams.push_back(static_cast<double>(begin) * kColumns / static_cast<double>(std::max<int64_t>(row.sum.size, 1)));
+        else
+            picture.bSeams = false;
     });
 }
 
@@ -128,8 +124,8 @@ std::string grouped(int64_t number) {
     return text;
 }
 
-// "3 names", "1 name"
-std::string counted(int64_t number, const char *szNoun) {
+// "3,000 names", "1 name"
+std::string grouped(int64_t number, const char *szNoun) {
     return grouped(number) + " " + szNoun + (number == 1 ? "" : "s");
 }
 
@@ -190,60 +186,61 @@ std::map<std::string, std::string> rectanglesOf(const Row &row) {
     return paths;
 }
 
-void drawRow(std::FILE *pFile, const Row &row, int top, int64_t nLargest) {
+void drawRow(Output &output, const Row &row, bool bSeams, int top, int64_t nLargest) {
+    const BlockFacts &sum = row.sum;
     const std::string label = row.iFirst == row.iLast ? "block " + std::to_string(row.iFirst)
                                                       : "blocks " + std::to_string(row.iFirst) + "-" + std::to_string(row.iLast);
-    const std::string title = label + ": " + counted(row.size, "byte") + "; " + counted(row.names, "name") + " in " +
-                              counted(row.used - row.dead, "byte") + ", " + grouped(row.dead) + " dead, " + grouped(row.size - row.used) +
+    const std::string title = label + ": " + grouped(sum.size, "byte") + "; " + grouped(sum.names, "name") + " in " +
+                              grouped(sum.used - sum.dead, "byte") + ", " + grouped(sum.dead) + " dead, " + grouped(sum.size - sum.used) +
                               " free";
-    std::fprintf(pFile, "<g transform=\"translate(%d %d)\"><title>%s</title>\n", kMapLeft, top, title.c_str());
-    std::fprintf(pFile, "<text x=\"-12\" y=\"10\" text-anchor=\"end\">%s</text>", label.c_str());
-    std::fprintf(pFile, "<text class=\"s\" x=\"-12\" y=\"23\" text-anchor=\"end\">%s bytes</text>\n", grouped(row.size).c_str());
-    std::fprintf(pFile, "<rect width=\"%d\" height=\"%d\" fill=\"%s\"/>\n", kMapWidth, kRowHeight, kFree);
+    output.print("<g transform=\"translate(%d %d)\"><title>%s</title>\n", kMapLeft, top, title.c_str());
+    output.print("<text x=\"-12\" y=\"10\" text-anchor=\"end\">%s</text>", label.c_str());
+    output.print("<text class=\"s\" x=\"-12\" y=\"23\" text-anchor=\"end\">%s</text>\n", grouped(sum.size, "byte").c_str());
+    output.print("<rect width=\"%d\" height=\"%d\" fill=\"%s\"/>\n", kMapWidth, kRowHeight, kFree);
     for (const auto &[colour, path] : rectanglesOf(row))
-        std::fprintf(pFile, "<path fill=\"%s\" d=\"%s\"/>\n", colour.c_str(), path.c_str());
-    if (row.seams.size() <= kMaxSeams) {
-        std::fputs("<path class=\"seam\" d=\"", pFile);
+        output.print("<path fill=\"%s\" d=\"%s\"/>\n", colour.c_str(), path.c_str());
+    if (bSeams) {
+        output.write("<path class=\"seam\" d=\"");
         for (const double seam : row.seams)
-            std::fprintf(pFile, "M%.1f 0v%d", seam * kColumnWidth, kRowHeight);
-        std::fputs("\"/>\n", pFile);
+            output.print("M%.1f 0v%d", seam * kColumnWidth, kRowHeight);
+        output.write("\"/>\n");
     }
-    const double length = kMapWidth * static_cast<double>(row.size) / static_cast<double>(std::max<int64_t>(nLargest, 1));
-    std::fprintf(pFile, "<rect y=\"%d\" width=\"%.1f\" height=\"3\" fill=\"#9a9aa6\"/>\n", kRowHeight + 3, std::max(length, 1.0));
-    std::fprintf(pFile, "<text x=\"%d\" y=\"10\">%s</text>", kMapWidth + 12, counted(row.names, "name").c_str());
-    std::fprintf(pFile, "<text class=\"s\" x=\"%d\" y=\"23\">dead %s, free %s</text></g>\n", kMapWidth + 12,
-                 percent(row.dead, row.size).c_str(), percent(row.size - row.used, row.size).c_str());
+    const double length = kMapWidth * static_cast<double>(sum.size) / static_cast<double>(std::max<int64_t>(nLargest, 1));
+    output.print("<rect y=\"%d\" width=\"%.1f\" height=\"3\" fill=\"#9a9aa6\"/>\n", kRowHeight + 3, std::max(length, 1.0));
+    output.print("<text x=\"%d\" y=\"10\">%s</text>", kMapWidth + 12, grouped(sum.names, "name").c_str());
+    output.print("<text class=\"s\" x=\"%d\" y=\"23\">dead %s, free %s</text></g>\n", kMapWidth + 12, percent(sum.dead, sum.size).c_str(),
+                 percent(sum.size - sum.used, sum.size).c_str());
 }
 
-void drawHead(std::FILE *pFile, const NamesManager *mgr, const Facts &facts, const std::string &image, const Picture &picture) {
-    const std::string kind = facts.bPositions ? "individual positions" : counted(mgr->nSegments, "segment");
-    const std::string text = counted(mgr->nNames, "name") + ", " + kind + ", " + counted(mgr->nBlocks, "block") + " with room for " +
-                             counted(facts.live + facts.dead + facts.free, "byte");
+void drawHead(Output &output, const NamesManager *mgr, const Facts &facts, const std::string &image, const Picture &picture) {
+    const std::string kind = facts.bPositions ? "individual positions" : grouped(mgr->nSegments, "segment");
+    const std::string text = grouped(mgr->nNames, "name") + ", " + kind + ", " + grouped(mgr->nBlocks, "block") + " with room for " +
+                             grouped(facts.live + facts.dead + facts.free, "byte");
     std::string rows = picture.nBlocksPerRow == 1 ? "A row for each block" : "A row for each " + grouped(picture.nBlocksPerRow) + " blocks";
-    rows += ", from its first byte to its last; the line below it compares their sizes. White lines: where ";
-    rows += facts.bPositions ? "names begin." : "segments begin.";
-    std::fprintf(pFile, "<text x=\"24\" y=\"36\" class=\"t\">%s</text>\n", xmlText(image).c_str());
-    std::fprintf(pFile, "<text x=\"24\" y=\"58\">%s</text>\n", text.c_str());
-    std::fprintf(pFile, "<text x=\"24\" y=\"142\" class=\"s\">%s</text>\n", rows.c_str());
+    rows += ", from its first byte to its last; the line below it compares their sizes.";
+    if (picture.bSeams) rows += facts.bPositions ? " White lines: where names begin." : " White lines: where segments begin.";
+    output.print("<text x=\"24\" y=\"36\" class=\"t\">%s</text>\n", xmlText(image).c_str());
+    output.print("<text x=\"24\" y=\"58\">%s</text>\n", text.c_str());
+    output.print("<text x=\"24\" y=\"142\" class=\"s\">%s</text>\n", rows.c_str());
 }
 
-void drawLegend(std::FILE *pFile, const NamesManager *mgr, const Facts &facts) {
+void drawLegend(Output &output, const NamesManager *mgr, const Facts &facts) {
     const int64_t nAll = facts.live + facts.dead + facts.free;
     constexpr int kRampLeft = 24;
     constexpr int kRampStep = 4;
     for (int i = 0; i < kShades; ++i)
-        std::fprintf(pFile, "<rect x=\"%d\" y=\"78\" width=\"%d\" height=\"16\" fill=\"%s\"/>", kRampLeft + i * kRampStep, kRampStep,
+        output.print("<rect x=\"%d\" y=\"78\" width=\"%d\" height=\"16\" fill=\"%s\"/>", kRampLeft + i * kRampStep, kRampStep,
                      shade(i).c_str());
-    std::fprintf(pFile, "\n<text class=\"s\" x=\"%d\" y=\"109\">name 0</text>", kRampLeft);
-    std::fprintf(pFile, "<text class=\"s\" x=\"%d\" y=\"109\" text-anchor=\"end\">%s</text>\n", kRampLeft + kShades * kRampStep,
+    output.print("\n<text class=\"s\" x=\"%d\" y=\"109\">name 0</text>", kRampLeft);
+    output.print("<text class=\"s\" x=\"%d\" y=\"109\" text-anchor=\"end\">%s</text>\n", kRampLeft + kShades * kRampStep,
                  grouped(std::max(mgr->nNames - 1, 0)).c_str());
     int x = kRampLeft + kShades * kRampStep + 10;
     const auto entry = [&](const char *szColour, const char *szWhat, int64_t nBytes) {
         if (szColour) {
-            std::fprintf(pFile, "<rect x=\"%d\" y=\"78\" width=\"16\" height=\"16\" fill=\"%s\"/>", x, szColour);
+            output.print("<rect x=\"%d\" y=\"78\" width=\"16\" height=\"16\" fill=\"%s\"/>", x, szColour);
             x += 24;
         }
-        std::fprintf(pFile, "<text x=\"%d\" y=\"91\">%s: %s bytes (%s)</text>\n", x, szWhat, grouped(nBytes).c_str(),
+        output.print("<text x=\"%d\" y=\"91\">%s: %s (%s)</text>\n", x, szWhat, grouped(nBytes, "byte").c_str(),
                      percent(nBytes, nAll).c_str());
         x += 264;
     };
@@ -254,27 +251,26 @@ void drawLegend(std::FILE *pFile, const NamesManager *mgr, const Facts &facts) {
 
 }  // namespace
 
-void drawPicture(std::FILE *pFile, NamesManager *mgr, const Facts &facts, const std::string &image) {
+void drawPicture(Output &output, NamesManager *mgr, const Facts &facts, const std::string &image) {
     Picture picture = layOut(facts);
     fillRows(picture, mgr, facts);
     const int height = kRowsTop + static_cast<int>(picture.rows.size()) * kRowPitch + 16;
-    std::fprintf(pFile, "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" viewBox=\"0 0 %d %d\">\n", kPageWidth, height,
+    output.print("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" viewBox=\"0 0 %d %d\">\n", kPageWidth, height,
                  kPageWidth, height);
-    std::fputs("<style>text{font:13px sans-serif;fill:#22222c}.s{font-size:11px;fill:#5c5c68}.t{font-size:19px;font-weight:bold}"
-               ".seam{stroke:#fff;stroke-width:.7;fill:none}</style>\n",
-               pFile);
-    std::fprintf(pFile, "<rect width=\"%d\" height=\"%d\" fill=\"#fff\"/>\n", kPageWidth, height);
-    drawHead(pFile, mgr, facts, image, picture);
-    drawLegend(pFile, mgr, facts);
+    output.write("<style>text{font:13px sans-serif;fill:#22222c}.s{font-size:11px;fill:#5c5c68}.t{font-size:19px;font-weight:bold}"
+                 ".seam{stroke:#fff;stroke-width:.7;fill:none}</style>\n");
+    output.print("<rect width=\"%d\" height=\"%d\" fill=\"#fff\"/>\n", kPageWidth, height);
+    drawHead(output, mgr, facts, image, picture);
+    drawLegend(output, mgr, facts);
     int64_t nLargest = 0;
     for (const Row &row : picture.rows)
-        nLargest = std::max(nLargest, row.size);
+        nLargest = std::max(nLargest, row.sum.size);
     int top = kRowsTop;
     for (const Row &row : picture.rows) {
-        drawRow(pFile, row, top, nLargest);
+        drawRow(output, row, picture.bSeams, top, nLargest);
         top += kRowPitch;
     }
-    std::fputs("</svg>\n", pFile);
+    output.write("</svg>\n");
 }
 
 }  // namespace tool

@@ -1,53 +1,68 @@
 #include "tools/progress.hpp"
 
+#include <array>
 #include <chrono>
 #include <cinttypes>
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
-#include <stop_token>
 #include <system_error>
-#include <unistd.h>
+
+#include "tools/platform.hpp"
 
 namespace tool {
 namespace {
 
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 
-constexpr char kClearLine[] = "\r\033[K";
-
-void tick(const std::stop_token &stop, const std::atomic<const char *> &work, const std::atomic<int64_t> &names) {
-    std::mutex mutex;
-    std::condition_variable_any stopped;
-    std::unique_lock lock(mutex);
-    const auto begin = std::chrono::steady_clock::now();
-    const auto never = [] { return false; };
-    stopped.wait_for(lock, stop, 1s, never);
-    if (stop.stop_requested()) return;
-    while (!stop.stop_requested()) {
-        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        std::fprintf(stderr, "%s%s, %.1f s", kClearLine, work.load(), seconds);
-        if (const int64_t nNames = names.load()) std::fprintf(stderr, ", %" PRId64 " names", nNames);
-        std::fflush(stderr);
-        stopped.wait_for(lock, stop, 200ms, never);
-    }
-    std::fputs(kClearLine, stderr);
-}
+constexpr int kLineWidth = 60;  // more than the longest line
 
 }  // namespace
 
 Progress::Progress(const char *szWork) : mWork(szWork) {
-    if (!isatty(STDERR_FILENO)) return;
+    if (!isTerminal(stderr)) return;
     try {
-        mTicker = std::jthread([this](const std::stop_token &stop) { tick(stop, mWork, mNames); });
+        mTicker = std::thread([this] { tick(); });
     } catch (const std::system_error &) {
         // no thread, no progress line; the work itself goes on
     }
 }
 
+Progress::~Progress() {
+    if (!mTicker.joinable()) return;
+    {
+        const std::lock_guard lock(mMutex);
+        mDone = true;
+    }
+    mStopped.notify_one();
+    mTicker.join();
+}
+
 void Progress::set(const char *szWork, int64_t nNames) {
     mWork = szWork;
     mNames = nNames;
+}
+
+void Progress::tick() {
+    leaveSignalsToOthers();
+    const auto begin = Clock::now();
+    std::unique_lock lock(mMutex);
+    if (mStopped.wait_for(lock, 1s, [this] { return mDone; })) return;
+    do
+        printLine(std::chrono::duration<double>(Clock::now() - begin).count());
+    while (!mStopped.wait_for(lock, 200ms, [this] { return mDone; }));
+    std::fprintf(stderr, "\r%*s\r", kLineWidth, "");
+}
+
+// Allocates nothing: here nobody could be told. Blanks cover what is left of a longer line.
+void Progress::printLine(double seconds) const {
+    std::array<char, kLineWidth + 1> line{};
+    const char *szWork = mWork;
+    if (const int64_t nNames = mNames)
+        std::snprintf(line.data(), line.size(), "%s, %.1f s, %" PRId64 " name%s", szWork, seconds, nNames, nNames == 1 ? "" : "s");
+    else
+        std::snprintf(line.data(), line.size(), "%s, %.1f s", szWork, seconds);
+    std::fprintf(stderr, "\r%-*s", kLineWidth, line.data());
+    std::fflush(stderr);
 }
 
 }  // namespace tool

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <filesystem>
 #include <new>
 #include <system_error>
-#include <utility>
 
 namespace tool {
 
@@ -15,7 +13,19 @@ void fail(const std::string &file, const std::string &what) {
 }
 
 std::string systemError() {
-    return std::generic_category().message(errno);
+    return errno == 0 ? "the system does not say why" : std::generic_category().message(errno);
+}
+
+std::string inputName(const std::string &file) {
+    return file == "-" ? "standard input" : file;
+}
+
+std::string counted(int64_t number, const std::string &noun) {
+    return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+bool startsWithMark(std::string_view text) {
+    return text.substr(0, kByteOrderMark.size()) == kByteOrderMark;
 }
 
 std::string quoted(const char *text) {
@@ -39,32 +49,13 @@ ManagerHandle makeManager() {
     return mgr;
 }
 
-OutputFile::OutputFile(const std::string &file, const std::string &image) : name(file == "-" ? "standard output" : file), pFile(stdout) {
-    if (file == "-") return;
-    std::error_code error;
-    if (std::filesystem::equivalent(file, image, error)) fail(file, "is the image itself");
-    pFile = std::fopen(file.c_str(), "we");
-    if (!pFile) fail(file, "cannot open: " + systemError());
-}
-
-OutputFile::~OutputFile() {
-    if (pFile && pFile != stdout) std::fclose(pFile);
-}
-
-void OutputFile::finish() {
-    errno = 0;
-    bool bWritten = std::fflush(pFile) == 0 && !std::ferror(pFile);
-    if (pFile != stdout) bWritten = std::fclose(std::exchange(pFile, nullptr)) == 0 && bWritten;
-    if (!bWritten) fail(name, "cannot write: " + systemError());
-}
-
 void visitNames(NamesManager *mgr, const NamesVisitor &visit) {
     std::array<const char *, 4096> names;
     const int32_t nNames = NamesManager_GetNumNames(mgr);
     for (int32_t first = 0; first < nNames;) {
         const int32_t count = std::min(nNames - first, static_cast<int32_t>(names.size()));
         if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, names.data()) != 0) throw std::bad_alloc();
-        visit(first, count, names.data());
+        if (!visit(first, count, names.data())) return;
         first += count;
     }
 }

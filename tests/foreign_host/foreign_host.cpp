@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <thread>
 #include <unordered_map>
@@ -162,15 +163,20 @@ void HostMem_Free(void *pMemory, uint64_t nSourceTag, int32_t nLine) {
     giveBack(pMemory, nSourceTag);
 }
 
+static std::atomic<uintptr_t> &ownerOf(HostLock *pLock) {
+    return *reinterpret_cast<std::atomic<uintptr_t> *>(&pLock->nOwner);
+}
+
 int32_t HostLock_Init(HostLock *pLock, const char *szFile, int32_t nLine) {
     if (isMemoryToFail(szFile, nLine)) return -9;
     *pLock = {};
+    new (&pLock->nOwner) std::atomic<uintptr_t>(0);
     ++g_foreignHost.nLive;
     return 0;
 }
 
 void HostLock_Acquire(HostLock *pLock) {
-    const std::atomic_ref<uintptr_t> owner(pLock->nOwner);
+    std::atomic<uintptr_t> &owner = ownerOf(pLock);
     for (uintptr_t nNobody = 0; owner != thisThread() && !owner.compare_exchange_weak(nNobody, thisThread()); nNobody = 0) {
         std::this_thread::yield();
     }
@@ -179,7 +185,7 @@ void HostLock_Acquire(HostLock *pLock) {
 }
 
 void HostLock_Release(HostLock *pLock) {
-    const std::atomic_ref<uintptr_t> owner(pLock->nOwner);
+    std::atomic<uintptr_t> &owner = ownerOf(pLock);
     if (owner != thisThread()) std::abort();
     --g_foreignHost.nLockDepth;
     if (--pLock->nDepth > 0) return;

@@ -1,0 +1,55 @@
+// Memory of the C library on the terms of host_memory.h: what that service is made of. Internal to the shipped host.
+#ifndef HOST_PLAIN_MEMORY_HPP
+#define HOST_PLAIN_MEMORY_HPP
+
+#include <stdint.h>
+#include <stdlib.h>
+
+namespace host {
+
+constexpr uint64_t kMaxBytes = PTRDIFF_MAX;
+
+// From this size on a resizing is rounded up, so that a table grown in small steps does not pay for a remapping every few kilobytes. Pages
+// of the slack that nobody touches take no memory.
+constexpr uint64_t kRoundedFrom = 128 * 1024;
+
+// malloc and realloc may answer NULL to a size of 0.
+inline uint64_t atLeastOne(uint64_t nBytes) {
+    return nBytes == 0 ? 1 : nBytes;
+}
+
+// nBytes rounded up to a multiple of an eighth of the power of two below it; small sizes as they are.
+inline uint64_t roundedForGrowth(uint64_t nBytes) {
+    if (nBytes < kRoundedFrom || nBytes > kMaxBytes / 2) {
+        return atLeastOne(nBytes);
+    }
+    uint64_t nStep = kRoundedFrom / 8;
+    while (nStep * 16 <= nBytes) {
+        nStep *= 2;
+    }
+    return (nBytes + nStep - 1) / nStep * nStep;
+}
+
+inline void *plainAlloc(uint64_t nBytes) {
+    return nBytes <= kMaxBytes ? malloc(atLeastOne(nBytes)) : nullptr;
+}
+
+inline void *plainRealloc(void *pMemory, uint64_t nBytes) {
+    if (nBytes > kMaxBytes) {
+        return nullptr;
+    }
+    const uint64_t nRounded = roundedForGrowth(nBytes);
+    void *pResized = realloc(pMemory, nRounded);
+    if (pResized == nullptr && nRounded > nBytes) {
+        pResized = realloc(pMemory, atLeastOne(nBytes));
+    }
+    return pResized;
+}
+
+inline void plainFree(void *pMemory) {
+    free(pMemory);
+}
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,119 @@
+// The C++ face: what it adds to the C calls, and that its range is what the standard library takes for one.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "names/names_manager.hpp"
+
+#ifdef __cpp_lib_ranges
+static_assert(std::ranges::view<names_manager::NameRange> && std::ranges::sized_range<names_manager::NameRange>);
+static_assert(std::ranges::input_range<names_manager::NameRange> && std::ranges::common_range<names_manager::NameRange>);
+static_assert(std::ranges::borrowed_range<names_manager::NameRange>);
+#endif
+
+namespace {
+
+using names_manager::Manager;
+using names_manager::NameRange;
+using names_manager::Status;
+using Strings = std::vector<std::string>;
+
+Strings listed(const NameRange &range) {
+    EXPECT_EQ(range.size(), static_cast<size_t>(std::distance(range.begin(), range.end())));
+    EXPECT_EQ(range.size(), static_cast<size_t>(range.end() - range.begin()));
+    return {range.begin(), range.end()};
+}
+
+TEST(Face, RangesHoldTheNamesThatExist) {
+    Manager names("row%d");
+    EXPECT_EQ(Status::ok, names.generate(300));
+    const Manager &fixed = names;
+    Strings all;
+    for (int i = 1; i <= 300; ++i)
+        all.push_back("row" + std::to_string(i));
+    EXPECT_EQ(all, listed(names.names()));
+    EXPECT_EQ(Strings(all.begin() + 100, all.end()), listed(fixed.names(100, 400)));
+    EXPECT_EQ(300, names.size());
+    all.push_back("row301");
+    EXPECT_EQ(Strings(all.begin() + 299, all.end()), listed(names.names(299, 300)));
+    for (const auto &[first, last] :
+         {std::pair{-1, INT32_MAX}, {0, INT32_MAX}, {-1, 5}, {5, 4}, {9, 3}, {301, 400}, {INT32_MIN, INT32_MIN}})
+        EXPECT_TRUE(listed(fixed.names(first, last)).empty()) << first << ' ' << last;
+    EXPECT_TRUE(listed(names.names(-1, INT32_MAX)).empty() && NameRange().empty());
+    Manager unmakeable("x%2147483647d");
+    const char *const aLetters[] = {"a", "b", "c", "d", "e"};
+    EXPECT_EQ(Status::ok, unmakeable.add(0, aLetters, 5));
+    EXPECT_EQ((Strings{"a", "b", "c", "d", "e"}), listed(unmakeable.names(0, 9)));
+}
+
+TEST(Face, NamesOfAConstManagerAreNotMade) {
+    Manager names;
+    const Manager &fixed = names;
+    EXPECT_EQ(nullptr, fixed.name(0).data());
+    EXPECT_EQ(nullptr, names.name(-1).data());
+    EXPECT_EQ("nm2", names.name(1));
+    EXPECT_EQ("nm1", fixed.name(0));
+    EXPECT_EQ(2, names.size());
+}
+
+TEST(Face, TakesPointersViewsAndStrings) {
+    Manager names;
+    const Strings strings = {"one", "two  ", ""};
+    const std::vector<std::string_view> views = {std::string_view("threeandmore").substr(0, 5), "four", {}};
+    EXPECT_EQ(Status::ok, names.push_back("zero"));
+    EXPECT_EQ(Status::ok, names.add(1, strings.data(), strings.size()));
+    EXPECT_EQ(Status::ok, names.add(names.size(), views.data(), views.size()));
+    EXPECT_EQ(Status::ok, names.push_back(views[1].substr(1)));
+    EXPECT_EQ(Status::ok, names.addCopy(8, names, 0, "pre-"));
+    EXPECT_EQ((Strings{"zero", "one", "two", "", "three", "four", "", "our", "pre-zero"}), listed(names.names()));
+    std::vector<int32_t> found(3);
+    EXPECT_EQ(Status::ok, names.find(views.data(), views.size(), found.data()));
+    EXPECT_EQ((std::vector<int32_t>{4, 5, 3}), found);
+    EXPECT_EQ(Status::ok, names.find(strings.data(), strings.size(), found.data()));
+    EXPECT_EQ((std::vector<int32_t>{1, 2, 3}), found);
+    EXPECT_EQ(4, names.find(views[0]));
+    const auto clash = names.findDuplicate(names.size(), strings.data(), strings.size());
+    EXPECT_TRUE(clash.status == Status::ok && clash.found && clash.iFirst == 1 && clash.iSecond == 9);
+    EXPECT_EQ(Status::failed, names.findDuplicate(-1, strings.data(), strings.size()).status);
+    EXPECT_EQ(Status::ok, names.remove(8));
+    EXPECT_EQ(Status::ok, names.usePositions());
+    EXPECT_EQ(8U, names.names().size());
+#ifdef __cpp_lib_span
+    EXPECT_EQ(Status::ok, names.add(0, std::span(views)));
+    EXPECT_EQ(Status::ok, names.find(std::span(views), found));
+    EXPECT_EQ(Status::tooSmall, names.find(std::span(views), std::span(found).first(2)));
+#endif
+}
+
+TEST(Face, RefusesViewsAsItRefusesText) {
+    Manager names;
+    const std::string tooLong(1048576, 'x'), padded = "long" + std::string(2000000, ' '), cut("a\0b", 3);
+    EXPECT_EQ(Status::tooLong, names.add(0, tooLong.c_str()));
+    EXPECT_EQ(Status::tooLong, names.add(0, std::string_view(tooLong)));
+    EXPECT_EQ(Status::tooLong, names.add(0, &tooLong, 1));
+    EXPECT_EQ(Status::failed, names.add(0, std::string_view(cut)));
+    EXPECT_EQ(Status::failed, names.add(0, &cut, 1));
+    EXPECT_EQ(Status::failed, names.add(INT32_MAX, &padded, 1));
+    EXPECT_EQ(-1, names.find(std::string_view(cut)));
+    EXPECT_EQ(0, names.size());
+    EXPECT_EQ(Status::ok, names.push_back(std::string_view(padded)));
+    EXPECT_EQ("long", names.name(0));
+}
+
+TEST(Face, SavesAndLoadsByPath) {
+    Manager names, loaded;
+    EXPECT_EQ(Status::ok, names.generate(1000));
+    const std::string path = testing::TempDir() + "face_test.names";
+    EXPECT_EQ(0, names.save(path.c_str()));
+    EXPECT_EQ(0, loaded.load(path.c_str()));
+    EXPECT_EQ(listed(names.names()), listed(loaded.names()));
+    EXPECT_NE(0, loaded.load((path + ".none").c_str()));
+    EXPECT_NE(0, names.save((path + "/none").c_str()));
+    std::remove(path.c_str());
+}
+
+}  // namespace
