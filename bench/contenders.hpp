@@ -63,6 +63,7 @@ inline void writeField(char *pField, size_t nWidth, const char *pName, size_t nL
 // ---- The component ----
 
 struct Component {
+    static constexpr bool kKeepsIndex = true;  // while names are stored
     NamesManager *mgr;
 
     Component() : mgr(NamesManager_Create(nullptr, kDefaultNameFormat)) { require(mgr != nullptr); }
@@ -123,6 +124,7 @@ struct Component {
 
 template <typename Map>
 struct Strings {
+    static constexpr bool kKeepsIndex = false;
     std::vector<std::string> names;
     Map index;  // views of names, built once these stand still
 
@@ -214,6 +216,7 @@ struct Strings {
 // A dump is the number of names, the bytes of text and the text, from which the offsets follow; or with the offsets in front of the text.
 template <typename Offset, bool kDumpOffsets = false, size_t kDumpPiece = SIZE_MAX>
 struct BasicArena {
+    static constexpr bool kKeepsIndex = true;
     std::string text;                   // NULs kept
     std::vector<Offset> offsets = {0};  // of each name, and of the end
     FlatMap index;                      // views into text; empty until it is wanted
@@ -232,14 +235,17 @@ struct BasicArena {
         }
     }
 
-    void storeBuffer(int32_t /*first*/, int32_t n, const char *pText) {
+    void storeBuffer(int32_t first, int32_t n, const char *pText) {
         reserveMore(offsets, at(n));
         const char *p = pText;
         for (int32_t k = 0; k < n; ++k) {
             p += std::strlen(p) + 1;
             offsets.push_back(static_cast<Offset>(text.size() + static_cast<size_t>(p - pText)));
         }
-        text.append(pText, p);
+        appendText(pText, static_cast<size_t>(p - pText));
+        for (int32_t i = first; bIndexed && i < first + n; ++i) {
+            index.emplace(view(i), i);
+        }
     }
     void storePointers(int32_t n, const char *const *ppNames) {
         reserveMore(offsets, at(n));

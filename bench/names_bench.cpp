@@ -133,7 +133,7 @@ int run(int argc, char **argv) {
     CLI::App app("Measures the names manager beside its alternatives. Options of Google Benchmark are taken, too.");
     app.add_flag("--growth", options.bGrowth, "cost per name of the component alone, on lists of rising size");
     app.add_flag("--quick", options.bQuick, "the first list alone, and no measurement of memory");
-    app.add_option("--names", options.nNames, "names of the long lists")->check(CLI::Range(1000, 10000000))->capture_default_str();
+    app.add_option("--names", options.nNames, "names of the long lists")->check(CLI::Range(1000, 20000000))->capture_default_str();
     app.add_option("--max-names", options.nMaxNames, "longest list for --growth; 100000000 take 12 GB")
         ->check(CLI::Range(1000, 100000000))
         ->capture_default_str();

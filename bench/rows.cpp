@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include <cmath>
 #include <ctime>
 #include <functional>
 #include <mutex>
@@ -110,6 +111,26 @@ Sample storeFromBuffer(const Inputs &in) {
     return {nSeconds, contentOf(contender), nNames};
 }
 
+// The index is there from the first call on.
+template <typename Contender>
+void storeIndexed(Contender &contender, const NameList &list) {
+    const int32_t nNames = countOf(list);
+    inRanges(nNames, (nNames + 79) / 80, [&](int32_t first, int32_t n) {
+        contender.storeBuffer(first, n, list.names[at(first)]);
+        if (first == 0) {
+            contender.buildIndex();
+        }
+    });
+}
+
+template <typename Contender>
+Sample storeWithIndex(const Inputs &in) {
+    Contender contender;
+    const double nSeconds = secondsOf([&] { storeIndexed(contender, in.list); });
+    const auto iFound = static_cast<uint64_t>(contender.find(in.hits.names[0]));
+    return {nSeconds, mixIn(contentOf(contender), iFound), countOf(in.list)};
+}
+
 template <typename Contender>
 Sample storeFromPointers(const Inputs &in) {
     Contender contender;
@@ -125,6 +146,20 @@ Sample appendSingly(const Inputs &in) {
     }
     const double nSeconds =
         secondsOfCalls<Lock>(in.list.names.size(), [&](size_t k) { contender.append(static_cast<int32_t>(k), in.list.names[k]); });
+    return {nSeconds, contentOf(contender), countOf(in.list)};
+}
+
+// With an index that is there from the first name on.
+template <typename Contender>
+Sample appendIndexed(const Inputs &in) {
+    Contender contender;
+    contender.append(0, in.list.names[0]);
+    contender.buildIndex();
+    const double nSeconds = secondsOf([&] {
+        for (size_t k = 1; k < in.list.names.size(); ++k) {
+            contender.append(static_cast<int32_t>(k), in.list.names[k]);
+        }
+    });
     return {nSeconds, contentOf(contender), countOf(in.list)};
 }
 
@@ -379,6 +414,14 @@ double heapInUse() {
 }
 
 template <typename Contender>
+double heapOfGrown(const NameList &list) {
+    const double nBefore = heapInUse();
+    Contender contender;
+    storeIndexed(contender, list);
+    return heapInUse() - nBefore;
+}
+
+template <typename Contender>
 MemoryUse memoryOf(const char *szContender, const NameList &list) {
     const double nNames = countOf(list);
     const double nText = static_cast<double>(list.text.size());
@@ -388,7 +431,8 @@ MemoryUse memoryOf(const char *szContender, const NameList &list) {
     const double nWithout = heapInUse() - nBefore;
     contender.buildIndex();
     const double nWith = heapInUse() - nBefore;
-    return {szContender, (nWithout - nText) / nNames, (nWith - nText) / nNames, nWith};
+    const double nGrown = Contender::kKeepsIndex ? (heapOfGrown<Contender>(list) - nText) / nNames : std::nan("");
+    return {szContender, (nWithout - nText) / nNames, (nWith - nText) / nNames, nGrown, nWith};
 }
 
 // ---- The rows ----
@@ -430,6 +474,8 @@ std::vector<Row> makeComparedRows() {
             {{kComponent, storeFromBuffer<Component, 1>},
              {kArena, storeFromBuffer<Arena, 1>},
              {kStrings, storeFromBuffer<AbslStrings, 1>}}),
+        row("store_indexed", "store from one buffer, 80 calls, with an index", 0.6, kArena,
+            {{kComponent, storeWithIndex<Component>}, {kArena, storeWithIndex<Arena>}}),
         row("store_pointers", "store from a pointer array", 0.95, kArena,
             {{kComponent, storeFromPointers<Component>}, {kArena, storeFromPointers<Arena>}, {kStrings, storeFromPointers<AbslStrings>}}),
         row("append", "append, one name per call", 1.05, kArenaGuarded,
@@ -459,18 +505,18 @@ std::vector<Row> makeComparedRows() {
             {{kComponent, copyOut<Component>}, {kArena, copyOut<Arena>}, {kStrings, copyOut<AbslStrings>}}),
         row("copy_fields", "fixed-width fields of 24, padded and cut", 1.4, kStrings,
             {{kComponent, copyFields<Component>}, {kArena, copyFields<Arena>}, {kStrings, copyFields<AbslStrings>}}),
-        row("first_lookup", "first lookup (builds the index)", 0.85, kArena,
+        row("first_lookup", "first lookup (builds the index)", 0.45, kArena,
             {{kComponent, lookUpFirst<Component>},
              {kArena, lookUpFirst<Arena>},
              {kAbsl, lookUpFirst<AbslStrings>},
              {kUnordered, lookUpFirst<UnorderedStrings>}}),
-        row("find_hits", "find, hits, one per call", 1.0, kArenaGuarded, findEntrants<&Inputs::hits>()),
-        row("find_lists", "find, hits, lists of 1,000", 0.85, kArena,
+        row("find_hits", "find, hits, one per call", 0.9, kArenaGuarded, findEntrants<&Inputs::hits>()),
+        row("find_lists", "find, hits, lists of 1,000", 0.4, kArena,
             {{kComponent, findLists<Component>},
              {kArena, findLists<Arena>},
              {kAbsl, findLists<AbslStrings>},
              {kUnordered, findLists<UnorderedStrings>}}),
-        row("find_misses", "find, misses, one per call", 1.1, kArenaGuarded, findEntrants<&Inputs::absent>()),
+        row("find_misses", "find, misses, one per call", 1.0, kArenaGuarded, findEntrants<&Inputs::absent>()),
         row("append_find", "append and find in turn", 0.9, kArenaGuarded,
             {{kComponent, appendAndFind<Component, NoLock>},
              {kArena, appendAndFind<Arena, NoLock>},
@@ -509,13 +555,13 @@ std::vector<Row> makeComparedRows() {
              {kStringsGuarded, replaceRandomly<AbslStrings, std::mutex>}}),
         row("replace_random_positions", "the same after the switch to positions", 0, kArenaGuarded,
             {{kComponent, replaceRandomly<Component, NoLock, true>}, {kArenaGuarded, replaceRandomly<Arena, std::mutex>}}),
-        row("generate", "generate default names, half the list", 0.75, kArena,
+        row("generate", "generate default names, half the list", 0.55, kArena,
             {{kComponent, generate<Component>}, {kArena, generate<Arena>}}),
-        row("duplicates_empty", "duplicate check against an empty list", 1.15, kAbsl,
+        row("duplicates_empty", "duplicate check against an empty list", 0.55, kAbsl,
             {{kComponent, checkDuplicates<Component, false>},
              {kAbsl, checkDuplicates<AbslStrings, false>},
              {kUnordered, checkDuplicates<UnorderedStrings, false>}}),
-        row("duplicates_full", "duplicate check against a full list", 1.0, kAbsl,
+        row("duplicates_full", "duplicate check against a full list", 0.55, kAbsl,
             {{kComponent, checkDuplicates<Component, true>},
              {kAbsl, checkDuplicates<AbslStrings, true>},
              {kUnordered, checkDuplicates<UnorderedStrings, true>}}),
@@ -527,10 +573,12 @@ std::vector<Row> makeGrowthRows() {
         row("store", "store from one buffer", 0, kComponent, {{kComponent, storeFromBuffer<Component, 1>}}),
         row("append", "append singly, segments", 0, kComponent, {{kComponent, appendSingly<Component, NoLock>}}),
         row("append_positions", "append singly, positions", 0, kComponent, {{kComponent, appendSingly<Component, NoLock, true>}}),
+        row("append_indexed", "append singly, with an index", 0, kComponent, {{kComponent, appendIndexed<Component>}}),
         row("pointers", "pointers in ranges of 250", 0, kComponent, {{kComponent, readPointers<Component>}}),
         row("read_ascending", "read singly, ascending", 0, kComponent, {{kComponent, readAscending<Component, NoLock>}}),
         row("read_random", "read singly, random, positions", 0, kComponent, {{kComponent, readRandomly<Component, NoLock>}}),
         row("first_lookup", "build the index", 0, kComponent, {{kComponent, lookUpFirst<Component>}}),
+        row("find_lists", "find, hits, lists of 1,000", 0, kComponent, {{kComponent, findLists<Component>}}),
         row("find_hits", "find singly, hits", 0, kComponent, {{kComponent, findSingly<Component, NoLock, &Inputs::hits>}}),
         row("save", "save", 0, kComponent, {{kComponent, saveAndLoad<Component, true>}}),
         row("load", "load (validated)", 0, kComponent, {{kComponent, saveAndLoad<Component, false>}}),

@@ -37,6 +37,7 @@ struct MemoryUse {
     const char *szContender;
     double nWithoutIndex;
     double nWithIndex;
+    double nGrown;  // with an index that was there while the list grew; NaN for contenders that do not keep one
     double nTotalWithIndex;
 };
 MemoryUse componentMemory(const NameList &list);

@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake/install_packages.sh libbenchmark-dev libabsl-dev
+cmake/install_packages.sh libbenchmark-dev libabsl-dev libboost1.81-dev
 cmake --preset release -DNAMES_BUILD_BENCH=ON >/dev/null
 cmake --build --preset release --parallel "$(nproc)" --target names_bench >&2
 

@@ -3,7 +3,7 @@
 # As root or with sudo. Says and does nothing when all are there; on a system without dpkg it leaves everything to its owner.
 set -euo pipefail
 
-build_packages=(g++ cmake ninja-build ccache pkg-config libboost1.81-dev libxxhash-dev libgtest-dev libcli11-dev nlohmann-json3-dev wamerican)
+build_packages=(g++ cmake ninja-build ccache pkg-config libxxhash-dev libgtest-dev libcli11-dev nlohmann-json3-dev wamerican)
 
 command -v dpkg-query >/dev/null || exit 0
 

@@ -1,25 +1,20 @@
+// The map: entries of the table, by hash; groups beside it for the keys that share one.
+//
+//     Entry { szKey,  nValue >= 0, nHash }    the only key of its hash
+//     Entry { pGroups, kIsGroup,   nHash } -> two or more keys, equal ones as a rule
+//
+// A text is read only to confirm that it is the one sought. Lists of keys are worked through in chunks, step by step, so that the waits for
+// memory of many keys overlap: each step asks for what the next one reads.
 #include "host/host_hash_map.h"
 
-#include <boost/intrusive/set.hpp>
-#include <boost/unordered/unordered_flat_set.hpp>
-#include <chrono>
-#include <cstring>
-#include <functional>
-#include <limits>
-#include <new>
+#include <string.h>
 
-#define XXH_INLINE_ALL
-#include <xxhash.h>
+#include <algorithm>
 
+#include "host/hash_table.hpp"
 #include "host/host_memory.h"
-#include "host/platform.hpp"
-
-// One open-addressing table holds an entry for each different text. The entry keeps 32 bits of the text's hash, so that growing hashes no
-// text again and a text is read only to confirm that it is the one sought. From the second equal key on the entry refers to a group, whose
-// members are ordered by value (what lookups answer) and by address (what removal asks for).
-//
-//     Entry { szKey,  nValue >= 0, nHash }    the only entry of its text
-//     Entry { pGroup, kIsGroup,    nHash } -> EqualKeys { byValue, byAddress } -> two or more Members, each in both orders
+#include "host/key_group.hpp"
+#include "host/text_hash.hpp"
 
 struct HostHashMapKeyKind {
     char cUnused;
@@ -27,295 +22,257 @@ struct HostHashMapKeyKind {
 
 const HostHashMapKeyKind HostHashMap_StringKeys = {'\0'};
 
+namespace host {
+
 namespace {
 
-constexpr uint64_t kSourceTag = 0x686f737468617368;      // "hosthash"
-constexpr uint64_t kLargePagesFrom = 128 * 1024 * 1024;  // bytes of a table; smaller ones lose more in getting the pages than they gain
-constexpr int64_t kMaxExpected = int64_t{1} << 40;       // entries; no machine has the memory for more
-constexpr int32_t kIsGroup = -1;                         // in an entry, in place of a value
-
-// ---- Memory ----
-
-// Brings the table's memory from the host's service.
-template <typename T>
-struct HostAllocator {
-    using value_type = T;
-    HostAllocator() = default;
-    template <typename U>
-    HostAllocator(const HostAllocator<U> & /*other*/) {}
-    T *allocate(size_t nCount) {
-        if (nCount > std::numeric_limits<size_t>::max() / sizeof(T)) throw std::bad_alloc();
-        void *pMemory = HostMem_Alloc(nCount * sizeof(T), kSourceTag, __LINE__);
-        if (pMemory == nullptr) throw std::bad_alloc();
-        // Lookups hit the pages of a huge table at random; with large pages the processor keeps the addresses of all of them at hand.
-        if (nCount * sizeof(T) >= kLargePagesFrom) host::adviseLargePages(pMemory, nCount * sizeof(T));
-        return static_cast<T *>(pMemory);
-    }
-    void deallocate(T *pMemory, size_t /*nCount*/) { HostMem_Free(pMemory, kSourceTag, __LINE__); }
-    bool operator==(const HostAllocator & /*other*/) const { return true; }
-};
-
-// ---- Hashing ----
-
-struct HashSecret {
-    unsigned char bytes[XXH_SECRET_DEFAULT_SIZE];
-};
-
-// The time and an address have to do on a system that has no random bytes to give yet.
-HashSecret drawSecret() {
-    HashSecret secret;
-    if (!host::randomBytes(secret.bytes, sizeof secret.bytes)) {
-        const auto nTime = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
-        XXH3_generateSecret_fromSeed(secret.bytes, nTime ^ reinterpret_cast<uintptr_t>(&secret));
-    }
-    return secret;
-}
-
-// What makes hashes unforeseeable, drawn once per process.
-const HashSecret &processSecret() {
-    static const HashSecret secret = drawSecret();
-    return secret;
-}
-
-uint32_t hashText(const HashSecret &secret, const char *szText) {
-    return static_cast<uint32_t>(XXH3_64bits_withSecret(szText, std::strlen(szText), secret.bytes, sizeof secret.bytes));
-}
-
-// ---- Equal keys ----
-
-using OrderHook =
-    boost::intrusive::set_member_hook<boost::intrusive::optimize_size<true>, boost::intrusive::link_mode<boost::intrusive::normal_link>>;
-
-struct Member {
-    const char *szKey;
-    int32_t nValue;
-    OrderHook valueHook;
-    OrderHook addressHook;
-};
-
-struct LowerValue {
-    bool operator()(const Member &one, const Member &other) const { return one.nValue < other.nValue; }
-};
-
-// The lowest value comes first among the members of one address.
-struct LowerAddress {
-    bool operator()(const Member &one, const Member &other) const {
-        return one.szKey == other.szKey ? one.nValue < other.nValue : std::less<>()(one.szKey, other.szKey);
-    }
-};
-
-using ByValue = boost::intrusive::multiset<Member, boost::intrusive::compare<LowerValue>, boost::intrusive::constant_time_size<false>,
-                                           boost::intrusive::member_hook<Member, OrderHook, &Member::valueHook>>;
-using ByAddress = boost::intrusive::multiset<Member, boost::intrusive::compare<LowerAddress>, boost::intrusive::constant_time_size<false>,
-                                             boost::intrusive::member_hook<Member, OrderHook, &Member::addressHook>>;
-
-struct EqualKeys {
-    ByValue byValue;
-    ByAddress byAddress;
-};
-
-Member *createMember(const char *szKey, int32_t nValue) {
-    void *pMemory = HostMem_Alloc(sizeof(Member), kSourceTag, __LINE__);
-    return pMemory == nullptr ? nullptr : new (pMemory) Member{szKey, nValue, {}, {}};
-}
-
-void freeMember(Member *pMember) {
-    HostMem_Free(pMember, kSourceTag, __LINE__);
-}
-
-// Indices mostly come in ascending order, and so do addresses: the end is the place to try first.
-void linkMember(EqualKeys &group, Member &member) {
-    group.byValue.insert(group.byValue.end(), member);
-    group.byAddress.insert(group.byAddress.end(), member);
-}
-
-void unlinkMember(EqualKeys &group, Member &member) {
-    group.byValue.erase(group.byValue.iterator_to(member));
-    group.byAddress.erase(group.byAddress.iterator_to(member));
-}
-
-// The member that a removal of szKey takes: the one of this very address, else the one of the lowest value.
-Member &memberToRemove(EqualKeys &group, const char *szKey) {
-    const auto found = group.byAddress.lower_bound(Member{szKey, 0, {}, {}});
-    return found != group.byAddress.end() && found->szKey == szKey ? *found : *group.byValue.begin();
-}
-
-void destroyGroup(EqualKeys *pGroup) {
-    pGroup->byAddress.clear();
-    pGroup->byValue.clear_and_dispose(freeMember);
-    pGroup->~EqualKeys();
-    HostMem_Free(pGroup, kSourceTag, __LINE__);
-}
-
-// ---- Entries ----
-
-// What an entry refers to may change while it lies in the table, its text may not. It is copied field by field: 16 bytes read at once where
-// smaller pieces have just been written would have to wait for all stores under way, those to the far ends of the table included.
-struct Entry {
-    Entry(const char *szNewKey, int32_t nNewValue, uint32_t nNewHash) : szKey(szNewKey), nValue(nNewValue), nHash(nNewHash) {}
-    Entry(const Entry &other) : szKey(other.szKey), nValue(other.nValue), nHash(other.nHash) {}
-    Entry &operator=(const Entry &other) = default;
-    union {
-        const char *szKey;
-        EqualKeys *pGroup;
-    };
-    int32_t nValue;
-    uint32_t nHash;
-};
-
-const char *textOf(const Entry &entry) {
-    return entry.nValue != kIsGroup ? entry.szKey : entry.pGroup->byValue.begin()->szKey;
-}
-
-int32_t lowestValue(const Entry &entry) {
-    return entry.nValue != kIsGroup ? entry.nValue : entry.pGroup->byValue.begin()->nValue;
-}
-
-// Spreads the 32 bits kept over those that the table uses: it finds a place by the high ones and tells neighbours apart by the low ones.
-struct EntryHash {
-    using is_avalanching = void;
-    size_t operator()(const Entry &entry) const { return (static_cast<uint64_t>(entry.nHash) << 32) | entry.nHash; }
-};
-
-struct SameText {
-    bool operator()(const Entry &one, const Entry &other) const {
-        return one.nHash == other.nHash && std::strcmp(textOf(one), textOf(other)) == 0;
-    }
-};
-
-using Entries = boost::unordered_flat_set<Entry, EntryHash, SameText, HostAllocator<Entry>>;
+constexpr uint64_t kSourceTag = 0x686f737468617368;  // "hosthash"
+constexpr int64_t kChunk = 32;                       // keys that wait together; more would push out of the cache what they wait for
 
 struct StringMap {
     HostHashMap host;  // first: callers hold its address
-    int64_t nGroups;
     const HashSecret *pSecret;
-    Entries entries;
+    HashTable table;
+    int64_t nGroups;  // entries that hold several keys
 };
 
 StringMap &stringMap(HostHashMap *pMap) {
     return *reinterpret_cast<StringMap *>(pMap);
 }
 
-Entry entryFor(const StringMap &map, const char *szKey, int32_t nValue) {
-    return {szKey, nValue, hashText(*map.pSecret, szKey)};
+// ---- Entries ----
+
+// The lowest value under a key in the entry of its hash, -1 if there is none.
+int32_t valueIn(const Entry &entry, const char *szKey) {
+    if (entry.nValue == kIsGroup) {
+        return lowestValue(entry.pGroups, szKey);
+    }
+    return strcmp(entry.szKey, szKey) == 0 ? entry.nValue : -1;
 }
 
-// The set hands out constant entries; see Entry for what may change.
-Entry &changeable(const Entry &entry) {
-    return const_cast<Entry &>(entry);
-}
-
-// Makes the entry a group of its one member. False when there is no memory: it is then as it was.
-bool turnIntoGroup(StringMap &map, Entry &entry) {
-    void *pMemory = HostMem_Alloc(sizeof(EqualKeys), kSourceTag, __LINE__);
-    Member *pFirst = createMember(entry.szKey, entry.nValue);
-    if (pMemory == nullptr || pFirst == nullptr) {
-        HostMem_Free(pMemory, kSourceTag, __LINE__);
-        freeMember(pFirst);
+// Adds a key to the entry of its hash. False without memory: nothing has changed. Not inlined: most keys have a hash of their own.
+[[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue) {
+    if (pEntry->nValue == kIsGroup) {
+        return addKey(&pEntry->pGroups, szKey, nValue);
+    }
+    KeyGroup *pGroups = nullptr;
+    if (!addKey(&pGroups, pEntry->szKey, pEntry->nValue)) {
         return false;
     }
-    entry.pGroup = new (pMemory) EqualKeys;
-    entry.nValue = kIsGroup;
-    linkMember(*entry.pGroup, *pFirst);
-    ++map.nGroups;
+    if (!addKey(&pGroups, szKey, nValue)) {
+        destroyGroups(pGroups);
+        return false;
+    }
+    pEntry->pGroups = pGroups;
+    pEntry->nValue = kIsGroup;
+    ++pMap->nGroups;
     return true;
 }
 
-// The way back, once one member is left.
-void turnIntoSingle(StringMap &map, Entry &entry) {
-    EqualKeys *pGroup = entry.pGroup;
-    const Member &last = *pGroup->byValue.begin();
-    entry.nValue = last.nValue;
-    entry.szKey = last.szKey;
-    destroyGroup(pGroup);
-    --map.nGroups;
-}
-
-bool addEqualKey(StringMap &map, Entry &entry, const char *szKey, int32_t nValue) {
-    Member *pMember = createMember(szKey, nValue);
-    if (pMember == nullptr) return false;
-    if (entry.nValue != kIsGroup && !turnIntoGroup(map, entry)) {
-        freeMember(pMember);
+// Takes a key out of an entry that holds several, and the entry back from its group once one is left. False if no key is equal.
+bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
+    if (!removeKey(&pEntry->pGroups, szKey)) {
         return false;
     }
-    linkMember(*entry.pGroup, *pMember);
+    KeyGroup *pGroups = pEntry->pGroups;
+    if (hasOneKey(pGroups, &pEntry->szKey, &pEntry->nValue)) {
+        destroyGroups(pGroups);
+        --pMap->nGroups;
+    }
     return true;
 }
 
-void removeEqualKey(StringMap &map, Entry &entry, const char *szKey) {
-    EqualKeys &group = *entry.pGroup;
-    Member &member = memberToRemove(group, szKey);
-    unlinkMember(group, member);
-    freeMember(&member);
-    if (std::next(group.byValue.begin()) == group.byValue.end()) turnIntoSingle(map, entry);
+// ---- One key ----
+
+int32_t findHashed(const StringMap &map, const char *szKey, KeyHash hash) {
+    const Entry *pEntry = findEntry(map.table, hash);
+    return pEntry != nullptr ? valueIn(*pEntry, szKey) : -1;
 }
 
-// ---- Operations ----
-
-int32_t findValue(HostHashMap *pMap, const char *szKey) {
-    const StringMap &map = stringMap(pMap);
-    const auto found = map.entries.find(entryFor(map, szKey, 0));
-    return found == map.entries.end() ? -1 : lowestValue(*found);
-}
-
-int32_t insertValue(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting) {
-    if (nValue < 0) return 1;
-    StringMap &map = stringMap(pMap);
-    int32_t nExisting = -1;
-    try {
-        const auto [place, bNew] = map.entries.insert(entryFor(map, szKey, nValue));
-        if (!bNew) {
-            nExisting = lowestValue(*place);
-            if (!addEqualKey(map, changeable(*place), szKey, nValue)) return 1;
+// False without memory: nothing has changed.
+bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
+    Entry *pEntry = findEntry(pMap->table, hash);
+    if (pEntry != nullptr) {
+        const int32_t nExisting = valueIn(*pEntry, szKey);
+        if (!addToEntry(pMap, pEntry, szKey, nValue)) {
+            return false;
         }
-    } catch (...) {
+        *pnExisting = nExisting;
+    } else {
+        if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) {
+            return false;
+        }
+        pEntry = addEntry(&pMap->table, hash);
+        pEntry->szKey = szKey;
+        pEntry->nValue = nValue;
+        pEntry->nHash = hash.nHash;
+        *pnExisting = -1;
+    }
+    ++pMap->host.nEntries;
+    return true;
+}
+
+int32_t findKey(HostHashMap *pMap, const char *szKey) {
+    const StringMap &map = stringMap(pMap);
+    const KeyHash hash = hashText(*map.pSecret, szKey);
+    prefetchEntry(map.table, hash);
+    return findHashed(map, szKey, hash);
+}
+
+int32_t insertKey(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting) {
+    StringMap &map = stringMap(pMap);
+    const KeyHash hash = hashText(*map.pSecret, szKey);
+    prefetchEntry(map.table, hash);
+    int32_t nUnwanted = -1;
+    return nValue >= 0 && insertHashed(&map, szKey, hash, nValue, pnExisting != nullptr ? pnExisting : &nUnwanted) ? 0 : 1;
+}
+
+int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
+    StringMap &map = stringMap(pMap);
+    const KeyHash hash = hashText(*map.pSecret, szKey);
+    prefetchEntry(map.table, hash);
+    Entry *pEntry = findEntry(map.table, hash);
+    if (pEntry == nullptr) {
         return 1;
     }
-    ++map.host.nEntries;
-    if (pnExisting != nullptr) *pnExisting = nExisting;
-    return 0;
-}
-
-int32_t removeKey(HostHashMap *pMap, const char *szKey) {
-    StringMap &map = stringMap(pMap);
-    const auto found = map.entries.find(entryFor(map, szKey, 0));
-    if (found == map.entries.end()) return 1;
-    if (found->nValue == kIsGroup) {
-        removeEqualKey(map, changeable(*found), szKey);
+    if (pEntry->nValue == kIsGroup) {
+        if (!removeFromGroups(&map, pEntry, szKey)) {
+            return 1;
+        }
     } else {
-        map.entries.erase(found);
+        if (strcmp(pEntry->szKey, szKey) != 0) {
+            return 1;
+        }
+        removeEntry(&map.table, pEntry);
     }
     --map.host.nEntries;
     return 0;
+}
+
+// ---- Lists of keys ----
+
+// Keys that are looked at together; a key may be NULL.
+struct Chunk {
+    const char *const *ppKeys;
+    int32_t nKeys;
+    KeyHash aHashes[kChunk];
+    Entry *apEntries[kChunk];  // first the likely ones, then those of the hashes; NULL for none
+};
+
+// Hashes the keys and asks for where the searches begin.
+void startSearches(const StringMap &map, Chunk *pChunk) {
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        if (pChunk->ppKeys[k] != nullptr) {
+            pChunk->aHashes[k] = hashText(*map.pSecret, pChunk->ppKeys[k]);
+            prefetchTags(map.table, pChunk->aHashes[k]);
+            prefetchEntry(map.table, pChunk->aHashes[k]);
+        }
+    }
+}
+
+// Asks for the entries that the searches come to first, where they do not lie in the line asked for already.
+void askForEntries(const StringMap &map, Chunk *pChunk) {
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        pChunk->apEntries[k] = pChunk->ppKeys[k] != nullptr ? likelyEntry(map.table, pChunk->aHashes[k]) : nullptr;
+        __builtin_prefetch(pChunk->apEntries[k]);
+    }
+}
+
+// Finds the entries of the hashes and asks for their texts. Comparing reads 32 bytes of them at once, often across the end of a cache line.
+void askForTexts(const StringMap &map, Chunk *pChunk) {
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        if (pChunk->apEntries[k] != nullptr) {
+            pChunk->apEntries[k] = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
+        }
+        if (pChunk->apEntries[k] != nullptr) {
+            const char *szText = pChunk->apEntries[k]->szKey;
+            __builtin_prefetch(szText);
+            __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
+        }
+    }
+}
+
+void findChunk(const StringMap &map, Chunk *pChunk, int32_t *pnValues) {
+    startSearches(map, pChunk);
+    askForEntries(map, pChunk);
+    askForTexts(map, pChunk);
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        pnValues[k] = pChunk->apEntries[k] != nullptr ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k]) : -1;
+    }
+}
+
+// How many keys are done. A new key mostly gets its place in the line asked for, and only writes there, which nobody waits for; entries
+// found ahead would be of no use, as keys inserted meanwhile can move them or have the same hash.
+int32_t insertChunk(StringMap *pMap, Chunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
+    startSearches(*pMap, pChunk);
+    for (int32_t k = 0; k < pChunk->nKeys; ++k) {
+        const char *szKey = pChunk->ppKeys[k];
+        if (szKey == nullptr) {
+            pnExisting[k] = -1;
+        } else if (!insertHashed(pMap, szKey, pChunk->aHashes[k], nFirstValue + k, &pnExisting[k])) {
+            return k;
+        }
+    }
+    return pChunk->nKeys;
 }
 
 void doNothing(HostHashMap * /*pMap*/) {}
 
 void releaseMap(HostHashMap *pMap) {
     StringMap &map = stringMap(pMap);
-    if (map.nGroups > 0) {
-        for (const Entry &entry : map.entries) {
-            if (entry.nValue == kIsGroup) destroyGroup(entry.pGroup);
+    for (uint64_t i = 0; map.nGroups > 0 && i < placesOf(map.table); ++i) {
+        if (isTaken(map.table, i) && map.table.pEntries[i].nValue == kIsGroup) {
+            destroyGroups(map.table.pEntries[i].pGroups);
+            --map.nGroups;
         }
     }
-    map.~StringMap();
+    freeTable(&map.table);
     HostMem_Free(&map, kSourceTag, __LINE__);
 }
 
-constexpr HostHashMapOps kOps = {findValue, insertValue, removeKey, doNothing, releaseMap};
+constexpr HostHashMapOps kOps = {findKey, insertKey, takeOutKey, doNothing, releaseMap};
 
 }  // namespace
 
+}  // namespace host
+
+using namespace host;
+
 HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t nExpected) {
-    if (nExpected > kMaxExpected) return nullptr;
-    void *pMemory = HostMem_AllocRecord(sizeof(StringMap), kSourceTag, __LINE__);
-    if (pMemory == nullptr) return nullptr;
-    auto *pMap = new (pMemory) StringMap{{&kOps, 0}, 0, &processSecret(), {}};
-    try {
-        if (nExpected > 0) pMap->entries.reserve(static_cast<size_t>(nExpected));
-    } catch (...) {
+    StringMap *pMap = static_cast<StringMap *>(HostMem_AllocRecord(sizeof(StringMap), kSourceTag, __LINE__));
+    if (pMap == nullptr) {
+        return nullptr;
+    }
+    *pMap = {{&kOps, 0}, &processSecret(), emptyTable(), 0};
+    if (nExpected > 0 && !reserveTable(&pMap->table, nExpected)) {
         releaseMap(&pMap->host);
         return nullptr;
     }
     return &pMap->host;
+}
+
+void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t *pnValues) {
+    for (Chunk chunk; nKeys > 0; ppKeys += chunk.nKeys, pnValues += chunk.nKeys, nKeys -= chunk.nKeys) {
+        chunk.ppKeys = ppKeys;
+        chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nKeys));
+        findChunk(stringMap(pMap), &chunk, pnValues);
+    }
+}
+
+int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t nFirstValue, int32_t *pnExisting) {
+    const int64_t nMost = nFirstValue < 0 ? 0 : std::min(nKeys, int64_t{INT32_MAX} - nFirstValue + 1);
+    int32_t anUnwanted[kChunk];
+    int64_t nDone = 0;
+    while (nDone < nMost) {
+        Chunk chunk;
+        chunk.ppKeys = ppKeys + nDone;
+        chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nMost - nDone));
+        int32_t *pnHere = pnExisting != nullptr ? pnExisting + nDone : anUnwanted;
+        const int32_t nInserted = insertChunk(&stringMap(pMap), &chunk, nFirstValue + static_cast<int32_t>(nDone), pnHere);
+        nDone += nInserted;
+        if (nInserted < chunk.nKeys) {
+            break;
+        }
+    }
+    return nDone;
 }

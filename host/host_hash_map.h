@@ -65,6 +65,22 @@ static inline void HostHashMap_Release(HostHashMap *pMap) {
     pMap->pOps->pfnRelease(pMap);
 }
 
+/* ---- Lists of keys: an offer that a host need not make -------------------------------------------------------------------------------
+ * A host that makes it defines this macro and both functions. They do what the functions above do for each key in turn, but can let the
+ * waits for memory of many keys overlap. The module goes key by key where the macro is not defined. Several threads may call
+ * HostHashMap_FindList at once, too.
+ */
+#define HOST_HASH_MAP_HAS_LISTS 1
+
+/* Sets pnValues[k], for each of the nKeys keys, to what HostHashMap_Find answers for ppKeys[k], or to -1 where that is NULL. */
+void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t *pnValues);
+
+/* Inserts (ppKeys[k], nFirstValue + k) for each of the nKeys keys in order; NULL is passed over. Sets pnExisting[k], unless pnExisting is
+ * NULL, as HostHashMap_Insert does, and to -1 where the key is NULL. Returns how many keys are done: fewer than nKeys when memory ran out,
+ * nFirstValue is negative or a value would pass INT32_MAX. The first so many are then in, the map holds no other of them, and the rest of
+ * pnExisting is untouched. */
+int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t nFirstValue, int32_t *pnExisting);
+
 #ifdef __cplusplus
 }
 #endif

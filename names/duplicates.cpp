@@ -12,6 +12,8 @@ namespace names {
 
 namespace {
 
+constexpr int32_t kCheckedAtOnce = 128;
+
 /* The names as they are compared, one pointer per index of the range, and the text of those that had to be rewritten. */
 struct PreparedNames {
     const char **ppNames;
@@ -100,21 +102,33 @@ bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
     return true;
 }
 
-/* Looks for two equal names among the given ones, the first of which is meant for index iFirst. 1 without memory. */
-int32_t clashAmongGiven(const char *const *ppNames, int32_t nNames, int32_t iFirst, Clash *pClash) {
-    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, nNames);
-    int32_t nStatus = pMap == nullptr ? 1 : 0;
-    for (int32_t k = 0; nStatus == 0 && pClash->iHeld < 0 && k < nNames; ++k) {
-        int32_t iEarlier = -1;
-        if (ppNames[k] != nullptr && HostHashMap_Insert(pMap, ppNames[k], iFirst + k, &iEarlier) != 0) {
-            nStatus = 1;
-        } else if (iEarlier >= 0) {
-            *pClash = {iEarlier, iFirst + k, ppNames[k]};
+/* Looks for two equal names among the given ones, the first of which is meant for index iFirst. 1 without memory. Names behind a clash do
+ * not count, nor does memory that runs out for them. */
+int32_t insertUntilClash(HostHashMap *pMap, const char *const *ppNames, int32_t nNames, int32_t iFirst, Clash *pClash) {
+    int32_t aEarlier[kCheckedAtOnce];
+    for (int32_t first = 0; first < nNames; first += kCheckedAtOnce) {
+        const int32_t nAtOnce = std::min(nNames - first, kCheckedAtOnce);
+        std::fill_n(aEarlier, nAtOnce, -1);
+        const int32_t nDone = insertKeys(pMap, ppNames + first, nAtOnce, iFirst + first, aEarlier);
+        const int32_t k = static_cast<int32_t>(std::find_if(aEarlier, aEarlier + nDone, [](int32_t i) { return i >= 0; }) - aEarlier);
+        if (k < nDone) {
+            *pClash = {aEarlier[k], iFirst + first + k, ppNames[first + k]};
+            return 0;
+        }
+        if (nDone < nAtOnce) {
+            return 1;
         }
     }
-    if (pMap != nullptr) {
-        HostHashMap_Release(pMap);
+    return 0;
+}
+
+int32_t clashAmongGiven(const char *const *ppNames, int32_t nNames, int32_t iFirst, Clash *pClash) {
+    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, nNames);
+    if (pMap == nullptr) {
+        return 1;
     }
+    const int32_t nStatus = insertUntilClash(pMap, ppNames, nNames, iFirst, pClash);
+    HostHashMap_Release(pMap);
     return nStatus;
 }
 
@@ -123,12 +137,16 @@ void clashWithHeld(NamesManager *mgr, const char *const *ppNames, IndexRange ran
     if (range.first == 0 && range.last >= mgr->nNames - 1) {
         return;
     }
-    for (int32_t k = 0; k < countOf(range); ++k) {
-        const int32_t iFound = ppNames[k] != nullptr ? findText(mgr, ppNames[k]) : -1;
-        if (iFound >= 0 && (iFound < range.first || iFound > range.last)) {
-            *pClash = {iFound, range.first + k, ppNames[k]};
-            return;
+    int32_t aFound[kCheckedAtOnce];
+    for (int32_t first = 0; first < countOf(range);) {
+        const int32_t nFound = findTexts(mgr, ppNames + first, std::min(countOf(range) - first, kCheckedAtOnce), aFound);
+        for (int32_t k = 0; k < nFound; ++k) {
+            if (aFound[k] >= 0 && (aFound[k] < range.first || aFound[k] > range.last)) {
+                *pClash = {aFound[k], range.first + first + k, ppNames[first + k]};
+                return;
+            }
         }
+        first += nFound;
     }
 }
 

@@ -146,78 +146,158 @@ char *putRepeated(char *p, char c, int64_t nCount) {
     return p + nCount;
 }
 
-/* A name without its trailing blanks, as it will be stored. */
+/* A formatted name before it is written: without trailing blanks, which therefore need no memory, however many the width asks for. */
+struct FormattedName {
+    PrintedNumber number;
+    int32_t nBehind; /* of the text behind the number */
+    int64_t nLength;
+};
+
+FormattedName formatName(const NameFormat &format, int32_t nNumber) {
+    FormattedName name;
+    PrintedNumber &number = name.number;
+    printNumber(format, nNumber, &number);
+    name.nBehind = static_cast<int32_t>(trimmedLength(format.aBehind, static_cast<uint64_t>(format.nBehind)));
+    if (name.nBehind == 0) {
+        number.nBlanksBehind = 0;
+    }
+    name.nLength =
+        format.nBefore + number.nBlanksBefore + number.nSign + number.nZeros + number.nDigits + number.nBlanksBehind + name.nBehind;
+    return name;
+}
+
+void writeName(const NameFormat &format, const FormattedName &name, char *p) {
+    const PrintedNumber &number = name.number;
+    p = put(p, format.aBefore, format.nBefore);
+    p = putRepeated(p, ' ', number.nBlanksBefore);
+    p = put(p, number.aSign, number.nSign);
+    p = putRepeated(p, '0', number.nZeros);
+    p = put(p, number.aDigits + sizeof number.aDigits - static_cast<size_t>(number.nDigits), number.nDigits);
+    p = putRepeated(p, ' ', number.nBlanksBehind);
+    p = put(p, format.aBehind, name.nBehind);
+    *p = 0;
+}
+
+constexpr int32_t kAhead = 32;
+constexpr int32_t kAheadBytes = 64; /* of a name that is looked up ahead, its NUL included; names that take more are looked up alone */
+
+/* Names with consecutive numbers that were looked up together. A name that comes in later has a number of its own and so another text: the
+ * answers hold as long as lookups find the same index. */
+struct LookedAhead {
+    int32_t nFirstNumber;
+    int32_t nNames;
+    const char *apTexts[kAhead];
+    int32_t aLengths[kAhead];
+    int32_t aFound[kAhead];
+    char aTexts[kAhead][kAheadBytes];
+};
+
+/* A run of generation. */
+struct Generation {
+    NamesManager *mgr;
+    NameFormat format;
+    int32_t nNumber;   /* of the last name tried */
+    int32_t nWanted;   /* names still to come */
+    TextBuffer buffer; /* of a name that is looked up alone */
+    LookedAhead ahead;
+};
+
+/* A name that is not in use, as it will be stored. */
 struct Candidate {
     const char *szText;
     int32_t nLength;
 };
 
-/* The formatted name with the given number, without trailing blanks, which therefore need no memory, however many the width asks for. False
- * if it is too long to store or without memory. */
-bool formatCandidate(const NameFormat &format, int32_t nNumber, TextBuffer *pBuffer, Candidate *pCandidate) {
-    PrintedNumber printed;
-    printNumber(format, nNumber, &printed);
-    const int32_t nBehind = static_cast<int32_t>(trimmedLength(format.aBehind, static_cast<uint64_t>(format.nBehind)));
-    if (nBehind == 0) {
-        printed.nBlanksBehind = 0;
+/* The fixed text for number 1. Only an empty manager gets here with it, so it cannot be in use. */
+Candidate firstCandidate(Generation *pRun) {
+    const char *szFirst = pRun->mgr->szFirstGeneratedName;
+    const int32_t nLength = static_cast<int32_t>(trimmedLength(szFirst, strlen(szFirst)));
+    copyText(pRun->buffer.aLocal, szFirst, nLength);
+    pRun->nNumber = 1;
+    return {pRun->buffer.aLocal, nLength};
+}
+
+/* Looks up as many of the next names as will be wanted in any case. False if not even the first is short enough. */
+bool lookAhead(Generation *pRun) {
+    LookedAhead *pAhead = &pRun->ahead;
+    const int32_t nMost = std::min({kAhead, pRun->nWanted, INT32_MAX - pRun->nNumber});
+    int32_t n = 0;
+    for (; n < nMost; ++n) {
+        const FormattedName name = formatName(pRun->format, pRun->nNumber + 1 + n);
+        if (name.nLength >= kAheadBytes) {
+            break;
+        }
+        writeName(pRun->format, name, pAhead->aTexts[n]);
+        pAhead->apTexts[n] = pAhead->aTexts[n];
+        pAhead->aLengths[n] = static_cast<int32_t>(name.nLength);
     }
-    const int64_t nLength =
-        format.nBefore + printed.nBlanksBefore + printed.nSign + printed.nZeros + printed.nDigits + printed.nBlanksBehind + nBehind;
-    char *pText = nLength <= kMaxNameBytes ? roomFor(pBuffer, static_cast<uint64_t>(nLength) + 1) : nullptr;
+    pAhead->nFirstNumber = pRun->nNumber + 1;
+    pAhead->nNames = n > 0 ? findTexts(pRun->mgr, pAhead->apTexts, n, pAhead->aFound) : 0;
+    return n > 0;
+}
+
+/* Formats the name with the next number and looks it up: its index goes to *piFound. False if it cannot be made: it is too long to store,
+ * or memory or numbers ran out. */
+bool tryNextAlone(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
+    if (pRun->nNumber == INT32_MAX) {
+        return false;
+    }
+    const FormattedName name = formatName(pRun->format, pRun->nNumber + 1);
+    char *pText = name.nLength <= kMaxNameBytes ? roomFor(&pRun->buffer, static_cast<uint64_t>(name.nLength) + 1) : nullptr;
     if (pText == nullptr) {
         return false;
     }
-    char *p = put(pText, format.aBefore, format.nBefore);
-    p = putRepeated(p, ' ', printed.nBlanksBefore);
-    p = put(p, printed.aSign, printed.nSign);
-    p = putRepeated(p, '0', printed.nZeros);
-    p = put(p, printed.aDigits + sizeof printed.aDigits - static_cast<size_t>(printed.nDigits), printed.nDigits);
-    p = putRepeated(p, ' ', printed.nBlanksBehind);
-    p = put(p, format.aBehind, nBehind);
-    *p = 0;
-    *pCandidate = {pText, static_cast<int32_t>(nLength)};
+    writeName(pRun->format, name, pText);
+    *pCandidate = {pText, static_cast<int32_t>(name.nLength)};
+    ++pRun->nNumber;
+    findTexts(pRun->mgr, &pCandidate->szText, 1, piFound);
     return true;
 }
 
-/* The fixed text for number 1. Only an empty manager gets here with it, so it cannot be in use. */
-void firstCandidate(const NamesManager *mgr, TextBuffer *pBuffer, Candidate *pCandidate) {
-    const uint64_t nLength = trimmedLength(mgr->szFirstGeneratedName, strlen(mgr->szFirstGeneratedName));
-    memcpy(pBuffer->aLocal, mgr->szFirstGeneratedName, nLength);
-    pBuffer->aLocal[nLength] = 0;
-    *pCandidate = {pBuffer->aLocal, static_cast<int32_t>(nLength)};
+bool tryNext(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
+    const LookedAhead &ahead = pRun->ahead;
+    const bool bKnown = pRun->nNumber - ahead.nFirstNumber < ahead.nNames - 1 && isIndexCurrent(pRun->mgr);
+    if (!bKnown && !lookAhead(pRun)) {
+        return tryNextAlone(pRun, pCandidate, piFound);
+    }
+    const int32_t k = ++pRun->nNumber - ahead.nFirstNumber;
+    *pCandidate = {ahead.apTexts[k], ahead.aLengths[k]};
+    *piFound = ahead.aFound[k];
+    return true;
 }
 
-/* The next candidate that is not in use, from number *pnNumber + 1 on; *pnNumber becomes its number. False at the end of the 32-bit range
- * or when a candidate cannot be made. */
-bool findFreeName(NamesManager *mgr, const NameFormat &format, TextBuffer *pBuffer, int32_t *pnNumber, Candidate *pCandidate) {
-    if (*pnNumber == 0 && mgr->szFirstGeneratedName[0] != 0) {
-        firstCandidate(mgr, pBuffer, pCandidate);
-        *pnNumber = 1;
+/* The next name that is not in use. False if a name on the way to it cannot be made. */
+bool findFreeName(Generation *pRun, Candidate *pCandidate) {
+    if (pRun->nNumber == 0 && pRun->mgr->szFirstGeneratedName[0] != 0) {
+        *pCandidate = firstCandidate(pRun);
         return true;
     }
+    int32_t iFound = -1;
     do {
-        if (*pnNumber == INT32_MAX || !formatCandidate(format, *pnNumber + 1, pBuffer, pCandidate)) {
+        if (!tryNext(pRun, pCandidate, &iFound)) {
             return false;
         }
-        ++*pnNumber;
-    } while (findText(mgr, pCandidate->szText) >= 0);
+    } while (iFound >= 0);
     return true;
 }
 
 int32_t generateNames(NamesManager *mgr, int32_t iLastIndex) {
-    TextBuffer buffer;
-    NameFormat format;
-    Candidate candidate;
-    int32_t nNumber = std::max(mgr->nGeneratedNameBase, mgr->nNames);
-    const bool bFormat = isNameFormat(mgr->szNameFormat) && parseFormat(mgr->szNameFormat, &format);
+    Generation run;
+    run.mgr = mgr;
+    run.nNumber = std::max(mgr->nGeneratedNameBase, mgr->nNames);
+    run.ahead.nFirstNumber = 0;
+    run.ahead.nNames = 0;
+    const bool bFormat = isNameFormat(mgr->szNameFormat) && parseFormat(mgr->szNameFormat, &run.format);
     for (int32_t i = mgr->nNames; i <= iLastIndex; ++i) {
-        const bool bFound = bFormat && findFreeName(mgr, format, &buffer, &nNumber, &candidate);
+        Candidate candidate;
+        run.nWanted = iLastIndex - i + 1;
+        const bool bFound = bFormat && findFreeName(&run, &candidate);
         if (!bFound || addOneName(mgr, i, candidate.szText, candidate.nLength) != 0) {
             Host_ReportError(kSourceTag, __LINE__, 0, "NamesManager_AddName failed - possibly out of memory?");
             return 1;
         }
     }
-    mgr->nGeneratedNameBase = nNumber - 1;
+    mgr->nGeneratedNameBase = run.nNumber - 1;
     return 0;
 }
 

@@ -14,33 +14,65 @@ void dropIndex(NamesManager *mgr) {
     }
 }
 
+void findKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t *pnValues) {
+#ifdef HOST_HASH_MAP_HAS_LISTS
+    HostHashMap_FindList(pMap, ppKeys, nKeys, pnValues);
+#else
+    for (int32_t k = 0; k < nKeys; ++k) {
+        pnValues[k] = ppKeys[k] != nullptr ? HostHashMap_Find(pMap, ppKeys[k]) : -1;
+    }
+#endif
+}
+
+int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t nFirstValue, int32_t *pnExisting) {
+#ifdef HOST_HASH_MAP_HAS_LISTS
+    return static_cast<int32_t>(HostHashMap_InsertList(pMap, ppKeys, nKeys, nFirstValue, pnExisting));
+#else
+    for (int32_t k = 0; k < nKeys; ++k) {
+        int32_t nExisting = -1;
+        if (ppKeys[k] != nullptr && HostHashMap_Insert(pMap, ppKeys[k], nFirstValue + k, &nExisting) != 0) {
+            return k;
+        }
+        if (pnExisting != nullptr) {
+            pnExisting[k] = nExisting;
+        }
+    }
+    return nKeys;
+#endif
+}
+
 void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames, int32_t iFirst) {
-    for (int32_t k = 0; k < nNames && mgr->pLookupIndex != nullptr; ++k) {
-        if (HostHashMap_Insert(mgr->pLookupIndex, pText, iFirst + k, nullptr) != 0) {
+    if (mgr->pLookupIndex == nullptr) {
+        return;
+    }
+    if (nNames == 1) {
+        if (HostHashMap_Insert(mgr->pLookupIndex, pText, iFirst, nullptr) != 0) {
             dropIndex(mgr);
         }
+        return;
+    }
+    const char *apNames[kMaxSegmentNames];
+    for (int32_t k = 0; k < nNames; ++k) {
+        apNames[k] = pText;
         pText += lengths[k] + 1;
+    }
+    if (insertKeys(mgr->pLookupIndex, apNames, nNames, iFirst, nullptr) < nNames) {
+        dropIndex(mgr);
     }
 }
 
 namespace {
-
-bool isIndexCurrent(const NamesManager *mgr) {
-    return mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames;
-}
 
 void buildIndex(NamesManager *mgr) {
     mgr->pLookupIndex = HostHashMap_Create(&HostHashMap_StringKeys, mgr->nNames);
     const char *apNames[kMaxSegmentNames];
     NameReader reader = startReading(mgr, {0, mgr->nNames - 1});
     for (int32_t i = 0; mgr->pLookupIndex != nullptr && i < mgr->nNames;) {
-        const int32_t iEnd = i + readNames(&reader, apNames, nullptr);
-        for (int32_t k = 0; i < iEnd; ++k, ++i) {
-            if (HostHashMap_Insert(mgr->pLookupIndex, apNames[k], i, nullptr) != 0) {
-                dropIndex(mgr);
-                return;
-            }
+        const int32_t nNames = readNames(&reader, apNames, nullptr);
+        if (insertKeys(mgr->pLookupIndex, apNames, nNames, i, nullptr) < nNames) {
+            dropIndex(mgr);
         }
+        i += nNames;
     }
 }
 
@@ -59,22 +91,27 @@ bool endsInBlank(const char *szText) {
     return nLength > 0 && szText[nLength - 1] == ' ';
 }
 
-/* The NUL-terminated text that a name given with nWidth is looked up by: the name itself where it needs no trimming, else a copy in the
- * buffer; NULL without memory for that. */
-const char *lookupText(const char *pName, int32_t nWidth, TextBuffer *pBuffer) {
-    if (nWidth < -1) {
-        return pName;
-    }
+/* What of a name given with nWidth counts in a lookup. */
+struct SoughtText {
+    size_t nLength;
+    bool bAsGiven; /* it is NUL-terminated there and needs no trimming */
+};
+
+SoughtText soughtText(const char *pName, int32_t nWidth) {
     const size_t nGiven = nWidth < 0 ? strlen(pName) : strnlen(pName, static_cast<size_t>(nWidth));
     const bool bTerminated = nWidth < 0 || nGiven < static_cast<size_t>(nWidth);
-    if (bTerminated && (nGiven == 0 || pName[nGiven - 1] != ' ')) {
+    const size_t nLength = nWidth < -1 ? nGiven : trimmedLength(pName, nGiven);
+    return {nLength, bTerminated && nLength == nGiven};
+}
+
+/* NUL-terminated, the name itself where it can be; NULL without memory for a copy in the buffer. */
+const char *lookupText(const char *pName, SoughtText sought, TextBuffer *pBuffer) {
+    if (sought.bAsGiven) {
         return pName;
     }
-    const size_t nLength = trimmedLength(pName, nGiven);
-    char *pText = roomFor(pBuffer, nLength + 1);
+    char *pText = roomFor(pBuffer, sought.nLength + 1);
     if (pText != nullptr) {
-        memcpy(pText, pName, nLength);
-        pText[nLength] = 0;
+        copyText(pText, pName, static_cast<int32_t>(sought.nLength));
     }
     return pText;
 }
@@ -92,9 +129,18 @@ NameLookupIndex *currentIndex(NamesManager *mgr) {
     return mgr->pLookupIndex;
 }
 
-int32_t findText(NamesManager *mgr, const char *szText) {
+int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound) {
+    if (ppTexts[0] == nullptr) {
+        *pFound = -1;
+        return 1;
+    }
     NameLookupIndex *pIndex = currentIndex(mgr);
-    return pIndex != nullptr ? HostHashMap_Find(pIndex, szText) : scanForText(mgr, szText);
+    if (nTexts == 1 || !isIndexCurrent(mgr)) {
+        *pFound = pIndex != nullptr ? HostHashMap_Find(pIndex, ppTexts[0]) : scanForText(mgr, ppTexts[0]);
+        return 1;
+    }
+    findKeys(pIndex, ppTexts, nTexts, pFound);
+    return nTexts;
 }
 
 namespace {
@@ -112,7 +158,7 @@ bool findName(NamesManager *mgr, NameLookupIndex *pIndex, const char *pName, int
             return true;
         }
     }
-    const char *szText = lookupText(pName, nWidth, pBuffer);
+    const char *szText = lookupText(pName, soughtText(pName, nWidth), pBuffer);
     if (szText == nullptr) {
         return false;
     }
@@ -131,20 +177,81 @@ bool findName(NamesManager *mgr, NameLookupIndex *pIndex, const char *pName, int
     return iFound;
 }
 
+constexpr int32_t kFoundAtOnce = 32;
+
+/* Finds those of the names that cannot be looked up as they were given, or were not found so; aFound[k] is -1 for these. Short texts are
+ * looked up together, a long one shares the buffer with the others. False without memory. */
+bool findTrimmed(NameLookupIndex *pIndex, const char *const *ppNames, int32_t nNames, int32_t nWidth, TextBuffer *pBuffer,
+                 int32_t *aFound) {
+    const char *apTexts[kFoundAtOnce];
+    char aCopies[kFoundAtOnce][kLocalTextBytes];
+    bool bAny = false;
+    for (int32_t k = 0; k < nNames; ++k) {
+        apTexts[k] = nullptr;
+        if (aFound[k] >= 0) {
+            continue;
+        }
+        const SoughtText sought = soughtText(ppNames[k], nWidth);
+        if (sought.bAsGiven) {
+            apTexts[k] = nWidth >= 0 ? ppNames[k] : nullptr;
+        } else if (sought.nLength < kLocalTextBytes) {
+            copyText(aCopies[k], ppNames[k], static_cast<int32_t>(sought.nLength));
+            apTexts[k] = aCopies[k];
+        } else {
+            const char *szText = lookupText(ppNames[k], sought, pBuffer);
+            if (szText == nullptr) {
+                return false;
+            }
+            aFound[k] = HostHashMap_Find(pIndex, szText);
+        }
+        bAny = bAny || apTexts[k] != nullptr;
+    }
+    if (bAny) {
+        int32_t aTrimmed[kFoundAtOnce];
+        findKeys(pIndex, apTexts, nNames, aTrimmed);
+        for (int32_t k = 0; k < nNames; ++k) {
+            aFound[k] = apTexts[k] != nullptr ? aTrimmed[k] : aFound[k];
+        }
+    }
+    return true;
+}
+
+/* findName for up to kFoundAtOnce names. */
+bool findSome(NamesManager *mgr, NameLookupIndex *pIndex, const char *const *ppNames, int32_t nNames, int32_t nWidth, TextBuffer *pBuffer,
+              int32_t *aFound) {
+    if (pIndex == nullptr || nNames == 1) {
+        for (int32_t k = 0; k < nNames; ++k) {
+            if (!findName(mgr, pIndex, ppNames[k], nWidth, pBuffer, &aFound[k])) {
+                return false;
+            }
+        }
+        return true;
+    }
+    if (nWidth < 0) {
+        findKeys(pIndex, ppNames, nNames, aFound);
+    } else {
+        std::fill_n(aFound, nNames, -1);
+    }
+    return nWidth < -1 || findTrimmed(pIndex, ppNames, nNames, nWidth, pBuffer, aFound);
+}
+
 int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
     TextBuffer buffer;
     NameLookupIndex *pIndex = currentIndex(mgr);
-    for (int32_t k = 0; k < nCount; ++k) {
-        int32_t iFound = -1;
-        if (!findName(mgr, pIndex, ppNames[k], nWidth, &buffer, &iFound)) {
-            if (pIndices != nullptr) {
-                std::fill_n(pIndices, nCount, -1);
-            }
+    for (int32_t first = 0; first < nCount;) {
+        int32_t aFound[kFoundAtOnce];
+        const int32_t nNames = std::min(nCount - first, kFoundAtOnce);
+        const bool bDone = findSome(mgr, pIndex, ppNames + first, nNames, nWidth, &buffer, aFound);
+        if (!bDone && pIndices != nullptr) {
+            std::fill_n(pIndices, nCount, -1);
+        }
+        if (!bDone) {
             return 1;
         }
-        if (pIndices != nullptr) {
-            pIndices[k] = inBase(iFound, bOneBased);
+        for (int32_t k = 0; pIndices != nullptr && k < nNames; ++k) {
+            pIndices[first + k] = inBase(aFound[k], bOneBased);
         }
+        first += nNames;
     }
     return 0;
 }

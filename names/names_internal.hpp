@@ -248,10 +248,23 @@ bool isNameFormat(const char *szFormat);
 /* The index, built if need be; NULL when there are no names or it could not be built. */
 NameLookupIndex *currentIndex(NamesManager *mgr);
 
-/* The 0-based index of a name without trailing blanks, or -1. */
-int32_t findText(NamesManager *mgr, const char *szText);
+/* False also when a host's map does not count equal keys and there are some: each lookup then builds the index anew. */
+inline bool isIndexCurrent(const NamesManager *mgr) {
+    return mgr->pLookupIndex != nullptr && mgr->pLookupIndex->nEntries == mgr->nNames;
+}
+
+/* Looks names without trailing blanks up, each as if alone: their 0-based indices, -1 for none and for NULL. How many were looked up: only
+ * the first where the next one may find another index, for want of memory or on a host that makes it stale. */
+int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound);
 
 void dropIndex(NamesManager *mgr);
+
+/* HostHashMap_Find for each of the keys, -1 for NULL: at once where the host offers lists, else key by key. */
+void findKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t *pnValues);
+
+/* HostHashMap_Insert for each of the keys but NULL, with the values from nFirstValue on. pnExisting may be NULL. How many keys are done:
+ * all, or those before the first that could not be inserted. */
+int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t nFirstValue, int32_t *pnExisting);
 
 /* Enters nNames names that lie back to back at pText, the first one at index iFirst. Does nothing without an index, drops it on failure. */
 void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames, int32_t iFirst);

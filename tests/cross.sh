@@ -20,7 +20,7 @@ options=("${@:2}")
 # /usr/include as a whole holds this machine's C library, so what the target may see of it is linked into a folder of its own.
 share_headers() {
     local header
-    for header in boost xxhash.h CLI nlohmann; do
+    for header in xxhash.h CLI nlohmann; do
         ln -sfn "/usr/include/$header" "$sysroot/include/$header"
     done
     package CLI11 CLI11::CLI11

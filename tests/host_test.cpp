@@ -1,115 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <limits>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "host/host_hash_map.h"
 #include "host/host_stream.h"
 #include "host/host_text.h"
 #include "tests/counted_host/counted_memory.h"
+#include "tests/starve.hpp"
 
 namespace {
-
-// Runs scenario with the first, then the second, then the n-th allocation failing, alone and with all later ones, until none fails any
-// more.
-template <typename Scenario>
-void starve(Scenario scenario) {
-    const int64_t nLive = HostMem_GetNumLive();
-    for (const int32_t bFromThereOn : {0, 1}) {
-        bool bFailed = true;
-        for (int64_t n = 1; bFailed; ++n) {
-            HostMem_FailAt(n, bFromThereOn);
-            scenario();
-            bFailed = HostMem_GetNumCalls() >= n;
-            HostMem_FailAt(0, 0);
-            ASSERT_EQ(nLive, HostMem_GetNumLive()) << "leak after failure " << n;
-        }
-    }
-}
-
-using Entry = std::pair<const char *, int32_t>;  // key and value
-
-auto lowest(std::vector<Entry> &entries, const char *szKey) {
-    const auto rank = [szKey](const Entry &entry) { return std::pair(entry.first != szKey, entry.second); };
-    return std::min_element(entries.begin(), entries.end(), [&rank](auto &one, auto &other) { return rank(one) < rank(other); });
-}
-
-int32_t lowestValue(std::vector<Entry> &entries) {
-    return entries.empty() ? -1 : lowest(entries, nullptr)->second;
-}
-
-// Random operations on few texts and many addresses, compared with lists of entries. A key no longer held is overwritten at once.
-void useHashMap(unsigned nSeed, int nSteps) {
-    std::mt19937 random(nSeed);
-    const std::vector<std::string> texts = {"", "a", "aa", std::string(17, 'a'), std::string(241, 'a'), std::string(999, '\xff')};
-    std::map<std::string, std::vector<Entry>> model;
-    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, static_cast<int64_t>(random() % 30) - 5);
-    if (pMap == nullptr) return;
-    std::vector<std::vector<char>> keys(300);
-    int64_t nEntries = 0;
-    for (int32_t iStep = 0; iStep < nSteps; ++iStep) {
-        const size_t iKey = random() % keys.size();
-        const std::string text = iKey < 100 ? texts[iKey % texts.size()] : std::to_string(iKey / 2);
-        std::vector<Entry> &entries = model[text];
-        std::vector<char> &key = keys[iKey];
-        key.assign(text.c_str(), text.c_str() + text.size() + 1);  // as long as before: it stays where it is
-        const int32_t nLowest = lowestValue(entries);
-        if (random() % 16 < 9) {
-            const int32_t nValue = (iStep * 7919) & 0xfffff;  // no value twice
-            int32_t nExisting = -7;
-            const bool bDone = HostHashMap_Insert(pMap, key.data(), nValue, &nExisting) == 0;
-            ASSERT_EQ(bDone ? nLowest : -7, nExisting);
-            if (bDone) entries.emplace_back(key.data(), nValue), ++nEntries;
-        } else {
-            ASSERT_EQ(entries.empty() ? 1 : 0, HostHashMap_Remove(pMap, key.data()));
-            if (!entries.empty()) {
-                const auto gone = lowest(entries, key.data());
-                char *szGone = const_cast<char *>(gone->first);
-                entries.erase(gone), --nEntries;
-                if (entries.empty() || lowest(entries, szGone)->first != szGone) std::memset(szGone, '#', text.size() + 1);
-            }
-        }
-        ASSERT_EQ(nEntries, pMap->nEntries);
-        ASSERT_EQ(lowestValue(entries), HostHashMap_Find(pMap, text.c_str()));
-    }
-    HostHashMap_Release(pMap);
-}
-
-TEST(HashMap, AgreesWithModelAlsoWhenMemoryFails) {
-    for (unsigned nSeed = 1; nSeed <= 10; ++nSeed)
-        useHashMap(nSeed, 5000);
-    starve([] { useHashMap(11, 400); });
-    EXPECT_EQ(nullptr, HostHashMap_Create(&HostHashMap_StringKeys, std::numeric_limits<int64_t>::max()));
-}
-
-// Would take minutes if any key were sought by walking over others.
-TEST(HashMap, HoldsManyEqualAndManyDifferentKeys) {
-    constexpr int32_t kCount = 200000;
-    const std::vector<char> empties(kCount, '\0');
-    std::vector<std::string> different(kCount);
-    const auto start = std::chrono::steady_clock::now();
-    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, 0);
-    for (int32_t i = 0; i < kCount; ++i) {
-        const auto iKey = static_cast<size_t>(i);
-        different[iKey] = std::to_string(i);
-        ASSERT_EQ(0, HostHashMap_Insert(pMap, different[iKey].c_str(), i, nullptr));
-        ASSERT_EQ(0, HostHashMap_Insert(pMap, &empties[iKey], i ^ 0x1ff, nullptr));
-    }
-    for (int32_t i = kCount - 1; i > 0; --i) {  // by address, and so that the lowest value stays
-        ASSERT_EQ(0, HostHashMap_Find(pMap, ""));
-        ASSERT_EQ(0, HostHashMap_Remove(pMap, &empties[static_cast<size_t>(i == 0x1ff ? 0 : i)]));
-        ASSERT_EQ(i, HostHashMap_Find(pMap, different[static_cast<size_t>(i)].c_str()));
-    }
-    EXPECT_EQ(kCount + 1, pMap->nEntries);
-    HostHashMap_Release(pMap);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
-}
 
 // Pieces below, at and beyond the size of a file stream's buffer; one byte more follows them.
 const std::vector<size_t> kPieces = {0, 7, 65535, 1, 65536, 300000, 65537, 1000};

@@ -1,0 +1,27 @@
+// Hashing of keys, unforeseeable because its secret is drawn anew in every process.
+#ifndef HOST_TEXT_HASH_HPP
+#define HOST_TEXT_HASH_HPP
+
+#include <stdint.h>
+#include <string.h>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include "host/hash_table.hpp"
+
+namespace host {
+
+struct HashSecret {
+    unsigned char bytes[XXH_SECRET_DEFAULT_SIZE];
+};
+
+const HashSecret &processSecret();
+
+inline KeyHash hashText(const HashSecret &secret, const char *szText) {
+    return keyHash(XXH3_64bits_withSecret(szText, strlen(szText), secret.bytes, sizeof secret.bytes));
+}
+
+}  // namespace host
+
+#endif

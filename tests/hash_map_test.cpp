@@ -1,0 +1,202 @@
+// The shipped hash map beside lists of entries, with all bits of its hashes and with few.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/host_hash_map.h"
+#include "host/text_hash.hpp"
+#include "tests/starve.hpp"
+
+namespace {
+
+using Entry = std::pair<const char *, int32_t>;  // key and value
+
+// Few texts and many addresses. A key that is no longer held is overwritten at once.
+class Model {
+public:
+    explicit Model(unsigned nSeed, bool bWithoutMemory = false)
+        : random(nSeed), map(HostHashMap_Create(&HostHashMap_StringKeys, pick(30) - 5)), keys(300), bStarved(bWithoutMemory) {}
+    ~Model() {
+        if (map != nullptr) HostHashMap_Release(map);
+    }
+
+    // An empty map has given everything back but itself and its table.
+    void removeAll() {
+        for (const auto &[text, entries] : held) {
+            for (const Entry &entry : entries)
+                ASSERT_EQ(0, HostHashMap_Remove(map, entry.first));
+        }
+        EXPECT_EQ(nLive + 2, HostMem_GetNumLive());
+    }
+
+    void play(int nSteps) {
+        for (int i = 0; map != nullptr && i < nSteps && !testing::Test::HasFatalFailure(); ++i) {
+            const int nWhat = pick(20);
+            nWhat < 8 ? insert() : nWhat < 9 ? insertList() : nWhat < 11 ? findList() : remove();
+            ASSERT_EQ(nEntries, map->nEntries);
+        }
+    }
+
+private:
+    using Entries = std::vector<Entry>;
+
+    int pick(int nBelow) { return static_cast<int>(random() % static_cast<unsigned>(nBelow)); }
+
+    // As long as before: it stays where it is.
+    const char *anyKey() {
+        static const std::vector<std::string> texts = {
+            "", "a", "aa", std::string(17, 'a'), std::string(241, 'a'), std::string(999, '\xff')};
+        const size_t iKey = random() % keys.size();
+        const std::string text = iKey < 100 ? texts[iKey % texts.size()] : std::to_string(iKey / 2);
+        keys[iKey].assign(text.c_str(), text.c_str() + text.size() + 1);
+        return keys[iKey].data();
+    }
+    const char *anyKeyOrNull() { return pick(9) == 0 ? nullptr : anyKey(); }
+
+    static auto lowest(Entries &entries, const char *szKey) {
+        const auto rank = [szKey](const Entry &entry) { return std::pair(entry.first != szKey, entry.second); };
+        return std::min_element(entries.begin(), entries.end(), [&rank](auto &one, auto &other) { return rank(one) < rank(other); });
+    }
+    int32_t lowestValue(const char *szKey) {
+        Entries &entries = held[szKey];
+        return entries.empty() ? -1 : lowest(entries, nullptr)->second;
+    }
+    void hold(const char *szKey, int32_t nValue) { held[szKey].emplace_back(szKey, nValue), ++nEntries; }
+
+    void insert() {
+        const char *szKey = anyKey();
+        const int32_t nValue = pick(50) == 0 ? -1 - pick(9) : ++nInserted * 7919 & 0xfffff;  // no value twice
+        int32_t nExisting = -7;
+        const int32_t nLowest = lowestValue(szKey);
+        const bool bDone = HostHashMap_Insert(map, szKey, nValue, &nExisting) == 0;
+        ASSERT_TRUE(bStarved ? nValue >= 0 || !bDone : bDone == (nValue >= 0));
+        ASSERT_EQ(bDone ? nLowest : -7, nExisting);
+        if (bDone) hold(szKey, nValue);
+        ASSERT_EQ(lowestValue(szKey), HostHashMap_Find(map, szKey));
+    }
+    void insertList() {
+        std::vector<const char *> list(static_cast<size_t>(pick(100)));
+        std::generate(list.begin(), list.end(), [this] { return anyKeyOrNull(); });
+        std::vector<int32_t> existing(list.size(), -7), expected = existing;
+        const int nFrom = pick(10);
+        const bool bAtEnd = nFrom == 0 && !std::exchange(bWasAtEnd, true);
+        const int32_t nFirst = bAtEnd ? INT32_MAX - pick(100) : nFrom == 1 ? -1 : 0x100000 + 100 * ++nInserted;
+        const int64_t nMost = nFrom == 1 ? 0 : std::min(std::ssize(list), INT32_MAX - std::ptrdiff_t{nFirst} + 1);
+        const int64_t nDone = HostHashMap_InsertList(map, list.data(), std::ssize(list), nFirst, nFrom == 2 ? nullptr : existing.data());
+        ASSERT_LE(nDone, nMost);
+        ASSERT_TRUE(bStarved || nDone == nMost);
+        for (size_t k = 0; k < static_cast<size_t>(nDone); ++k) {
+            expected[k] = list[k] != nullptr ? lowestValue(list[k]) : -1;
+            if (list[k] != nullptr) hold(list[k], nFirst + static_cast<int32_t>(k));
+        }
+        ASSERT_EQ(nFrom == 2 ? std::vector<int32_t>(list.size(), -7) : expected, existing);
+    }
+    void findList() {
+        std::vector<const char *> list(static_cast<size_t>(pick(100)));
+        std::generate(list.begin(), list.end(), [this] { return anyKeyOrNull(); });
+        std::vector<int32_t> found(list.size() + 1, -7), expected = found;
+        HostHashMap_FindList(map, list.data(), std::ssize(list), found.data());
+        for (size_t k = 0; k < list.size(); ++k)
+            expected[k] = list[k] != nullptr ? lowestValue(list[k]) : -1;
+        ASSERT_EQ(expected, found);
+    }
+    void remove() {
+        const char *szKey = anyKey();
+        Entries &entries = held[szKey];
+        ASSERT_EQ(entries.empty() ? 1 : 0, HostHashMap_Remove(map, szKey));
+        if (entries.empty()) return;
+        const auto gone = lowest(entries, szKey);
+        char *szGone = const_cast<char *>(gone->first);
+        entries.erase(gone), --nEntries;
+        ASSERT_EQ(lowestValue(szKey), HostHashMap_Find(map, szKey));
+        if (entries.empty() || lowest(entries, szGone)->first != szGone) std::memset(szGone, '#', std::strlen(szGone));
+    }
+
+    int64_t nLive = HostMem_GetNumLive();
+    std::mt19937 random;
+    HostHashMap *map;
+    std::vector<std::vector<char>> keys;
+    std::map<std::string, Entries> held;
+    int64_t nEntries = 0;
+    int32_t nInserted = 0;
+    bool bWasAtEnd = false;
+    bool bStarved;
+};
+
+// What of the hashes is kept: all; one tag for all; low bits, high bits, few bits; none.
+const KeptBits kKept[] = {{~uint64_t{0}, 0xff}, {~uint64_t{0}, 0}, {0xffff, 0xff}, {0xffff'0000'0000'0000, 0xff}, {0x3f, 0xff}, {0, 0xff}};
+
+struct HashMap : testing::TestWithParam<KeptBits> {
+    HashMap() { g_keptBits = GetParam(); }
+};
+INSTANTIATE_TEST_SUITE_P(Kept, HashMap, testing::ValuesIn(kKept));
+
+TEST_P(HashMap, AgreesWithModelAlsoWhenMemoryFails) {
+    for (unsigned nSeed = 1; nSeed <= 2; ++nSeed) {
+        Model model(nSeed);
+        model.play(3000);
+        model.removeAll();
+    }
+    starve([] { Model(3, true).play(50); });
+    EXPECT_EQ(nullptr, HostHashMap_Create(&HostHashMap_StringKeys, std::numeric_limits<int64_t>::max()));
+}
+
+// Would take minutes if any key were sought by walking over others.
+TEST_P(HashMap, HoldsManyEqualAndManyDifferentKeys) {
+    constexpr int32_t kCount = 200000;
+    const std::vector<char> empties(kCount, '\0');
+    std::vector<std::string> different(kCount);
+    const auto start = std::chrono::steady_clock::now();
+    HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, 0);
+    for (int32_t i = 0; i < kCount; ++i) {
+        const auto iKey = static_cast<size_t>(i);
+        different[iKey] = std::to_string(i);
+        ASSERT_EQ(0, HostHashMap_Insert(pMap, different[iKey].c_str(), i, nullptr));
+        ASSERT_EQ(0, HostHashMap_Insert(pMap, &empties[iKey], i ^ 0x1ff, nullptr));
+    }
+    for (int32_t i = kCount - 1; i > 0; --i) {  // by address, and so that the lowest value stays
+        ASSERT_EQ(0, HostHashMap_Find(pMap, ""));
+        ASSERT_EQ(0, HostHashMap_Remove(pMap, &empties[static_cast<size_t>(i == 0x1ff ? 0 : i)]));
+        ASSERT_EQ(i, HostHashMap_Find(pMap, different[static_cast<size_t>(i)].c_str()));
+    }
+    EXPECT_EQ(kCount + 1, pMap->nEntries);
+    HostHashMap_Release(pMap);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+// Entries that come and go for ever neither make the table larger nor lay it out anew too often.
+TEST(HashTable, LivesOnTheRoomThatRemovalsLeave) {
+    constexpr size_t kHeld = 2000, kRounds = 100;
+    std::mt19937_64 random(1);
+    std::vector<host::KeyHash> hashes;
+    host::HashTable table = host::emptyTable();
+    ASSERT_TRUE(host::reserveTable(&table, kHeld));
+    size_t nLayouts = 0;
+    for (size_t i = 0; i < kHeld * kRounds; ++i) {
+        hashes.push_back(host::keyHash(random()));
+        if (i >= kHeld) {
+            host::removeEntry(&table, host::findEntry(table, hashes[i - kHeld]));
+            ASSERT_EQ(nullptr, host::findEntry(table, hashes[i - kHeld]));
+        }
+        if (table.nRoom == 0) {
+            ++nLayouts;
+            ASSERT_TRUE(host::growTable(&table));
+        }
+        host::addEntry(&table, hashes[i])->nHash = hashes[i].nHash;
+    }
+    EXPECT_LE(table.nBuckets, kHeld / 8);
+    EXPECT_LE(nLayouts, kRounds / 2);
+    for (size_t i = hashes.size() - kHeld; i < hashes.size(); ++i)
+        ASSERT_NE(nullptr, host::findEntry(table, hashes[i]));
+    host::freeTable(&table);
+}
+
+}  // namespace
