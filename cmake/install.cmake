@@ -7,8 +7,6 @@ set(names_libraries names_module)
 file(GLOB host_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/host/*.h")
 if(NAMES_BUILD_HOST)
     list(APPEND names_libraries names_manager)
-else()
-    list(FILTER host_headers EXCLUDE REGEX "/host_names_file\\.h$")
 endif()
 install(TARGETS ${names_libraries} EXPORT names_managerTargets
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")

@@ -231,9 +231,13 @@ bool lookAhead(Generation *pRun) {
         pAhead->apTexts[n] = pAhead->aTexts[n];
         pAhead->aLengths[n] = static_cast<int32_t>(name.nLength);
     }
+    pAhead->nNames = 0;
+    if (n == 0) {
+        return false; /* among others because there is no next number */
+    }
     pAhead->nFirstNumber = pRun->nNumber + 1;
-    pAhead->nNames = n > 0 ? findTexts(pRun->mgr, pAhead->apTexts, n, pAhead->aFound) : 0;
-    return n > 0;
+    pAhead->nNames = findTexts(pRun->mgr, pAhead->apTexts, n, pAhead->aFound);
+    return true;
 }
 
 /* Formats the name with the next number and looks it up: its index goes to *piFound. False if it cannot be made: it is too long to store,
