@@ -10,8 +10,8 @@
 #include "names/names_manager.h"
 #include "names/names_sizes.hpp"
 
-/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Callers have trimmed the names: none may end in a
- * blank, which no lookup would find (a debug build asserts it). Fills a gap before the range with default names, replaces what exists,
+/* Stores names[k], lengths[k] bytes long, at index first + k; the bytes need no NUL there. Callers have trimmed the names: none may end in
+ * a blank, which no lookup would find (a debug build asserts it). Fills a gap before the range with default names, replaces what exists,
  * appends the rest. 0, or 1: what was stored before the failure stays. A name given alone may lie in mgr itself; of several that replace
  * others, none may. */
 int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
