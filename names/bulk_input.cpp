@@ -51,11 +51,13 @@ bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int3
 }
 
 /* Notes the lengths of the nNames names at pText, provided that they can be taken as they lie: none ends in a blank or is too long. Each of
- * the names yet to come has at least its NUL, so that as many bytes can be looked at at once; names found in them are not too long. */
+ * the names yet to come has at least its NUL, so that as many bytes can be looked at at once; a name found in as many as it may have is
+ * not too long. */
 bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     while (nNames > 0) {
-        int32_t nFound = findNameStartsBefore(pText, pText + nNames, std::min(nNames, kMaxSegmentNames), aStarts);
+        const int32_t nReadable = std::min(nNames, kMaxNameBytes);
+        int32_t nFound = findNameStartsBefore(pText, pText + nReadable, std::min(nNames, kMaxSegmentNames), aStarts);
         if (nFound == 0) {
             const size_t nLength = strlen(pText);
             if (nLength > kMaxNameBytes) {

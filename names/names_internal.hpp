@@ -25,9 +25,8 @@ namespace names {
 constexpr uint64_t kSourceTag = 0x6e616d65735f6d67; /* identifies the module in allocations and reports: "names_mg" */
 
 /* What the sources rely on, whatever the sizes. */
-static_assert(kTableStep >= 2);                     /* one step is room for the two records that a cut adds */
-static_assert(kMaxMergedNames <= kMaxSegmentNames); /* what is merged is a segment like any other */
-static_assert(kMaxBatchNames <= kMaxNameBytes);     /* a name found in as many bytes as a batch has names is not too long */
+static_assert(kTableStep >= 2);                                              /* one step is room for the two records that a cut adds */
+static_assert(kMaxMergedNames <= kMaxSegmentNames);                          /* what is merged is a segment like any other */
 static_assert(sizeof NamesManager::szFirstGeneratedName <= kLocalTextBytes); /* it is put together there */
 static_assert(sizeof NamesManager::szFirstGeneratedName <= kMaxNameBytes);   /* and stored unmeasured */
 
