@@ -122,8 +122,7 @@ typedef struct NamesManager {
 /* A new, empty manager, or NULL: memory or the lock could not be had, or szFormat is not acceptable.
  * pOwner: kept in the record for the caller, never used. szFormat: NULL for "nm%d", else at most 31 characters with exactly one conversion
  * of d i u o x X, optionally with flags (- + space 0 #), a width and a precision in decimal digits up to 2147483647; no *, $ or length
- * modifier;
- * %% is text. The caller owns the result and gives it back with NamesManager_Destroy. */
+ * modifier; %% is text. The caller owns the result and gives it back with NamesManager_Destroy. */
 NamesManager *NamesManager_Create(void *pOwner, const char *szFormat);
 
 /* Releases a manager with everything it owns; NULL is ignored. Ends the life of every pointer handed out. Takes no lock: no other thread
@@ -313,10 +312,10 @@ int32_t NamesManager_ReleaseEmptyBlocks(NamesManager *mgr);
  * manager meanwhile. With a lookup index, repeated names are reported too: no index can yield both. */
 void NamesManager_AssertConsistency(NamesManager *mgr);
 
-/* Writes the manager's complete state as a byte image, in the machine's byte order (docs/image_format.md). mgr may
- * be NULL. reserved is not used. 0, or the first non-zero result of the stream's write, which ends the save; the manager keeps its names in
- * any case. Equal managers save equal bytes, unless there is no memory for the block records without their addresses (24 bytes a block):
- * the addresses, which mean nothing to a load, then go out with the image. */
+/* Writes the manager's complete state as a byte image, in the machine's byte order (docs/image_format.md). mgr may be NULL. reserved is not
+ * used. 0, or the first non-zero result of the stream's write, which ends the save; the manager keeps its names in any case. Equal managers
+ * save equal bytes, unless there is no memory for the block records without their addresses (24 bytes a block): the addresses, which mean
+ * nothing to a load, then go out with the image. */
 int32_t NamesManager_Save(NamesManager *mgr, void *reserved, HostOutputStream *stream);
 
 /* Replaces all that mgr holds, except pOwner, by a state read from an image. Nothing in the image is trusted: it is taken only if every
