@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -48,19 +47,6 @@ TEST_P(Contract, TakesAFirstDefaultNameFromItsOwnField) {
     NamesManager_SetFirstGeneratedName(mgr, "Hello World");
     NamesManager_SetFirstGeneratedName(mgr, mgr->szFirstGeneratedName + 6);
     EXPECT_EQ(std::string("World") + std::string(27, '\0'), std::string(mgr->szFirstGeneratedName, sizeof mgr->szFirstGeneratedName));
-}
-
-// A given name ends at its first NUL, however long it is said to be.
-TEST_P(Contract, ComparesGivenNamesUpToTheirNul) {
-    EXPECT_EQ(0, NamesManager_AddName(mgr, 0, 0, "ab"));
-    for (const char *pField : {"ab\0\0\0\0\0\0", "ab \0\0\0\0\0", "ab\t \0xy\0", "ab     z"}) {
-        for (int32_t nLength = 2; nLength <= 7; ++nLength) {
-            int32_t bDuplicate = -1, iHeld = -1, iGiven = -1;
-            char szName[9] = "";
-            EXPECT_EQ(0, NamesManager_CheckDuplicateNames(mgr, 1, 1, 0, &pField, &nLength, &bDuplicate, &iHeld, &iGiven, szName, 9));
-            EXPECT_TRUE(bDuplicate == 1 && iHeld == 0 && iGiven == 1 && szName == std::string("ab")) << pField << nLength;
-        }
-    }
 }
 
 }  // namespace

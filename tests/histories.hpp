@@ -15,6 +15,7 @@ namespace histories {
 
 using namespace names;
 using model::Field;
+using model::joined;
 using model::Range;
 using model::Record;
 using model::Strings;
@@ -58,13 +59,6 @@ std::string shown(const Numbers &numbers) {
 }
 
 constexpr int32_t kMostNames = 12 * kMaxSegmentNames;  // where lists are no longer let grow
-
-inline std::string joined(const Strings &texts, const std::string &end) {
-    std::string all;
-    for (const std::string &text : texts)
-        all.append(text).append(end);
-    return all;
-}
 
 // One operation under way: what it draws from, what it tells of itself to whoever wants to know, and what went wrong.
 struct Call {
@@ -332,10 +326,11 @@ inline void readOther(Call &c) {
     if (c.tell("longest", c.chance(128))) c.answer(NamesManager_GetMaxNameLength(c.pReal), c.twin.getMaxNameLength());
     c.answer(NamesManager_GetNumNames(c.pReal), c.twin.nNames());
     const bool bRefused = (field.bTruncate != 0 || field.bPad != 0) && field.nWidth < 1;
-    steered::Text real;
+    const uint64_t nRoom = steered::kIsStrict && c.chance(50) ? c.tell("room", c.pick<uint64_t>({0, 1, 5, 12, 30})) : UINT64_MAX;
+    steered::Text real(nRoom);
     std::string text;
     c.answer(NamesManager_WriteNameToText(c.pReal, at.first, at.bOneBased, field.bTruncate, field.bPad, field.nWidth, real.pText),
-             c.twin.writeNameToText(at, field.bTruncate != 0, field, text), bRefused ? "" : "+mine-mine");
+             c.twin.writeNameToText(at, field.bTruncate != 0, field, nRoom, text), bRefused ? "" : "+mine-mine");
     c.compare(real.seen(), text);
 }
 
@@ -366,13 +361,13 @@ inline void checkDuplicates(Call &c) {
     const auto [first, last, bOneBased] = c.range(true);
     const bool bBuffer = c.tell("in a buffer", c.chance(128)), bInContract = Record::boundsOf({first, last, bOneBased}).has_value();
     const Strings texts = c.texts({first, last, bOneBased});
-    const std::string end = bBuffer ? std::string(1, '\0') : c.pick({"\t\n", "z"}), buffer = joined(texts, end);
+    const std::string end = bBuffer ? std::string(1, '\0') : c.pick<std::string>({"\t\n", "z", {"\0z", 2}}), buffer = joined(texts, end);
     std::vector<std::optional<std::string>> given(texts.begin(), texts.end());
     std::vector<const char *> pointers;
     std::vector<int32_t> lengths;
     for (const char *p = buffer.data(); auto &text : given) {
         pointers.push_back(p);
-        lengths.push_back(Record::lengthOf(*text));
+        lengths.push_back(Record::lengthOf(*text) + (end[0] == '\0' ? c.pick(0, 2) : 0));  // a name ends at its NUL in any case
         p += text->size() + end.size();
         if (bBuffer ? Record::lengthOf(*text) <= kMaxNameBytes : c.chance(240)) continue;
         text.reset();
@@ -430,29 +425,25 @@ inline void wholeManager(Call &c) {
     if (nHow == 2) c.answer(NamesManager_Clear(c.pReal), c.twin.clear());
 }
 
-struct Writes {
-    HostOutputStream stream;
-    Strings pieces;
-};
-
-inline int32_t keepWrite(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
-    reinterpret_cast<Writes *>(pStream)->pieces.push_back(Record::bytesOf(pData, nBytes));
-    return 0;
-}
-
 inline void save(Call &c) {
-    static constexpr HostOutputStreamOps kOps = {keepWrite};
-    Writes writes = {{&kOps}, {}};
-    c.answer(NamesManager_Save(c.pReal, nullptr, &writes.stream), 0);
-    if (writes.pieces != c.twin.save()) c.wrong += "The image differs. ";
+    const Strings image = c.twin.save();
+    const int32_t nAll = Record::toInt(image.size()), iFailing = c.tell("failing at", c.chance(80) ? c.pick(0, nAll - 1) : nAll);
+    model::Output output = {.nRoom = iFailing};
+    c.answer(NamesManager_Save(c.pReal, nullptr, &output.stream), iFailing < nAll ? model::kWriteError : 0);
+    if (output.writes != Strings(image.begin(), image.begin() + std::min(iFailing + 1, nAll))) c.wrong += "The image differs. ";
 }
 
-// Other capacities, small blocks and empty ones anywhere: a state that a manager can be in, but rarely gets to.
+// Other capacities, small blocks and empty ones anywhere, segments that could be one: a state that a manager can be in, but rarely gets to.
 inline void tighten(Call &c, Record &saved) {
     for (model::Block &block : saved.blocks)
         block.nSize = std::max(block.nUsed(), 1) + c.pick({0, 0, 7, 60});
     for (int32_t n = c.pick(0, 3); n > 0; --n)
         saved.insertEmptyBlock(c.pick(0, saved.nBlocks()), c.pick(1, 200));
+    for (int32_t n = saved.segments.empty() ? 0 : c.pick(0, 3); n > 0; --n) {
+        const int32_t iCut = c.pick(0, saved.nNames() - 1);
+        saved.cutSegment(saved.segmentOf(iCut), {iCut, INT32_MAX, 0});
+        saved.resetCursor();
+    }
     saved.nBlocksAlloc = saved.nBlocks() + c.pick(0, 3);
     saved.nSegmentsAlloc = saved.bSegments ? saved.nSegments() + c.pick(saved.nSegments() == 0 ? 1 : 0, 4) : 0;
     saved.nPositionsAlloc = saved.bSegments ? 0 : saved.nNames() + c.pick(0, 7);
@@ -564,14 +555,10 @@ inline std::string adopt(Pair &pair, Strings known) {
     known.insert(known.end(), pair.twin.names.begin(), pair.twin.names.end());
     std::sort(known.begin(), known.end());
     pair.twin = recordOf(*pair.pReal);
-    int32_t nLongest = 0, nCount = 0;
     for (const std::string &name : pair.twin.names) {
         if (!std::binary_search(known.begin(), known.end(), name)) return "A name from nowhere. ";
-        nCount = Record::lengthOf(name) > nLongest ? 1 : nCount + (Record::lengthOf(name) == nLongest);
-        nLongest = std::max(nLongest, Record::lengthOf(name));
     }
-    const bool bTrue = pair.twin.nMaxNameLength == nLongest && pair.twin.nMaxNameLengthCount <= nCount;
-    return pair.twin.nMaxNameLength == -1 || bTrue ? "" : "A false maximum. ";
+    return Record::isMaximum(*pair.pReal, pair.twin.names) ? "" : "A false maximum. ";
 }
 
 // Two managers and their twins.

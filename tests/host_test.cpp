@@ -1,12 +1,23 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/time.h>
+#include <unistd.h>
+#endif
+
+#include "host/host_report.h"
 #include "host/host_stream.h"
 #include "host/host_text.h"
 #include "tests/counted_host/counted_memory.h"
@@ -46,6 +57,7 @@ void readPieces(HostInputStream *pStream, const std::string &written, const std:
 TEST(Stream, DeliversWhatWasWrittenAndEndsEarly) {
     HostOutputStream *pMemory = HostOutputStream_CreateInMemory();
     const std::string written = writePieces(pMemory);
+    EXPECT_EQ(HostStreamError_Memory, HostStream_Write(pMemory, "", UINT64_MAX));
     uint64_t nBytes = 0;
     const void *pBytes = HostOutputStream_GetMemory(pMemory, &nBytes);
     readPieces(HostInputStream_CreateInMemory(pBytes, nBytes), written, "???");
@@ -61,6 +73,49 @@ TEST(Stream, DeliversWhatWasWrittenAndEndsEarly) {
     EXPECT_EQ(nullptr, HostInputStream_CreateForFile(path.c_str()));
 }
 
+#ifndef _WIN32
+int g_aEnds[2];  // of a pipe
+
+// Interrupts what waits at one end of the pipe, again and again, to serve the other end.
+void serveAtAlarms(void (*pfnServe)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = pfnServe;
+    sigaction(SIGALRM, &action, nullptr);
+}
+
+TEST(Stream, OfAPipeOutlastsSignals) {
+    ASSERT_EQ(0, pipe(g_aEnds));
+    HostInputStream *pFrom = HostInputStream_CreateForDescriptor(g_aEnds[0]);
+    HostOutputStream *pTo = HostOutputStream_CreateForDescriptor(g_aEnds[1]);
+    std::string bytes(100000, '?');
+    const itimerval often = {{0, 500}, {0, 500}}, never = {};
+    serveAtAlarms([](int) { EXPECT_EQ(1, write(g_aEnds[1], "s", 1)); });
+    setitimer(ITIMER_REAL, &often, nullptr);
+    EXPECT_EQ(0, HostStream_Read(pFrom, bytes.data(), 20));
+    EXPECT_EQ(std::string(20, 's') + '?', bytes.substr(0, 21));
+    EXPECT_EQ(0, fcntl(g_aEnds[0], F_SETFL, O_NONBLOCK));
+    serveAtAlarms([](int) {
+        char aBytes[1000];  // less than a page, so that the writer mostly goes on waiting
+        EXPECT_NE(0, read(g_aEnds[0], aBytes, sizeof aBytes));
+    });
+    EXPECT_EQ(0, HostStream_Write(pTo, bytes.data(), bytes.size()));
+    setitimer(ITIMER_REAL, &never, nullptr);
+    EXPECT_EQ(0, HostOutputStream_Close(pTo, 1));
+    HostInputStream_Close(pFrom);
+}
+
+TEST(Stream, GivesDescriptorsBack) {
+    const int nNext = dup(0);
+    close(nNext);
+    starve([] {
+        HostInputStream_Close(HostInputStream_CreateForFile("/dev/null"));
+        HostOutputStream_Close(HostOutputStream_CreateForFile("/dev/null"), 0);
+    });
+    EXPECT_EQ(nNext, dup(0));
+    close(nNext);
+}
+#endif
+
 TEST(Stream, ReportsAFullDeviceAndLackOfMemory) {
     HostOutputStream *pFull = HostOutputStream_CreateForFile("/dev/full");
     ASSERT_NE(nullptr, pFull);
@@ -68,11 +123,12 @@ TEST(Stream, ReportsAFullDeviceAndLackOfMemory) {
     EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 1));
     pFull = HostOutputStream_CreateForFile("/dev/full");
     const std::string large(100000, 'x');
-    for (const size_t nBytes : {large.size(), size_t{3}})
+    for (const size_t nBytes : {large.size(), size_t{3}}) {
         EXPECT_EQ(HostStreamError_IO, HostStream_Write(pFull, large.data(), nBytes));
+        EXPECT_EQ(ENOSPC, std::exchange(errno, 0));
+    }
     EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 0));
     starve([&large] {
-        HostInputStream_Close(HostInputStream_CreateForFile("/dev/null"));
         HostOutputStream *pMemory = HostOutputStream_CreateInMemory();
         if (pMemory == nullptr) return;
         uint64_t nBytes = 0;
@@ -100,6 +156,32 @@ TEST(Text, AppendsAllOrNothing) {
         HostText_Destroy(pText);
     });
     EXPECT_EQ("ab  longer" + std::string(300, 'x'), last);
+}
+
+void note(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText) {
+    *static_cast<std::ostream *>(pContext) << nSourceTag << ' ' << nLine << ' ' << nCode << ' ' << szText << '\n';
+}
+
+TEST(Report, TellsAllOfItToHandlersOrOnStandardError) {
+    std::ostringstream told;
+    const HostReportHandlers handlers = {&told, note, note}, none = {}, *pBefore = nullptr;
+    testing::internal::CaptureStderr();
+    for (const HostReportHandlers *pHandlers : {&none, pBefore, &handlers}) {
+        EXPECT_EQ(std::exchange(pBefore, pHandlers), Host_SetReportHandlers(pHandlers));
+        Host_ReportError(1, 2, 3, "text");
+        Host_ReportAssertion(4, 5, 6, "%d %s", 7, "text");
+        Host_AssertStringsEqual(8, 9, "text", nullptr);
+        Host_AssertStringsEqual(10, 11, "text", std::string("text").c_str());
+        Host_AssertStringsEqual(12, 13, nullptr, nullptr);
+    }
+    const std::string toHandlers = "1 2 3 text\n4 5 6 7 text\n8 9 0 expected \"text\", got \"(null)\"\n";
+    const std::string onStandardError = "error 3 (0000000000000001:2): text\nassertion 6 (0000000000000004:5): 7 text\n"
+                                        "assertion 0 (0000000000000008:9): expected \"text\", got \"(null)\"\n";
+    EXPECT_EQ(toHandlers, told.str());
+    EXPECT_EQ(onStandardError + onStandardError, testing::internal::GetCapturedStderr());
+    Host_ReportAssertion(1, 1, 1, "%2000d", 1);
+    EXPECT_EQ(toHandlers.size() + 7 + 1023, told.str().size());
+    Host_SetReportHandlers(nullptr);
 }
 
 TEST(Memory, KeepsItsContentAndRefusesTheImpossible) {

@@ -9,8 +9,7 @@ using model::Record;
 using model::Strings;
 
 inline std::string imageOf(const Record &record) {
-    const Strings writes = record.save();
-    return std::accumulate(writes.begin(), writes.end(), std::string());
+    return model::joined(record.save());
 }
 
 // Sixteen names in two blocks, dead bytes among them, and a cursor in segment mode.
@@ -38,20 +37,17 @@ inline std::vector<Record> soundRecords() {
 
 inline int32_t load(NamesManager *mgr, const std::string &image) {
     const std::vector<char> bytes(image.begin(), image.end());  // so that a sanitizer sees the end
-    HostInputStream *pStream = HostInputStream_CreateInMemory(bytes.data(), bytes.size());
-    const int32_t nStatus = NamesManager_Load(mgr, nullptr, pStream);
-    HostInputStream_Close(pStream);
-    return nStatus;
+    const steered::Input input(bytes.data(), bytes.size());
+    return NamesManager_Load(mgr, nullptr, input.pStream);
 }
 
 inline std::string save(NamesManager *mgr) {
-    HostOutputStream *pStream = HostOutputStream_CreateInMemory();
-    uint64_t nBytes = 0;
-    const bool bSaved = NamesManager_Save(mgr, nullptr, pStream) == 0;
-    const void *pBytes = HostOutputStream_GetMemory(pStream, &nBytes);
-    const std::string image = bSaved ? Record::bytesOf(pBytes, nBytes) : "";
-    HostOutputStream_Close(pStream, 0);
-    return image;
+    model::Output output;
+    return NamesManager_Save(mgr, nullptr, &output.stream) == 0 ? model::joined(output.writes) : "";
+}
+
+inline Strings namesOf(const NamesManager *mgr) {
+    return histories::recordOf(*mgr).names;
 }
 
 // An image that a save could have written: no addresses, nothing in the padding.

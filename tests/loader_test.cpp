@@ -100,6 +100,8 @@ const struct {
     {"no NUL at a block's end", true, [](Record &r) { r.blocks[0].text.back() = 'x'; }},
     {"a name that ends in a blank", true, [](Record &r) { r.blocks[1].text[size_t(r.blocks[1].nUsed()) - 2] = ' '; }},
     {"names counted in another block", true, [](Record &r) { ++r.blocks[0].nNames, --r.blocks[1].nNames; }},
+    {"a position behind the last block", true, [](Record &r) { r.positions[1].iBlock = r.nBlocksAlloc = r.nBlocks(); }},
+    {"a negative number", true, [](Record &r) { r.nGeneratedNameBase = -1; }},
     {"a number that cannot grow", true, [](Record &r) { r.nGeneratedNameBase = INT32_MAX; }},
     {"a format without its NUL", true, [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
     {"a first name without its NUL", true, [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
@@ -111,6 +113,9 @@ TEST(Loader, RefusesUnsoundImages) {
         pfnSpoil(record);
         EXPECT_EQ(-1, offer(imageOf(record))) << szWhat;
     }
+    std::string image = imageOf(Record("nm%d"));
+    image.replace(104, 8, Record::bytesOf({-1, 1}));  // nUsed and nNamesInBlock of the only block
+    EXPECT_EQ(-1, offer(image));
     Record mostMisses = recordWithNames(false);
     mostMisses.cursor.nMisses = INT32_MAX;  // where counting stops
     EXPECT_EQ(0, offer(imageOf(mostMisses)));
@@ -126,22 +131,12 @@ NamesManager *managerAt(const std::string &format, int32_t nNumber) {
 }
 
 TEST(Format, PrintsAsPrintfDoes) {
-    Strings conversions = {"%"};
-    for (const Strings &choices : {Strings{"", "-"},
-                                   {"", "+"},
-                                   {"", " "},
-                                   {"", "#"},
-                                   {"", "0"},
-                                   {"", "1", "9", "14", "300"},
-                                   {"", ".", ".0", ".1", ".9", ".12", ".300"},
-                                   {"d", "i", "u", "o", "x", "X"}}) {
-        Strings longer;
-        for (const std::string &conversion : conversions)
-            std::transform(choices.begin(), choices.end(), std::back_inserter(longer), [&](auto &choice) { return conversion + choice; });
-        conversions = std::move(longer);
-    }
-    for (size_t i = 0; i < conversions.size(); ++i) {
-        const std::string format = (i % 3 == 0 ? "a%%b" : "") + conversions[i] + (i % 2 == 0 ? "%% z " : "");
+    const auto choose = histories::randomChoices(1);
+    const auto pick = [&choose](const Strings &from) { return from[choose(static_cast<uint32_t>(from.size()))]; };
+    for (int32_t i = 0; i < 5000 && !HasFailure(); ++i) {
+        const std::string flags = pick({"", "-"}) + pick({"", "+"}) + pick({"", " "}) + pick({"", "#"}) + pick({"", "0"});
+        const std::string width = pick({"", "1", "9", "14", "300"}) + pick({"", ".", ".0", ".1", ".9", ".12", ".300"});
+        const std::string format = pick({"", "a%%b"}) + '%' + flags + width + pick({"d", "i", "u", "o", "x", "X"}) + pick({"", "%% z "});
         for (const int32_t nNumber : {1, 8, 4095, 2147483640}) {
             NamesManager *mgr = managerAt(format, nNumber);
             char szExpected[700];

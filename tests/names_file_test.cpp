@@ -10,11 +10,8 @@
 
 namespace {
 
+using loaded::namesOf;
 using loaded::Strings;
-
-Strings namesOf(const NamesManager *mgr) {
-    return histories::recordOf(*mgr).names;
-}
 
 NamesManager *managerOf(const Strings &names) {
     NamesManager *mgr = NamesManager_Create(nullptr, nullptr);

@@ -28,6 +28,30 @@ inline int32_t g_nErrors = 0;  // reported for names that could not be generated
 using Strings = std::vector<std::string>;
 using Texts = std::span<const std::string>;
 
+inline std::string joined(const Strings &texts, const std::string &end = "") {
+    std::string all;
+    for (const std::string &text : texts)
+        all.append(text).append(end);
+    return all;
+}
+
+constexpr int32_t kWriteError = -78;
+int32_t keepWrite(HostOutputStream *pStream, const void *pData, uint64_t nBytes);
+constexpr HostOutputStreamOps kKeeping = {keepWrite};
+
+// Keeps each write to &output.stream; those behind the first nRoom fail.
+struct Output {
+    HostOutputStream stream = {&kKeeping};
+    int32_t nRoom = INT32_MAX;
+    Strings writes = {};
+};
+
+inline int32_t keepWrite(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
+    auto *pOutput = reinterpret_cast<Output *>(pStream);
+    pOutput->writes.emplace_back(static_cast<const char *>(pData), nBytes);
+    return std::ssize(pOutput->writes) > pOutput->nRoom ? kWriteError : 0;
+}
+
 // An index range as a caller gives it, or within the contract and 0-based.
 struct Range {
     int32_t first, last, bOneBased;
@@ -437,13 +461,25 @@ struct Record {
         return nMaxNameLength;
     }
 
-    // What is appended comes back in text.
-    int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, std::string &text) {
+    // Whether what a manager with these names knows of the longest is true; their count may be too low.
+    static bool isMaximum(const NamesManager &mgr, const Strings &names) {
+        Record measured("");
+        measured.names = names;
+        const bool bLength = mgr.nMaxNameLength == measured.getMaxNameLength();
+        const bool bCount = mgr.nMaxNameLengthCount > 0 ? mgr.nMaxNameLengthCount <= measured.nMaxNameLengthCount : names.empty();
+        return mgr.nMaxNameLength == -1 || (bLength && bCount);
+    }
+
+    // What is appended, to where there is room for nRoom bytes, comes back in text.
+    int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, uint64_t nRoom, std::string &text) {
         Strings texts;
         if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) || getNamePointers(range, &texts) != 0) return 1;
-        text = fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
-        if (bTrailingBlanks) text.append(static_cast<size_t>(field.nWidth - 1), ' ');
-        return 0;
+        const std::string made = fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
+        const uint64_t nBlanks = bTrailingBlanks ? static_cast<uint64_t>(field.nWidth) - 1 : 0;
+        if (made.size() > nRoom) return 1;
+        const bool bAll = nBlanks <= nRoom - made.size();
+        text = made + std::string(bAll ? nBlanks : 0, ' ');
+        return bAll ? 0 : 1;
     }
 
     // given: each text as far as its length reaches; nothing for a NULL pointer.

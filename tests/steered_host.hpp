@@ -2,6 +2,7 @@
 // first where the tests run there.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,21 +56,17 @@ inline int64_t nLive() {
     return HostMem_GetNumLive();
 }
 
-// A stream of bytes to be read, and a text to be appended to.
+// A stream of bytes to be read, and a text to be appended to, on a strict host nRoom bytes at most.
 struct Input {
-    Input(const char *pBytes, size_t nBytes) : pStream(HostInputStream_CreateInMemory(pBytes, nBytes)) {}
-    ~Input() { HostInputStream_Close(pStream); }
-    Input(const Input &) = delete;
-    Input &operator=(const Input &) = delete;
-    HostInputStream *pStream;
+    Input(const char *pBytes, size_t nBytes) : pOwned(HostInputStream_CreateInMemory(pBytes, nBytes), HostInputStream_Close) {}
+    std::unique_ptr<HostInputStream, decltype(&HostInputStream_Close)> pOwned;
+    HostInputStream *pStream = pOwned.get();
 };
 struct Text {
-    Text() : pText(HostText_Create()) {}
-    ~Text() { HostText_Destroy(pText); }
-    Text(const Text &) = delete;
-    Text &operator=(const Text &) = delete;
+    explicit Text(uint64_t /*nRoom*/) : pOwned(HostText_Create(), HostText_Destroy) {}
     std::string seen() const { return HostText_GetString(pText); }
-    HostText *pText;
+    std::unique_ptr<HostText, decltype(&HostText_Destroy)> pOwned;
+    HostText *pText = pOwned.get();
 };
 
 }  // namespace steered

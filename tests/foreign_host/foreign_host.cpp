@@ -112,16 +112,6 @@ auto findEntry(HostHashMap *pMap, const char *szKey) {
     return found;
 }
 
-int32_t write(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
-    auto *pOutput = reinterpret_cast<ForeignOutput *>(pStream);
-    const uint64_t nTaken = std::min(nBytes, pOutput->nRoom);
-    pOutput->written.append(static_cast<const char *>(pData), nTaken);
-    pOutput->nRoom -= nTaken;
-    return nTaken == nBytes ? 0 : kForeignWriteError;
-}
-
-constexpr HostOutputStreamOps kOutputOps = {write};
-
 int32_t append(HostText *pText, const std::string &more) {
     if (more.size() > pText->nRoom) return -6;
     pText->text += more;
@@ -281,8 +271,6 @@ int32_t HostText_AppendRepeated(HostText *pText, int64_t nCount, char cCharacter
     refuse(nCount < 0, "A negative count");
     return append(pText, std::string(static_cast<uint64_t>(nCount), cCharacter));
 }
-
-ForeignOutput::ForeignOutput(uint64_t nGiven) : stream{&kOutputOps}, nRoom(nGiven) {}
 
 int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes) {
     const uint64_t nTaken = std::min(nBytes, pStream->nLeft);

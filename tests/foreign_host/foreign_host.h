@@ -28,7 +28,6 @@ struct ForeignHost {
 extern ForeignHost g_foreignHost;
 
 constexpr int32_t kForeignReadError = 77;
-constexpr int32_t kForeignWriteError = -78;
 
 // Delivers nLeft bytes and then fails, after handing out those that it still has.
 struct HostInputStream {
@@ -36,16 +35,8 @@ struct HostInputStream {
     uint64_t nLeft;
 };
 
-// Takes nRoom bytes and then fails. Hand &output.stream to the module.
-struct ForeignOutput {
-    explicit ForeignOutput(uint64_t nGiven = UINT64_MAX);
-    HostOutputStream stream;
-    uint64_t nRoom;
-    std::string written;
-};
-
 // Takes nRoom bytes and then fails; cuts a padded string that is longer than its field.
 struct HostText {
+    uint64_t nRoom;
     std::string text;
-    uint64_t nRoom = UINT64_MAX;
 };

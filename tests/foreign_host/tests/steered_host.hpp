@@ -51,6 +51,7 @@ struct Input {
     HostInputStream *pStream = &input;
 };
 struct Text {
+    explicit Text(uint64_t nRoom) : text{nRoom, ""} {}
     std::string seen() const { return text.text; }
     HostText text;
     HostText *pText = &text;
