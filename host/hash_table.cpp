@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 #include "host/host_memory.h"
 #include "host/platform.hpp"
 
@@ -42,13 +44,52 @@ bool makeTable(HashTable *pTable, int64_t nBuckets) {
     return true;
 }
 
+// What is free in the buckets that entries went to last. Reading a bucket's tags right after one of them was written would make the
+// processor wait.
+struct FreePlaces {
+    uint32_t iBucket;
+    uint32_t nPlaces;  // one bit for each
+};
+
+constexpr uint32_t kRecentBuckets = 4;  // homes ascend, but for those within a bucket that is moved
+
+// Those of a bucket, which the caller keeps up to date.
+uint32_t *freePlaces(FreePlaces *pRecent, const HashTable &table, uint32_t iBucket) {
+    FreePlaces *pHere = &pRecent[iBucket % kRecentBuckets];
+    if (pHere->iBucket != iBucket) {
+        *pHere = {iBucket, equalTags(tagsOf(table, iBucket), 0)};
+    }
+    return &pHere->nPlaces;
+}
+
+void forgetFreePlaces(FreePlaces *pRecent) {
+    std::fill_n(pRecent, kRecentBuckets, FreePlaces{UINT32_MAX, 0});  // no bucket's number
+}
+
+void moveEntry(HashTable *pTo, FreePlaces *pRecent, const Entry &entry, uint8_t nTag) {
+    const KeyHash hash = {entry.nHash, nTag};
+    const uint32_t iHome = homeOf(*pTo, hash);
+    uint32_t *pnFree = freePlaces(pRecent, *pTo, iHome);
+    if (*pnFree == 0) {
+        *addEntry(pTo, hash) = entry;
+        forgetFreePlaces(pRecent);
+        return;
+    }
+    const uint32_t iPlace = firstPlace(*pnFree, hash);
+    *pnFree ^= 1U << iPlace;
+    *takePlace(pTo, iHome, iPlace, hash) = entry;
+}
+
 // Entries go over in the order of their buckets, which is that of their hashes but for the few that were passed on, and so fill the new
 // table from its front to its back.
 void moveEntries(HashTable *pTo, const HashTable &from) {
-    for (uint64_t i = 0; i < placesOf(from); ++i) {
-        if (isTaken(from, i)) {
-            const Entry &entry = from.pEntries[i];
-            *addEntry(pTo, {entry.nHash, from.pTags[i]}) = entry;
+    FreePlaces aRecent[kRecentBuckets];
+    forgetFreePlaces(aRecent);
+    for (uint32_t iBucket = 0; iBucket < from.nBuckets; ++iBucket) {
+        const uint8_t *pTags = tagsOf(from, iBucket);
+        for (uint32_t nTaken = equalTags(pTags, 0) ^ 0xffff; nTaken != 0; nTaken &= nTaken - 1) {
+            const uint32_t iPlace = static_cast<uint32_t>(__builtin_ctz(nTaken));
+            moveEntry(pTo, aRecent, *entryAt(from, iBucket, iPlace), pTags[iPlace]);
         }
     }
 }

@@ -160,7 +160,15 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash) {
     }
 }
 
-// A place for an entry that is not in the table, which must have room. Its tag is set, its entry is the caller's to write.
+// Takes a free place for an entry that is not in the table, which must have room. The entry is the caller's to write.
+inline Entry *takePlace(HashTable *pTable, uint32_t iBucket, uint32_t iPlace, KeyHash hash) {
+    tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;
+    --pTable->nRoom;
+    ++pTable->nUsed;
+    return entryAt(*pTable, iBucket, iPlace);
+}
+
+// The place of an entry that is not in the table, which must have room: at home, or where there is room behind it.
 inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
     uint32_t iBucket = homeOf(*pTable, hash);
     uint32_t nFree = equalTags(tagsOf(*pTable, iBucket), 0);
@@ -169,11 +177,7 @@ inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
         iBucket = bucketBehind(*pTable, iBucket);
         nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     }
-    const uint32_t iPlace = firstPlace(nFree, hash);
-    tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;
-    --pTable->nRoom;
-    ++pTable->nUsed;
-    return entryAt(*pTable, iBucket, iPlace);
+    return takePlace(pTable, iBucket, firstPlace(nFree, hash), hash);
 }
 
 // Frees the place of an entry of the table.

@@ -112,10 +112,15 @@ bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nVal
     return true;
 }
 
+// Where tags come from a cache they say soon enough whether there is an entry to be read; a key that is not there should not wait for one.
+constexpr uint64_t kTagsBeyondCaches = 8 * 1024 * 1024;
+
 int32_t findKey(HostHashMap *pMap, const char *szKey) {
     const StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
-    prefetchEntry(map.table, hash);
+    if (placesOf(map.table) >= kTagsBeyondCaches) {
+        prefetchEntry(map.table, hash);
+    }
     return findHashed(map, szKey, hash);
 }
 

@@ -98,15 +98,38 @@ struct PrintedNumber {
     int64_t nBlanksBehind;
 };
 
+char *lastDigit(PrintedNumber *pPrinted) {
+    return pPrinted->aDigits + sizeof pPrinted->aDigits - 1;
+}
+
 /* Digits are put at the end of aDigits. */
+void printDecimal(uint32_t nNumber, PrintedNumber *pPrinted) {
+    char *p = lastDigit(pPrinted);
+    for (; nNumber > 9; nNumber /= 10) {
+        *p-- = static_cast<char>('0' + nNumber % 10);
+    }
+    *p = static_cast<char>('0' + nNumber);
+    pPrinted->nDigits = static_cast<int32_t>(lastDigit(pPrinted) - p) + 1;
+}
+
+/* nBits: what each digit tells. */
+void printBits(uint32_t nNumber, uint32_t nBits, const char *pAlphabet, PrintedNumber *pPrinted) {
+    char *p = lastDigit(pPrinted);
+    const uint32_t nMask = (1U << nBits) - 1;
+    for (; nNumber > nMask; nNumber >>= nBits) {
+        *p-- = pAlphabet[nNumber & nMask];
+    }
+    *p = pAlphabet[nNumber];
+    pPrinted->nDigits = static_cast<int32_t>(lastDigit(pPrinted) - p) + 1;
+}
+
 void printDigits(uint32_t nNumber, char cConversion, PrintedNumber *pPrinted) {
-    const char *pAlphabet = cConversion == 'X' ? "0123456789ABCDEF" : "0123456789abcdef";
-    const uint32_t nBase = cConversion == 'o' ? 8 : cConversion == 'x' || cConversion == 'X' ? 16 : 10;
-    pPrinted->nDigits = 0;
-    do {
-        pPrinted->aDigits[sizeof pPrinted->aDigits - 1 - static_cast<size_t>(pPrinted->nDigits++)] = pAlphabet[nNumber % nBase];
-        nNumber /= nBase;
-    } while (nNumber != 0);
+    switch (cConversion) {
+    case 'o': printBits(nNumber, 3, "01234567", pPrinted); break;
+    case 'x': printBits(nNumber, 4, "0123456789abcdef", pPrinted); break;
+    case 'X': printBits(nNumber, 4, "0123456789ABCDEF", pPrinted); break;
+    default: printDecimal(nNumber, pPrinted);
+    }
 }
 
 /* nNumber is at least 1, which spares the rules for 0 and for negative numbers. */
@@ -142,7 +165,9 @@ char *put(char *p, const char *pText, int32_t nBytes) {
 }
 
 char *putRepeated(char *p, char c, int64_t nCount) {
-    memset(p, c, static_cast<size_t>(nCount));
+    if (nCount > 0) { /* mostly it is not, and not worth a call */
+        memset(p, c, static_cast<size_t>(nCount));
+    }
     return p + nCount;
 }
 
