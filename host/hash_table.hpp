@@ -160,6 +160,12 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash) {
     }
 }
 
+// False if there surely is no entry of the hash: what decides lies at home, where a new entry goes.
+inline bool mayHaveEntry(const HashTable &table, KeyHash hash) {
+    const uint32_t iHome = homeOf(table, hash);
+    return equalTags(tagsOf(table, iHome), hash.nTag) != 0 || isMarked(table, iHome, hash);
+}
+
 // Takes a free place for an entry that is not in the table, which must have room. The entry is the caller's to write.
 inline Entry *takePlace(HashTable *pTable, uint32_t iBucket, uint32_t iPlace, KeyHash hash) {
     tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;

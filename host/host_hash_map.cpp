@@ -89,8 +89,8 @@ int32_t findHashed(const StringMap &map, const char *szKey, KeyHash hash) {
     return pEntry != nullptr ? valueIn(*pEntry, szKey) : -1;
 }
 
-// False without memory: nothing has changed.
-bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
+// False without memory: nothing has changed. Not inlined: for keys whose hash may be in the table already, and where room has to be made.
+[[gnu::noinline]] bool insertSearching(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
     Entry *pEntry = findEntry(pMap->table, hash);
     if (pEntry != nullptr) {
         const int32_t nExisting = valueIn(*pEntry, szKey);
@@ -102,12 +102,19 @@ bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nVal
         if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) {
             return false;
         }
-        pEntry = addEntry(&pMap->table, hash);
-        pEntry->szKey = szKey;
-        pEntry->nValue = nValue;
-        pEntry->nHash = hash.nHash;
+        *addEntry(&pMap->table, hash) = {{szKey}, nValue, hash.nHash};
         *pnExisting = -1;
     }
+    ++pMap->host.nEntries;
+    return true;
+}
+
+bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
+    if (pMap->table.nRoom == 0 || mayHaveEntry(pMap->table, hash)) {
+        return insertSearching(pMap, szKey, hash, nValue, pnExisting);
+    }
+    *addEntry(&pMap->table, hash) = {{szKey}, nValue, hash.nHash};
+    *pnExisting = -1;
     ++pMap->host.nEntries;
     return true;
 }
