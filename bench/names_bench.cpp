@@ -63,9 +63,9 @@ void runBenchmarks() {
     benchmark::RunSpecifiedBenchmarks(&progress);
 }
 
-bool writeJsonIfWanted(const Options &options, const Measured &measured, const std::vector<std::string> &lists,
-                       const std::vector<MemoryUse> &memory) {
-    return options.jsonPath.empty() || writeJson(options.jsonPath, measured, lists, memory);
+bool writeJsonIfWanted(const Options &options, const Measured &measured, const std::vector<Row> &rows,
+                       const std::vector<std::string> &lists, const std::vector<MemoryUse> &memory) {
+    return options.jsonPath.empty() || writeJson(options.jsonPath, measured, rows, lists, memory);
 }
 
 std::vector<MemoryUse> measureMemory(const NameList &list) {
@@ -95,7 +95,7 @@ bool compare(const Options &options, Measured &measured) {
     }
     runBenchmarks();
     printComparison(measured, lists, memory);
-    return writeJsonIfWanted(options, measured, lists, memory);
+    return writeJsonIfWanted(options, measured, comparedRows(), lists, memory);
 }
 
 // Of the list of a size; lists are large, so only the last one used is kept.
@@ -123,7 +123,7 @@ bool grow(const Options &options, Measured &measured) {
     }
     runBenchmarks();
     printGrowth(measured, sizes, memory);
-    return writeJsonIfWanted(options, measured, sizes, memory);
+    return writeJsonIfWanted(options, measured, growthRows(), sizes, memory);
 }
 
 int run(int argc, char **argv) {

@@ -179,15 +179,13 @@ void printGrowth(const Measured &measured, const std::vector<std::string> &sizes
     printLine(total);
 }
 
-bool writeJson(const std::string &path, const Measured &measured, const std::vector<std::string> &lists,
+bool writeJson(const std::string &path, const Measured &measured, const std::vector<Row> &rows, const std::vector<std::string> &lists,
                const std::vector<MemoryUse> &memory) {
     nlohmann::json result = {{"rows", nlohmann::json::array()}, {"memory", nlohmann::json::array()}};
     for (const std::string &list : lists) {
-        for (const std::vector<Row> *pRows : {&comparedRows(), &growthRows()}) {
-            for (const Row &row : *pRows) {
-                if (measured.digests.count({list, row.szId}) != 0) {
-                    result["rows"].push_back(rowJson(measured, list, row));
-                }
+        for (const Row &row : rows) {
+            if (measured.digests.count({list, row.szId}) != 0) {
+                result["rows"].push_back(rowJson(measured, list, row));
             }
         }
     }

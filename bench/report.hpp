@@ -25,8 +25,8 @@ bool takeSample(Measured &measured, const std::string &list, const Row &row, con
 void printComparison(const Measured &measured, const std::vector<std::string> &lists, const std::vector<MemoryUse> &memory);
 void printGrowth(const Measured &measured, const std::vector<std::string> &sizes, const std::vector<MemoryUse> &memory);
 
-// The medians and the compared rows of every list as JSON. False when the file could not be written.
-bool writeJson(const std::string &path, const Measured &measured, const std::vector<std::string> &lists,
+// The medians and ratios of the given rows for every list, as JSON. False when the file could not be written.
+bool writeJson(const std::string &path, const Measured &measured, const std::vector<Row> &rows, const std::vector<std::string> &lists,
                const std::vector<MemoryUse> &memory);
 
 #endif
