@@ -26,7 +26,9 @@ void deliverAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const c
 }
 
 bool sameText(const char *szOne, const char *szOther) {
-    if (szOne == nullptr || szOther == nullptr) return szOne == szOther;
+    if (szOne == nullptr || szOther == nullptr) {
+        return szOne == szOther;
+    }
     return std::strcmp(szOne, szOther) == 0;
 }
 
@@ -55,7 +57,9 @@ void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, con
 }
 
 void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected, const char *szActual) {
-    if (sameText(szExpected, szActual)) return;
+    if (sameText(szExpected, szActual)) {
+        return;
+    }
     // Each text gets half of the report, so that a long one cannot hide the other.
     constexpr int kShare = kMaxText / 2 - 32;
     Host_ReportAssertion(nSourceTag, nLine, 0, "expected \"%.*s\", got \"%.*s\"", kShare, shown(szExpected), kShare, shown(szActual));

@@ -30,8 +30,9 @@ TEST_P(Contract, GivesItsOwnNamesTheirNewPlaces) {
     std::vector<int32_t> order = {-1, 5, 4, 3, 3, 0, -1, 1};
     do {
         ASSERT_EQ(0, NamesManager_RemoveNames(mgr, 0, INT32_MAX, 0));
-        for (size_t i = 0; i < before.size(); ++i)
+        for (size_t i = 0; i < before.size(); ++i) {
             ASSERT_EQ(0, NamesManager_AddName(mgr, static_cast<int32_t>(i), 0, before[i].c_str()));
+        }
         std::vector<const char *> given = pointers();
         std::vector<std::string> expected = {"one"};
         std::transform(order.begin(), order.end(), std::back_inserter(expected), [&](int i) { return i < 0 ? "mine" : before[size_t(i)]; });

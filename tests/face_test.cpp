@@ -33,8 +33,9 @@ TEST(Face, ConstManagersShowTheNamesThatExist) {
     EXPECT_EQ(Status::ok, names.generate(300));
     const Manager &fixed = names;
     Strings all;
-    for (int i = 1; i <= 300; ++i)
+    for (int i = 1; i <= 300; ++i) {
         all.push_back("row" + std::to_string(i));
+    }
     EXPECT_EQ(all, listed(names.names()));
     EXPECT_EQ(Strings(all.begin() + 100, all.end()), listed(fixed.names(100, 400)));
     EXPECT_TRUE(fixed.name(300).data() == nullptr && names.name(-1).data() == nullptr && fixed.name(299) == "row300");
@@ -43,8 +44,9 @@ TEST(Face, ConstManagersShowTheNamesThatExist) {
     all.push_back("row302");
     EXPECT_EQ(Strings(all.begin() + 299, all.end()), listed(names.names(299, 301)));
     for (const auto &[first, last] :
-         {std::pair{-1, INT32_MAX}, {0, INT32_MAX}, {-1, 5}, {5, 4}, {9, 3}, {302, 400}, {INT32_MIN, INT32_MIN}})
+         {std::pair{-1, INT32_MAX}, {0, INT32_MAX}, {-1, 5}, {5, 4}, {9, 3}, {302, 400}, {INT32_MIN, INT32_MIN}}) {
         EXPECT_TRUE(listed(fixed.names(first, last)).empty()) << first << ' ' << last;
+    }
     EXPECT_TRUE(listed(names.names(-1, INT32_MAX)).empty() && NameRange().empty());
     Manager unmakeable("x%2147483647d");
     const char *const aLetters[] = {"a", "b", "c", "d", "e"};

@@ -25,14 +25,17 @@ public:
     explicit Model(unsigned nSeed, bool bWithoutMemory = false)
         : random(nSeed), map(HostHashMap_Create(&HostHashMap_StringKeys, pick(30) - 5)), keys(300), bStarved(bWithoutMemory) {}
     ~Model() {
-        if (map != nullptr) HostHashMap_Release(map);
+        if (map != nullptr) {
+            HostHashMap_Release(map);
+        }
     }
 
     // An empty map has given everything back but itself and its table.
     void removeAll() {
         for (const auto &[text, entries] : held) {
-            for (const Entry &entry : entries)
+            for (const Entry &entry : entries) {
                 ASSERT_EQ(0, HostHashMap_Remove(map, entry.first));
+            }
         }
         EXPECT_EQ(nLive + 2, HostMem_GetNumLive());
     }
@@ -79,7 +82,9 @@ private:
         const bool bDone = HostHashMap_Insert(map, szKey, nValue, &nExisting) == 0;
         ASSERT_TRUE(bStarved ? nValue >= 0 || !bDone : bDone == (nValue >= 0));
         ASSERT_EQ(bDone ? nLowest : -7, nExisting);
-        if (bDone) hold(szKey, nValue);
+        if (bDone) {
+            hold(szKey, nValue);
+        }
         ASSERT_EQ(lowestValue(szKey), HostHashMap_Find(map, szKey));
     }
     void insertList() {
@@ -95,7 +100,9 @@ private:
         ASSERT_TRUE(bStarved || nDone == nMost);
         for (size_t k = 0; k < static_cast<size_t>(nDone); ++k) {
             expected[k] = list[k] != nullptr ? lowestValue(list[k]) : -1;
-            if (list[k] != nullptr) hold(list[k], nFirst + static_cast<int32_t>(k));
+            if (list[k] != nullptr) {
+                hold(list[k], nFirst + static_cast<int32_t>(k));
+            }
         }
         ASSERT_EQ(nFrom == 2 ? std::vector<int32_t>(list.size(), -7) : expected, existing);
     }
@@ -104,20 +111,25 @@ private:
         std::generate(list.begin(), list.end(), [this] { return anyKeyOrNull(); });
         std::vector<int32_t> found(list.size() + 1, -7), expected = found;
         HostHashMap_FindList(map, list.data(), std::ssize(list), found.data());
-        for (size_t k = 0; k < list.size(); ++k)
+        for (size_t k = 0; k < list.size(); ++k) {
             expected[k] = list[k] != nullptr ? lowestValue(list[k]) : -1;
+        }
         ASSERT_EQ(expected, found);
     }
     void remove() {
         const char *szKey = anyKey();
         Entries &entries = held[szKey];
         ASSERT_EQ(entries.empty() ? 1 : 0, HostHashMap_Remove(map, szKey));
-        if (entries.empty()) return;
+        if (entries.empty()) {
+            return;
+        }
         const auto gone = lowest(entries, szKey);
         char *szGone = const_cast<char *>(gone->first);
         entries.erase(gone), --nEntries;
         ASSERT_EQ(lowestValue(szKey), HostHashMap_Find(map, szKey));
-        if (entries.empty() || lowest(entries, szGone)->first != szGone) std::memset(szGone, '#', std::strlen(szGone));
+        if (entries.empty() || lowest(entries, szGone)->first != szGone) {
+            std::memset(szGone, '#', std::strlen(szGone));
+        }
     }
 
     int64_t nLive = HostMem_GetNumLive();
@@ -194,8 +206,9 @@ TEST(HashTable, LivesOnTheRoomThatRemovalsLeave) {
     }
     EXPECT_LE(table.nBuckets, kHeld / 8);
     EXPECT_LE(nLayouts, kRounds / 2);
-    for (size_t i = hashes.size() - kHeld; i < hashes.size(); ++i)
+    for (size_t i = hashes.size() - kHeld; i < hashes.size(); ++i) {
         ASSERT_NE(nullptr, host::findEntry(table, hashes[i]));
+    }
     host::freeTable(&table);
 }
 

@@ -31,7 +31,9 @@ inline Choices randomChoices(uint32_t nSeed) {
 inline Choices byteChoices(const uint8_t *pNext, const uint8_t *pEnd) {
     return [pNext, pEnd](uint32_t nBound) mutable {
         uint32_t n = pNext != pEnd && nBound > 1 ? *pNext++ : 0;
-        if (nBound > 256) n = n << 8 | (pNext != pEnd ? *pNext++ : 0);
+        if (nBound > 256) {
+            n = n << 8 | (pNext != pEnd ? *pNext++ : 0);
+        }
         return n % nBound;
     };
 }
@@ -53,8 +55,9 @@ struct Habits {
 template <typename Numbers>
 std::string shown(const Numbers &numbers) {
     std::string text;
-    for (const auto n : numbers)
+    for (const auto n : numbers) {
         text += std::to_string(n) + ' ';
+    }
     return text;
 }
 
@@ -80,7 +83,9 @@ struct Call {
 
     template <typename T>
     T tell(const char *szWhat, T argument) {
-        if (pTold != nullptr) *pTold << ' ' << szWhat << ' ' << argument;
+        if (pTold != nullptr) {
+            *pTold << ' ' << szWhat << ' ' << argument;
+        }
         return argument;
     }
 
@@ -89,13 +94,18 @@ struct Call {
     void answer(const T &real, const T &expected, const char *szLocks = "+mine-mine", const char *szInstead = nullptr) {
         compare(real, expected);
         std::string seen;
-        for (const auto &[pLock, bTaken] : steered::takeLocks())
+        for (const auto &[pLock, bTaken] : steered::takeLocks()) {
             seen.append(bTaken ? "+" : "-").append(pLock == &pReal->lock ? "mine" : pLock == &other.pReal->lock ? "other" : "none of them");
-        if (steered::kIsStrict && (szInstead == nullptr || seen != szInstead)) compare<std::string>(seen, szLocks);
+        }
+        if (steered::kIsStrict && (szInstead == nullptr || seen != szInstead)) {
+            compare<std::string>(seen, szLocks);
+        }
     }
     template <typename T>
     void compare(const T &real, const T &expected) {
-        if (real == expected) return;
+        if (real == expected) {
+            return;
+        }
         std::ostringstream text;
         text << "Answered " << real << ", not " << expected << ". ";
         wrong += text.str();
@@ -103,18 +113,29 @@ struct Call {
 
     // A text of about the length of one of the module's sizes, of default names, of what is there, or of a few letters.
     std::string anyText(int32_t iName) {
-        if (habits.nDistinct == 1 && chance(230)) return "";
-        if (chance(habits.nDistinct > 0 ? 230 : 20))
+        if (habits.nDistinct == 1 && chance(230)) {
+            return "";
+        }
+        if (chance(habits.nDistinct > 0 ? 230 : 20)) {
             return pick({"nm", "name"}) + std::to_string(pick(1, habits.nDistinct > 0 ? habits.nDistinct : twin.nNames() + 5));
+        }
         if (chance(habits.nLong) && twin.nNames() < 300) {
             const int32_t nAbout = pick({kLocalTextBytes, kFirstBlockBytes, kNewBlockBytes, kNewBlockBytes / 2, kMaxNameBytes});
             return std::string(static_cast<size_t>(nAbout + pick(-2, 1)), 'L');
         }
         std::string made = iName < twin.nNames() && chance(128) ? twin.name(iName) : "";
-        if (made.empty()) made.assign(static_cast<size_t>(pick(0, 40)), "abcdefgh \t\xE9"[pick(0, 10)]);
-        if (chance(80)) made.resize(made.size() / 2);
-        if (chance(80)) made.append(pick<size_t>({1, 5, 9}), 'l');
-        if (!made.empty() && chance(80)) made[0] = static_cast<char>(pick('a', 'z'));
+        if (made.empty()) {
+            made.assign(static_cast<size_t>(pick(0, 40)), "abcdefgh \t\xE9"[pick(0, 10)]);
+        }
+        if (chance(80)) {
+            made.resize(made.size() / 2);
+        }
+        if (chance(80)) {
+            made.append(pick<size_t>({1, 5, 9}), 'l');
+        }
+        if (!made.empty() && chance(80)) {
+            made[0] = static_cast<char>(pick('a', 'z'));
+        }
         return made;
     }
 
@@ -131,16 +152,26 @@ struct Call {
         const std::string end = pick({"", "", "", "", " ", "  ", "\t"});
         for (int32_t i = iFirst; made.size() < nTexts; ++i) {
             const int32_t nSloping = (nLength + nStep * (i - iFirst)) % 40;
-            if (nManner < 3) made.push_back(anyText(i) + (chance(50) ? end : ""));
-            if (nManner == 3 && i < twin.nNames()) made.push_back(twin.name(i) + std::string(static_cast<size_t>(nStep), 'm'));
-            if (made.size() == static_cast<size_t>(i - iFirst))
+            if (nManner < 3) {
+                made.push_back(anyText(i) + (chance(50) ? end : ""));
+            }
+            if (nManner == 3 && i < twin.nNames()) {
+                made.push_back(twin.name(i) + std::string(static_cast<size_t>(nStep), 'm'));
+            }
+            if (made.size() == static_cast<size_t>(i - iFirst)) {
                 made.push_back(std::string(static_cast<size_t>(nSloping), static_cast<char>('a' + i % 26)) + end);
+            }
         }
-        if (nManner == 5 && nTexts > 0) made.back() = fillingText(Record::sizeOf(model::Texts(made).first(nTexts - 1)));
-        if (habits.nShort > 0) std::transform(made.begin(), made.end(), std::back_inserter(known), Record::trimmed);
+        if (nManner == 5 && nTexts > 0) {
+            made.back() = fillingText(Record::sizeOf(model::Texts(made).first(nTexts - 1)));
+        }
+        if (habits.nShort > 0) {
+            std::transform(made.begin(), made.end(), std::back_inserter(known), Record::trimmed);
+        }
         tell("of", nTexts);
-        for (size_t i = 0; i < std::min<size_t>(nTexts, 8) && pTold != nullptr; ++i)
+        for (size_t i = 0; i < std::min<size_t>(nTexts, 8) && pTold != nullptr; ++i) {
             *pTold << " \"" << made[i].substr(0, 40) << "\" (" << made[i].size() << ')';
+        }
         return made;
     }
     Strings texts(Range range) {
@@ -151,26 +182,46 @@ struct Call {
     // Where lists, their segments and reads begin and end, or anywhere.
     int32_t anyIndex() {
         const int32_t nManner = pick(0, 6), nNames = twin.nNames();
-        if (nManner == 1 || nManner == 2) return nNames;
-        if (nManner == 3) return std::max(twin.cursor.iName, 0);
-        if (nManner == 4) return pick(0, nNames);
-        if (nManner == 0 || twin.segments.empty()) return 0;
+        if (nManner == 1 || nManner == 2) {
+            return nNames;
+        }
+        if (nManner == 3) {
+            return std::max(twin.cursor.iName, 0);
+        }
+        if (nManner == 4) {
+            return pick(0, nNames);
+        }
+        if (nManner == 0 || twin.segments.empty()) {
+            return 0;
+        }
         const NameSegment &at = twin.segment(pick(0, twin.nSegments() - 1));
         return nManner == 5 ? at.iFirst : at.iLast;
     }
     int32_t anyCount(int32_t first) {
         const int32_t nManner = pick(0, 9);
-        if (nManner < 4) return 1;
-        if (nManner < 6) return pick(2, 20);
-        if (nManner == 6) return pick(0, 1);
-        if (nManner == 7) return std::max(anyIndex() - first + 1, 1);
+        if (nManner < 4) {
+            return 1;
+        }
+        if (nManner < 6) {
+            return pick(2, 20);
+        }
+        if (nManner == 6) {
+            return pick(0, 1);
+        }
+        if (nManner == 7) {
+            return std::max(anyIndex() - first + 1, 1);
+        }
         constexpr int32_t kBeyondBatch = std::min(kMaxBatchNames + 1, 4 * kMaxSegmentNames);
         return pick({kMaxSegmentNames - 1, kMaxSegmentNames, kMaxSegmentNames + 1, 2 * kMaxSegmentNames + 1, kBeyondBatch});
     }
     Range anyRange(bool bGrow, bool bSingle) {
         constexpr int32_t kMin = INT32_MIN, kMax = INT32_MAX;
-        if (chance(habits.nStray / 2)) return pick<Range>({{-1, -1, 0}, {0, 0, 1}, {kMax, kMax, 0}, {kMin, kMin, 1}, {-9, -9, 1}});
-        if (!bSingle && chance(habits.nStray / 2)) return pick<Range>({{5, 3, 0}, {-3, 2, 0}, {0, kMax, 0}, {3, kMin, 1}, {-3, -4, 0}});
+        if (chance(habits.nStray / 2)) {
+            return pick<Range>({{-1, -1, 0}, {0, 0, 1}, {kMax, kMax, 0}, {kMin, kMin, 1}, {-9, -9, 1}});
+        }
+        if (!bSingle && chance(habits.nStray / 2)) {
+            return pick<Range>({{5, 3, 0}, {-3, 2, 0}, {0, kMax, 0}, {3, kMin, 1}, {-3, -4, 0}});
+        }
         int32_t first = anyIndex(), n = bSingle ? 1 : anyCount(first);
         if (bGrow && twin.nNames() <= kMostNames) {
             first += chance(15) ? pick(1, 5) : 0;
@@ -183,7 +234,9 @@ struct Call {
     }
     Range range(bool bGrow, bool bSingle = false) {
         const Range drawn = anyRange(bGrow, bSingle);
-        if (pTold != nullptr) *pTold << ' ' << drawn.first << ".." << drawn.last << (drawn.bOneBased != 0 ? " one-based" : "");
+        if (pTold != nullptr) {
+            *pTold << ' ' << drawn.first << ".." << drawn.last << (drawn.bOneBased != 0 ? " one-based" : "");
+        }
         return drawn;
     }
 
@@ -204,7 +257,9 @@ struct Fields {
         const char *pNext = copies[0].data();
         for (const std::string &text : texts) {
             const size_t nBytes = nWidth < 0 ? text.size() + 1 : std::min(text.size() + 1, static_cast<size_t>(std::max(nWidth, 1)));
-            if (all.empty()) pNext = copies.emplace_back(text.c_str(), text.c_str() + nBytes).data();
+            if (all.empty()) {
+                pNext = copies.emplace_back(text.c_str(), text.c_str() + nBytes).data();
+            }
             pointers.push_back(pNext);
             pNext += nBytes;
         }
@@ -237,7 +292,9 @@ inline void store(Call &c) {
 
 // A name, or the end of one, is stored from where it lies in the manager itself.
 inline void storeOwn(Call &c) {
-    if (c.twin.names.empty()) return;
+    if (c.twin.names.empty()) {
+        return;
+    }
     const auto [index, last, bOneBased] = c.range(true, true);
     const int32_t iOwn = c.tell("of", c.pick(0, c.twin.nNames() - 1)), nSkipped = c.tell("less", c.pick(0, 3));
     const auto nFrom = static_cast<size_t>(std::min(nSkipped, Record::lengthOf(c.twin.name(iOwn))));
@@ -289,8 +346,9 @@ inline void read(Call &c) {
         c.answer(NamesManager_GetNamePointers(c.pReal, at.first, at.last, at.bOneBased, nSlots == 0 ? nullptr : pointers.data()),
                  c.twin.getNamePointers(at, nSlots == 0 ? nullptr : &expected));
         expected.resize(nSlots, "untouched");
-        for (size_t k = 0; k < nSlots; ++k)
+        for (size_t k = 0; k < nSlots; ++k) {
             c.compare<std::string_view>(pointers[k], expected[k]);
+        }
     } else {
         const char *szName = NamesManager_GetName(c.pReal, at.first, at.bOneBased);
         c.answer<std::string>(szName == nullptr ? "none" : szName, c.twin.getNamePointers(at, &expected) != 0 ? "none" : expected[0]);
@@ -317,13 +375,17 @@ inline void readIntoBuffer(Call &c) {
     get(buffer.data(), nSize, nullptr);
     bytes.resize(buffer.size(), '#');
     c.compare(std::string(buffer.begin(), buffer.end()), bytes);
-    if (c.chance(c.habits.nStray)) get(nullptr, 9, nullptr);
+    if (c.chance(c.habits.nStray)) {
+        get(nullptr, 9, nullptr);
+    }
 }
 
 inline void readOther(Call &c) {
     const Range at = c.range(false, true);
     const Field field = c.field();
-    if (c.tell("longest", c.chance(128))) c.answer(NamesManager_GetMaxNameLength(c.pReal), c.twin.getMaxNameLength());
+    if (c.tell("longest", c.chance(128))) {
+        c.answer(NamesManager_GetMaxNameLength(c.pReal), c.twin.getMaxNameLength());
+    }
     c.answer(NamesManager_GetNumNames(c.pReal), c.twin.nNames());
     const bool bRefused = (field.bTruncate != 0 || field.bPad != 0) && field.nWidth < 1;
     const uint64_t nRoom = steered::kIsStrict && c.chance(50) ? c.tell("room", c.pick<uint64_t>({0, 1, 5, 12, 30})) : UINT64_MAX;
@@ -344,14 +406,24 @@ inline void find(Call &c) {
     std::vector<int32_t> indices(texts.size(), -7), expected = indices;
     int32_t *pIndices = nHow > 1 || c.chance(240) ? indices.data() : nullptr;
     int32_t nStatus = 0;
-    if (nHow == 0) nStatus = NamesManager_FindNameList(c.pReal, ppNames, nCount, bOneBased, pIndices);
-    if (nHow == 1) nStatus = NamesManager_FindNames(c.pReal, ppNames, nCount, nWidth, bOneBased, pIndices);
-    if (nHow == 2) indices[0] = NamesManager_FindNameInField(c.pReal, ppNames[0], nWidth, bOneBased);
-    if (nHow == 3) indices[0] = NamesManager_FindName(c.pReal, ppNames[0], bOneBased);
+    if (nHow == 0) {
+        nStatus = NamesManager_FindNameList(c.pReal, ppNames, nCount, bOneBased, pIndices);
+    }
+    if (nHow == 1) {
+        nStatus = NamesManager_FindNames(c.pReal, ppNames, nCount, nWidth, bOneBased, pIndices);
+    }
+    if (nHow == 2) {
+        indices[0] = NamesManager_FindNameInField(c.pReal, ppNames[0], nWidth, bOneBased);
+    }
+    if (nHow == 3) {
+        indices[0] = NamesManager_FindName(c.pReal, ppNames[0], bOneBased);
+    }
     c.twin.buildIndex();
     for (int32_t k = 0; k < nCount; ++k) {
         const int32_t iFound = c.twin.findName(texts.data()[k], nWidth, bOneBased);
-        if (pIndices != nullptr) expected.data()[k] = iFound;
+        if (pIndices != nullptr) {
+            expected.data()[k] = iFound;
+        }
     }
     c.answer(nStatus, 0);
     c.compare(shown(indices), shown(expected));
@@ -369,7 +441,9 @@ inline void checkDuplicates(Call &c) {
         pointers.push_back(p);
         lengths.push_back(Record::lengthOf(*text) + (end[0] == '\0' ? c.pick(0, 2) : 0));  // a name ends at its NUL in any case
         p += text->size() + end.size();
-        if (bBuffer ? Record::lengthOf(*text) <= kMaxNameBytes : c.chance(240)) continue;
+        if (bBuffer ? Record::lengthOf(*text) <= kMaxNameBytes : c.chance(240)) {
+            continue;
+        }
         text.reset();
         pointers.back() = nullptr;
     }
@@ -382,15 +456,18 @@ inline void checkDuplicates(Call &c) {
                      : NamesManager_CheckDuplicateNames(c.pReal, first, last, bOneBased, pointers.data(), lengths.data(), &bSeen, &iSeen,
                                                         &iSecond, real.data(), nSize),
              c.twin.checkDuplicateNames({first, last, bOneBased}, given, clash), bBuffer && !bInContract ? "" : "+mine-mine");
-    if (clash.bDuplicate != 0 && nSize > 0)
+    if (clash.bDuplicate != 0 && nSize > 0) {
         twin.replace(0, std::min(clash.szName.size() + 1, static_cast<size_t>(nSize)),
                      clash.szName.substr(0, static_cast<size_t>(nSize - 1)) + '\0');
+    }
     c.compare(shown(std::array{bSeen, iSeen, iSecond}) + real, shown(std::array{clash.bDuplicate, clash.iFirst, clash.iSecond}) + twin);
 }
 
 inline void remove(Call &c) {
     Range at = c.range(false);
-    if (c.chance(25) && at.last >= at.first) at.last = c.tell("to", c.pick({c.twin.nNames() + 500, INT32_MAX}));
+    if (c.chance(25) && at.last >= at.first) {
+        at.last = c.tell("to", c.pick({c.twin.nNames() + 500, INT32_MAX}));
+    }
     c.answer(NamesManager_RemoveNames(c.pReal, at.first, at.last, at.bOneBased), c.twin.removeNames(at));
 }
 
@@ -401,13 +478,18 @@ inline void removeListed(Call &c) {
     std::vector<int32_t> indices;
     const int32_t nStep = c.tell("every", c.pick(1, 4)), nLeftOut = c.pick({0, 20, 128, 240}), nTwice = c.pick({0, 20});
     for (int32_t i = std::max(at.first, 0) - 2; i < std::min(at.last, c.twin.nNames() + 2); i += nStep) {
-        if (!c.chance(nLeftOut)) indices.insert(indices.end(), c.chance(nTwice) ? 2 : 1, i);
+        if (!c.chance(nLeftOut)) {
+            indices.insert(indices.end(), c.chance(nTwice) ? 2 : 1, i);
+        }
     }
-    if (c.chance(25)) indices.push_back(INT32_MAX);
+    if (c.chance(25)) {
+        indices.push_back(INT32_MAX);
+    }
     const int32_t nCount = c.tell("count", Record::toInt(indices.size()));
     if (c.chance(80)) {
-        for (int32_t i = nCount - 1; i > 0; --i)
+        for (int32_t i = nCount - 1; i > 0; --i) {
             std::swap(indices.data()[i], indices.data()[c.pick(0, i)]);
+        }
     }
     c.answer(NamesManager_RemoveNamesByIndices(c.pReal, indices.data(), nCount), c.twin.removeNamesByIndices(indices));
 }
@@ -420,9 +502,15 @@ inline void copy(Call &c) {
 
 inline void wholeManager(Call &c) {
     const int32_t nHow = c.tell("switch 0, release 1, clear 2:", c.pick({0, 1, 1, 1, 2}));
-    if (nHow == 0) c.answer(NamesManager_StoreIndividualNamePositions(c.pReal), c.twin.storeIndividualNamePositions());
-    if (nHow == 1) c.answer(NamesManager_ReleaseEmptyBlocks(c.pReal), c.twin.releaseEmptyBlocks());
-    if (nHow == 2) c.answer(NamesManager_Clear(c.pReal), c.twin.clear());
+    if (nHow == 0) {
+        c.answer(NamesManager_StoreIndividualNamePositions(c.pReal), c.twin.storeIndividualNamePositions());
+    }
+    if (nHow == 1) {
+        c.answer(NamesManager_ReleaseEmptyBlocks(c.pReal), c.twin.releaseEmptyBlocks());
+    }
+    if (nHow == 2) {
+        c.answer(NamesManager_Clear(c.pReal), c.twin.clear());
+    }
 }
 
 inline void save(Call &c) {
@@ -430,15 +518,19 @@ inline void save(Call &c) {
     const int32_t nAll = Record::toInt(image.size()), iFailing = c.tell("failing at", c.chance(80) ? c.pick(0, nAll - 1) : nAll);
     model::Output output = {.nRoom = iFailing};
     c.answer(NamesManager_Save(c.pReal, nullptr, &output.stream), iFailing < nAll ? model::kWriteError : 0);
-    if (output.writes != Strings(image.begin(), image.begin() + std::min(iFailing + 1, nAll))) c.wrong += "The image differs. ";
+    if (output.writes != Strings(image.begin(), image.begin() + std::min(iFailing + 1, nAll))) {
+        c.wrong += "The image differs. ";
+    }
 }
 
 // Other capacities, small blocks and empty ones anywhere, segments that could be one: a state that a manager can be in, but rarely gets to.
 inline void tighten(Call &c, Record &saved) {
-    for (model::Block &block : saved.blocks)
+    for (model::Block &block : saved.blocks) {
         block.nSize = std::max(block.nUsed(), 1) + c.pick({0, 0, 7, 60});
-    for (int32_t n = c.pick(0, 3); n > 0; --n)
+    }
+    for (int32_t n = c.pick(0, 3); n > 0; --n) {
         saved.insertEmptyBlock(c.pick(0, saved.nBlocks()), c.pick(1, 200));
+    }
     for (int32_t n = saved.segments.empty() ? 0 : c.pick(0, 3); n > 0; --n) {
         const int32_t iCut = c.pick(0, saved.nNames() - 1);
         saved.cutSegment(saved.segmentOf(iCut), {iCut, INT32_MAX, 0});
@@ -453,7 +545,9 @@ inline void tighten(Call &c, Record &saved) {
 
 inline void load(Call &c) {
     Record saved = (c.tell("of the other", c.chance(80)) ? c.other : c.mine).twin;
-    if (c.tell("tightened", c.chance(200))) tighten(c, saved);
+    if (c.tell("tightened", c.chance(200))) {
+        tighten(c, saved);
+    }
     const bool bNone = c.chance(12);
     const std::string image = bNone ? std::string(4, '\xFF') : joined(saved.save(), "");
     const int32_t nImage = Record::lengthOf(image),
@@ -462,7 +556,9 @@ inline void load(Call &c) {
     steered::Input input(copied.data(), copied.size());
     c.answer<int32_t>(NamesManager_Load(c.pReal, nullptr, input.pStream), nBytes < nImage ? steered::kEndOfInput : 0);
     c.twin.clear();
-    if (!bNone && nBytes == nImage) c.twin.load(saved);
+    if (!bNone && nBytes == nImage) {
+        c.twin.load(saved);
+    }
 }
 
 // The chances of each kind in the profiles: appending, replacing, removing, reading, all alike, arguments outside the contract.
@@ -507,16 +603,24 @@ inline Numbers numbersOf(const Record &r) {
 // Where a manager differs from its twin, empty if nowhere.
 inline std::string difference(const NamesManager &real, const Record &twin) {
     const Numbers numbers = numbersOf(real), expected = numbersOf(twin);
-    if (numbers != expected) return "Numbers " + shown(numbers) + "not " + shown(expected) + ". ";
+    if (numbers != expected) {
+        return "Numbers " + shown(numbers) + "not " + shown(expected) + ". ";
+    }
     const auto isBlock = [](const NameStorageBlock &one, const model::Block &other) {
         return one.nSize == other.nSize && one.nNamesInBlock == other.nNames &&
                other.text == std::string_view(one.pData, size_t(one.nUsed));
     };
     const auto isSame = [](const auto &one, const auto &other) { return std::memcmp(&one, &other, sizeof one) == 0; };
     const auto &[blocks, segments, positions] = std::tie(twin.blocks, twin.segments, twin.positions);
-    if (!std::equal(real.pBlocks, real.pBlocks + real.nBlocks, blocks.begin(), isBlock)) return "Blocks differ. ";
-    if (!std::equal(segments.begin(), segments.end(), real.pSegments, isSame)) return "Segments differ. ";
-    if (!std::equal(positions.begin(), positions.end(), real.pPositions, isSame)) return "Positions differ. ";
+    if (!std::equal(real.pBlocks, real.pBlocks + real.nBlocks, blocks.begin(), isBlock)) {
+        return "Blocks differ. ";
+    }
+    if (!std::equal(segments.begin(), segments.end(), real.pSegments, isSame)) {
+        return "Segments differ. ";
+    }
+    if (!std::equal(positions.begin(), positions.end(), real.pPositions, isSame)) {
+        return "Positions differ. ";
+    }
     const bool bTexts = twin.szNameFormat == std::string_view(real.szNameFormat, 32) &&
                         twin.szFirstGeneratedName == std::string_view(real.szFirstGeneratedName, 32);
     return bTexts ? "" : "Texts differ. ";
@@ -530,20 +634,24 @@ inline Record recordOf(const NamesManager &real) {
     record.nGeneratedNameBase = real.nGeneratedNameBase;
     record.nMaxNameLength = real.nMaxNameLength, record.nMaxNameLengthCount = real.nMaxNameLengthCount;
     record.blocks.clear();
-    for (const NameStorageBlock *p = real.pBlocks; p < real.pBlocks + real.nBlocks; ++p)
+    for (const NameStorageBlock *p = real.pBlocks; p < real.pBlocks + real.nBlocks; ++p) {
         record.blocks.push_back({p->nSize, p->nNamesInBlock, Record::bytesOf(p->pData, static_cast<size_t>(p->nUsed))});
+    }
     record.nBlocksAlloc = real.nBlocksAlloc, record.nSegmentsAlloc = real.nSegmentsAlloc, record.nPositionsAlloc = real.nPositionsAlloc;
     record.cursor = {real.iCursorName, real.iCursorSegment, real.iCursorBlock, real.nCursorOffset, real.nCursorMisses};
     record.bSegments = real.pSegments != nullptr, record.bLookupIndex = real.pLookupIndex != nullptr;
-    if (record.bSegments)
+    if (record.bSegments) {
         record.segments.assign(real.pSegments, real.pSegments + real.nSegments);
-    else
+    } else {
         record.positions.assign(real.pPositions, real.pPositions + real.nNames);
+    }
     for (int32_t i = 0; i < real.nNames; ++i) {
         const auto [iBlock, nOffset] = record.positionOf(i);
         record.names.emplace_back(real.pBlocks[iBlock].pData + nOffset);
         const int32_t iFound = record.bLookupIndex ? HostHashMap_Find(real.pLookupIndex, record.name(i).c_str()) : -1;
-        if (iFound != -1 && !steered::kHoldsEqualKeys) record.entries.emplace(record.name(i), iFound);
+        if (iFound != -1 && !steered::kHoldsEqualKeys) {
+            record.entries.emplace(record.name(i), iFound);
+        }
     }
     return record;
 }
@@ -551,12 +659,16 @@ inline Record recordOf(const NamesManager &real) {
 // Makes the twin of a manager whose memory ran short what the manager is now. Each name must be of those known before or of those that the
 // twin has come to, and a known maximum true.
 inline std::string adopt(Pair &pair, Strings known) {
-    if (pair.pReal->pSegments == nullptr && pair.pReal->pPositions == nullptr) NamesManager_Clear(pair.pReal);
+    if (pair.pReal->pSegments == nullptr && pair.pReal->pPositions == nullptr) {
+        NamesManager_Clear(pair.pReal);
+    }
     known.insert(known.end(), pair.twin.names.begin(), pair.twin.names.end());
     std::sort(known.begin(), known.end());
     pair.twin = recordOf(*pair.pReal);
     for (const std::string &name : pair.twin.names) {
-        if (!std::binary_search(known.begin(), known.end(), name)) return "A name from nowhere. ";
+        if (!std::binary_search(known.begin(), known.end(), name)) {
+            return "A name from nowhere. ";
+        }
     }
     return Record::isMaximum(*pair.pReal, pair.twin.names) ? "" : "A false maximum. ";
 }
@@ -576,12 +688,16 @@ struct Game {
     std::string play(size_t iKind, size_t iManager, Choices choose, std::ostream *pTold) {
         Call c = {std::move(choose), habits, pairs[iManager], pairs[1 - iManager], pTold};
         const bool bShort = c.chance(habits.nShort);
-        if (bShort) c.known = pairs[0].twin.names, c.known.insert(c.known.end(), pairs[1].twin.names.begin(), pairs[1].twin.names.end());
+        if (bShort) {
+            c.known = pairs[0].twin.names, c.known.insert(c.known.end(), pairs[1].twin.names.begin(), pairs[1].twin.names.end());
+        }
         model::g_nErrors = 0;
         c.tell("manager", iManager);
         c.tell(kKinds[iKind].szName, ':');
         steered::setMaps(!c.chance(habits.nShort));
-        if (bShort) steered::startFailing(c.tell("failing at", c.pick(1, 12)), c.tell("from there", c.chance(128)));
+        if (bShort) {
+            steered::startFailing(c.tell("failing at", c.pick(1, 12)), c.tell("from there", c.chance(128)));
+        }
         kKinds[iKind].pfnRun(c);
         steered::setMaps(true);
         const bool bFailed = bShort && steered::endFailing();
@@ -590,11 +706,19 @@ struct Game {
             c.wrong = adopt(pairs[0], c.known) + adopt(pairs[1], c.known);
             steered::takeLocks();
         }
-        if ((reports.nErrors != model::g_nErrors && !bFailed) || reports.nAssertions != 0) c.wrong += "Reports. ";
+        if ((reports.nErrors != model::g_nErrors && !bFailed) || reports.nAssertions != 0) {
+            c.wrong += "Reports. ";
+        }
         c.wrong += difference(*c.pReal, c.twin) + difference(*c.other.pReal, c.other.twin);
-        if (c.chance(habits.nAudited)) c.wrong += audit(c.mine);
-        if (!steered::takeLocks().empty()) c.wrong += "A lock too many. ";
-        if (pTold != nullptr) *pTold << '\n';
+        if (c.chance(habits.nAudited)) {
+            c.wrong += audit(c.mine);
+        }
+        if (!steered::takeLocks().empty()) {
+            c.wrong += "A lock too many. ";
+        }
+        if (pTold != nullptr) {
+            *pTold << '\n';
+        }
         return c.wrong + steered::takeRefusals();
     }
 

@@ -130,7 +130,9 @@ TEST(Stream, ReportsAFullDeviceAndLackOfMemory) {
     EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 0));
     starve([&large] {
         HostOutputStream *pMemory = HostOutputStream_CreateInMemory();
-        if (pMemory == nullptr) return;
+        if (pMemory == nullptr) {
+            return;
+        }
         uint64_t nBytes = 0;
         const uint64_t nExpected = HostStream_Write(pMemory, large.data(), large.size()) == 0 ? large.size() : 0;
         EXPECT_NE(nullptr, HostOutputStream_GetMemory(pMemory, &nBytes));
@@ -143,12 +145,19 @@ TEST(Text, AppendsAllOrNothing) {
     std::string last;
     starve([&last] {
         HostText *pText = HostText_Create();
-        if (pText == nullptr) return;
+        if (pText == nullptr) {
+            return;
+        }
         std::string expected;
-        if (HostText_AppendPadded(pText, "ab", 4) == 0) expected += "ab  ";
-        if (HostText_AppendPadded(pText, "longer", 3) == 0) expected += "longer";
-        for (int i = 0; i < 300; ++i)
+        if (HostText_AppendPadded(pText, "ab", 4) == 0) {
+            expected += "ab  ";
+        }
+        if (HostText_AppendPadded(pText, "longer", 3) == 0) {
+            expected += "longer";
+        }
+        for (int i = 0; i < 300; ++i) {
             expected += HostText_AppendRepeated(pText, 1, 'x') == 0 ? "x" : "";
+        }
         EXPECT_EQ(0, HostText_AppendPadded(pText, "", -5) + HostText_AppendRepeated(pText, -1, 'y'));
         EXPECT_EQ(1, HostText_AppendRepeated(pText, std::numeric_limits<int64_t>::max(), 'z'));
         EXPECT_EQ(expected, last = HostText_GetString(pText));
@@ -191,14 +200,16 @@ TEST(Memory, KeepsItsContentAndRefusesTheImpossible) {
     EXPECT_TRUE(pTable != nullptr && HostMem_Realloc(pTable, 10, 0, 0) == nullptr);
     for (uint32_t n = 4001; n < 600000; n += 4001) {  // past the size from which resizing is rounded
         pTable = static_cast<unsigned char *>(HostMem_Realloc(pTable, n, 0, 0));
-        for (uint32_t i = n - 4001; i < n; ++i)
+        for (uint32_t i = n - 4001; i < n; ++i) {
             pTable[i] = static_cast<unsigned char>(i % 251);
+        }
     }
     for (const uint64_t nBytes : {~uint64_t{0}, uint64_t{1} << 63, (uint64_t{1} << 63) - 1}) {
         EXPECT_EQ(nullptr, HostMem_Realloc(pTable, nBytes, 0, 0));
     }
-    for (uint32_t i = 0; i < 590000; ++i)
+    for (uint32_t i = 0; i < 590000; ++i) {
         ASSERT_EQ(i % 251, pTable[i]);
+    }
     EXPECT_NE(nullptr, pTable = static_cast<unsigned char *>(HostMem_Realloc(pTable, 0, 0, 0)));
     HostMem_Free(pTable, 0, 0);
     EXPECT_EQ(nLive, HostMem_GetNumLive());

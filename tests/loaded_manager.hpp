@@ -21,7 +21,9 @@ inline Record recordWithNames(bool bPositions) {
     record.storeNames({2, 2, 0}, &longer);
     record.storeNames({4, 4, 0}, &same);
     record.removeNames({9, 10, 0});
-    if (bPositions) record.storeIndividualNamePositions();
+    if (bPositions) {
+        record.storeIndividualNamePositions();
+    }
     Strings read;
     record.getNamePointers({0, 5, 0}, &read);
     return record;
@@ -52,8 +54,9 @@ inline Strings namesOf(const NamesManager *mgr) {
 
 // An image that a save could have written: no addresses, nothing in the padding.
 inline std::string normalized(std::string image, int32_t nBlocks) {
-    for (size_t at = 92; nBlocks > 0; --nBlocks, at += 24)
+    for (size_t at = 92; nBlocks > 0; --nBlocks, at += 24) {
         image.replace(at, 8, 8, '\0').replace(at + 20, 4, 4, '\0');
+    }
     return image;
 }
 
@@ -65,8 +68,9 @@ inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose, 
     const auto bLong =
         std::search_n(format.begin(), format.end(), 4, '0', [](char c, char) { return c >= '0' && c <= '9'; }) != format.end();
     std::string wrong = game.audit(game.pairs[0]);
-    for (; nOperations > 0 && wrong.empty() && !bLong; --nOperations)
+    for (; nOperations > 0 && wrong.empty() && !bLong; --nOperations) {
         wrong = game.play(choose(std::size(histories::kKinds)), 0, choose, nullptr);
+    }
     return wrong + game.end();
 }
 
@@ -75,7 +79,9 @@ inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, i
     std::string wrong = nStatus != 0 ? histories::difference(*mgr, Record("nm%d")) : "";
     const std::string saved = imageOf(histories::recordOf(*mgr));
     const bool bState = nStatus == 0 && !image.starts_with("\xff\xff\xff\xff");
-    if (bState && !normalized(image, mgr->nBlocks).starts_with(saved)) wrong = "It holds something else. ";
+    if (bState && !normalized(image, mgr->nBlocks).starts_with(saved)) {
+        wrong = "It holds something else. ";
+    }
     const auto *pEnd = reinterpret_cast<const uint8_t *>(image.data()) + image.size();
     const bool bRest = bState && saved.size() < image.size();
     const auto choices = bRest ? histories::byteChoices(pEnd - image.size() + saved.size(), pEnd) : histories::randomChoices(1);

@@ -15,8 +15,9 @@ using loaded::Strings;
 
 NamesManager *managerOf(const Strings &names) {
     NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
-    for (const std::string &name : names)
+    for (const std::string &name : names) {
         EXPECT_EQ(0, NamesManager_AddName(mgr, mgr->nNames, 0, name.c_str()));
+    }
     return mgr;
 }
 

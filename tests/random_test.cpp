@@ -42,7 +42,9 @@ std::string play(History &history, std::ostream *pTold) {
         const auto [iKind, iManager, nChoices] = history.operations[nPlayed++];
         wrong = game.play(iKind, iManager, randomChoices(nChoices), pTold);
     }
-    if (!wrong.empty()) history.operations.resize(nPlayed);
+    if (!wrong.empty()) {
+        history.operations.resize(nPlayed);
+    }
     wrong += game.end();
     return steered::nLive() == nLive ? wrong : wrong + "Memory was lost. ";
 }
@@ -52,7 +54,9 @@ History shortened(History history) {
     for (ptrdiff_t i = std::ssize(history.operations) - 1; i >= 0; --i) {
         History shorter = history;
         shorter.operations.erase(shorter.operations.begin() + i);
-        if (!play(shorter, nullptr).empty()) history = shorter, i = std::min(i, std::ssize(history.operations));
+        if (!play(shorter, nullptr).empty()) {
+            history = shorter, i = std::min(i, std::ssize(history.operations));
+        }
     }
     return history;
 }
@@ -69,12 +73,16 @@ TEST(Random, EveryOperationLeavesTheRecordOfTheModel) {
         History history = {setting("NAMES_TEST_SEED", 1) + static_cast<uint32_t>(i / kProfiles), i % kProfiles, {}};
         std::mt19937 random(history.nSeed);
         std::vector<int32_t> chances;
-        for (const auto &kind : kKinds)
+        for (const auto &kind : kKinds) {
             chances.push_back(kind.chances[history.iProfile]);
+        }
         std::discrete_distribution<size_t> anyKind(chances.begin(), chances.end());
-        while (history.operations.size() < kSteps)
+        while (history.operations.size() < kSteps) {
             history.operations.push_back({anyKind(random), random() % 4 == 0, static_cast<uint32_t>(random())});
-        if (play(history, nullptr).empty()) continue;
+        }
+        if (play(history, nullptr).empty()) {
+            continue;
+        }
         std::ostringstream told;
         History shortest = shortened(history);
         const std::string wrong = play(shortest, &told);

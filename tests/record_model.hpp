@@ -30,8 +30,9 @@ using Texts = std::span<const std::string>;
 
 inline std::string joined(const Strings &texts, const std::string &end = "") {
     std::string all;
-    for (const std::string &text : texts)
+    for (const std::string &text : texts) {
         all.append(text).append(end);
+    }
     return all;
 }
 
@@ -118,7 +119,9 @@ struct Record {
     static std::optional<Range> boundsOf(Range range) {
         const int64_t first = int64_t{range.first} - (range.bOneBased != 0);
         const int64_t last = int64_t{range.last} - (range.bOneBased != 0);
-        if (first < 0 || first > last + 1 || last >= INT32_MAX) return std::nullopt;
+        if (first < 0 || first > last + 1 || last >= INT32_MAX) {
+            return std::nullopt;
+        }
         return Range{static_cast<int32_t>(first), static_cast<int32_t>(last), 0};
     }
 
@@ -134,18 +137,24 @@ struct Record {
     }
 
     NamePosition positionOf(int32_t iName) {
-        if (!bSegments) return positions.data()[iName];
+        if (!bSegments) {
+            return positions.data()[iName];
+        }
         const NameSegment &in = segment(segmentOf(iName));
         return {in.iBlock, offsetOf(in, iName)};
     }
 
     // Renumbers what is in blocks from iBlock on, where one comes (1) or has gone (-1).
     void renumberBlocks(int32_t iBlock, int32_t nBy) {
-        for (NameSegment &later : segments)
+        for (NameSegment &later : segments) {
             later.iBlock += later.iBlock >= iBlock ? nBy : 0;
-        for (NamePosition &later : positions)
+        }
+        for (NamePosition &later : positions) {
             later.iBlock += later.iBlock >= iBlock ? nBy : 0;
-        if (cursor.iName >= 0) cursor.iBlock += cursor.iBlock >= iBlock ? nBy : 0;
+        }
+        if (cursor.iName >= 0) {
+            cursor.iBlock += cursor.iBlock >= iBlock ? nBy : 0;
+        }
     }
 
     void insertEmptyBlock(int32_t iBlock, int32_t nSize) {
@@ -160,9 +169,13 @@ struct Record {
 
     int32_t chooseBlock(int32_t nNeed) {
         for (int32_t iBlock = nBlocks() - 1; iBlock >= 0; --iBlock) {
-            if (block(iBlock).nRoom() >= nNeed) return iBlock;
+            if (block(iBlock).nRoom() >= nNeed) {
+                return iBlock;
+            }
         }
-        if (nBlocks() == nBlocksAlloc) nBlocksAlloc += kTableStep;
+        if (nBlocks() == nBlocksAlloc) {
+            nBlocksAlloc += kTableStep;
+        }
         blocks.push_back({std::max(nNeed, kNewBlockBytes), 0, ""});
         return nBlocks() - 1;
     }
@@ -171,7 +184,9 @@ struct Record {
     void leaveBlock(int32_t iBlock, int32_t nOffset, int32_t nBytes, int32_t nCount) {
         Block &old = block(iBlock);
         old.nNames -= nCount;
-        if (old.nNames == 0 || nOffset + nBytes == old.nUsed()) old.text.resize(old.nNames == 0 ? 0 : static_cast<size_t>(nOffset));
+        if (old.nNames == 0 || nOffset + nBytes == old.nUsed()) {
+            old.text.resize(old.nNames == 0 ? 0 : static_cast<size_t>(nOffset));
+        }
     }
 
     void reserveTwoSegments() { nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? kTableStep : 0; }
@@ -186,17 +201,25 @@ struct Record {
 
     // Makes the names of a segment that lie in the bounds a segment of their own; returns its number.
     int32_t cutSegment(int32_t iSegment, Range bounds) {
-        if (segment(iSegment).iFirst < bounds.first) splitSegment(iSegment++, bounds.first);
-        if (segment(iSegment).iLast > bounds.last) splitSegment(iSegment, bounds.last + 1);
+        if (segment(iSegment).iFirst < bounds.first) {
+            splitSegment(iSegment++, bounds.first);
+        }
+        if (segment(iSegment).iLast > bounds.last) {
+            splitSegment(iSegment, bounds.last + 1);
+        }
         return iSegment;
     }
 
     // Joins a segment to the one before it where their texts touch and not too many names come together; 1 if so.
     int32_t mergeSegment(int32_t iSegment) {
-        if (iSegment < 1 || iSegment >= nSegments()) return 0;
+        if (iSegment < 1 || iSegment >= nSegments()) {
+            return 0;
+        }
         NameSegment &front = segment(iSegment - 1);
         const NameSegment back = segment(iSegment);
-        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset || countOf(front) + countOf(back) > kMaxMergedNames) return 0;
+        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset || countOf(front) + countOf(back) > kMaxMergedNames) {
+            return 0;
+        }
         front.nBytes += back.nBytes;
         front.iLast = back.iLast;
         segments.erase(segments.begin() + iSegment);
@@ -210,14 +233,18 @@ struct Record {
 
     // A name of nLength bytes goes; a maximum that no known name has is unknown.
     void lowerMaximum(int32_t nLength) {
-        if (nLength == nMaxNameLength && --nMaxNameLengthCount == 0) nMaxNameLength = -1;
+        if (nLength == nMaxNameLength && --nMaxNameLengthCount == 0) {
+            nMaxNameLength = -1;
+        }
     }
 
     void resetCursor() { cursor.iName = -1, cursor.nMisses = 0; }
 
     // What a retrieval leaves behind.
     void finishRead(Range bounds) {
-        if (!bSegments || bounds.first > bounds.last) return;
+        if (!bSegments || bounds.first > bounds.last) {
+            return;
+        }
         const bool bHit = bounds.first == 0 || bounds.first == cursor.iName;
         cursor.nMisses = bHit ? 0 : cursor.nMisses + 1;
         if (cursor.nMisses > kMaxFreeMisses) {
@@ -227,7 +254,9 @@ struct Record {
         const int32_t iSegment = segmentOf(bounds.last);
         const NameSegment &in = segment(iSegment);
         cursor.iName = -1;
-        if (bounds.last < in.iLast) cursor = {bounds.last + 1, iSegment, in.iBlock, offsetOf(in, bounds.last + 1), cursor.nMisses};
+        if (bounds.last < in.iLast) {
+            cursor = {bounds.last + 1, iSegment, in.iBlock, offsetOf(in, bounds.last + 1), cursor.nMisses};
+        }
     }
 
     // The bounds of a range to be read, its missing names generated; nothing where that is refused.
@@ -239,25 +268,33 @@ struct Record {
     // ---- Storing
 
     void appendNames(int32_t nCount, const std::string *pTexts) {
-        for (int32_t k = 0; k < nCount && nMaxNameLength != -1; ++k)
+        for (int32_t k = 0; k < nCount && nMaxNameLength != -1; ++k) {
             raiseMaximum(lengthOf(pTexts[k]));
+        }
         const int32_t nShort = nNames() + nCount - nPositionsAlloc;
-        if (!bSegments && nShort > 0) nPositionsAlloc += (nShort + kPositionsStep - 1) / kPositionsStep * kPositionsStep;
+        if (!bSegments && nShort > 0) {
+            nPositionsAlloc += (nShort + kPositionsStep - 1) / kPositionsStep * kPositionsStep;
+        }
         for (const std::string *pEnd = pTexts + nCount; pTexts != pEnd;) {
             int32_t nBatch = 1, nBytes = sizeOf(*pTexts);
             const int32_t iBlock = chooseBlock(nBytes), nOffset = block(iBlock).nUsed(), nRoom = block(iBlock).nRoom();
-            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < kMaxSegmentNames && nBytes + sizeOf(pTexts[nBatch]) <= nRoom)
+            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < kMaxSegmentNames && nBytes + sizeOf(pTexts[nBatch]) <= nRoom) {
                 nBytes += sizeOf(pTexts[nBatch++]);
+            }
             NameSegment *pLast = segments.empty() ? nullptr : &segments.back();
             if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset && countOf(*pLast) + nBatch <= kMaxSegmentNames) {
                 pLast->iLast += nBatch;
                 pLast->nBytes += nBytes;
             } else if (bSegments) {
-                if (nSegments() == nSegmentsAlloc) nSegmentsAlloc += kTableStep;
+                if (nSegments() == nSegmentsAlloc) {
+                    nSegmentsAlloc += kTableStep;
+                }
                 segments.push_back({nNames(), nNames() + nBatch - 1, iBlock, nOffset, nBytes});
             }
             for (block(iBlock).nNames += nBatch; nBatch > 0; --nBatch, ++pTexts) {
-                if (!bSegments) positions.push_back({iBlock, block(iBlock).nUsed()});
+                if (!bSegments) {
+                    positions.push_back({iBlock, block(iBlock).nUsed()});
+                }
                 writeName(iBlock, block(iBlock).nUsed(), *pTexts);
                 names.push_back(*pTexts);
                 indexName(nNames() - 1);
@@ -269,7 +306,9 @@ struct Record {
     void replaceAtPosition(int32_t iName, const std::string &text, int32_t &iCurrent) {
         NamePosition &position = positions.data()[iName];
         if (sizeOf(text) > sizeOf(name(iName))) {
-            if (block(iCurrent).nRoom() < sizeOf(text)) iCurrent = chooseBlock(sizeOf(text));
+            if (block(iCurrent).nRoom() < sizeOf(text)) {
+                iCurrent = chooseBlock(sizeOf(text));
+            }
             if (iCurrent != position.iBlock) {
                 leaveBlock(position.iBlock, position.nOffset, sizeOf(name(iName)), 1);
                 ++block(iCurrent).nNames;
@@ -284,7 +323,9 @@ struct Record {
     // Replaces the names within the bounds that lie in the first one's segment; returns how many.
     int32_t replaceRun(Range bounds, const std::string *pTexts) {
         int32_t iSegment = segmentOf(bounds.first);
-        if (segment(iSegment).iFirst < bounds.first || segment(iSegment).iLast > bounds.last) reserveTwoSegments();
+        if (segment(iSegment).iFirst < bounds.first || segment(iSegment).iLast > bounds.last) {
+            reserveTwoSegments();
+        }
         iSegment = cutSegment(iSegment, bounds);
         NameSegment &run = segment(iSegment);
         const int32_t nRun = countOf(run), iLast = run.iLast, nNew = sizeOf(Texts(pTexts, pTexts + nRun));
@@ -305,7 +346,9 @@ struct Record {
             indexName(i);
         }
         iSegment -= mergeSegment(iSegment);
-        if (iLast == bounds.last) mergeSegment(iSegment + 1);
+        if (iLast == bounds.last) {
+            mergeSegment(iSegment + 1);
+        }
         switchWhereSegmentsDoNotPay();
         return nRun;
     }
@@ -313,25 +356,34 @@ struct Record {
     void replaceNames(Range bounds, const std::string *pTexts) {
         for (int32_t i = bounds.first; i <= bounds.last && nMaxNameLength != -1; ++i) {
             const int32_t nOld = lengthOf(name(i)), nNew = lengthOf(pTexts[i - bounds.first]);
-            if (nNew > nOld && nNew > nMaxNameLength) raiseMaximum(nNew);
-            if (nNew < nOld) lowerMaximum(nOld);
+            if (nNew > nOld && nNew > nMaxNameLength) {
+                raiseMaximum(nNew);
+            }
+            if (nNew < nOld) {
+                lowerMaximum(nOld);
+            }
         }
-        for (int32_t i = bounds.first; i <= bounds.last && !entries.empty(); ++i)
+        for (int32_t i = bounds.first; i <= bounds.last && !entries.empty(); ++i) {
             entries.erase(name(i));
+        }
         for (int32_t iCurrent = nBlocks() - 1, i = bounds.first; i <= bounds.last;) {
             if (!bSegments) {
                 replaceAtPosition(i, pTexts[i - bounds.first], iCurrent);
                 ++i;
             } else {
                 i += replaceRun({i, bounds.last, 0}, pTexts + (i - bounds.first));
-                if (!bSegments) iCurrent = 0;
+                if (!bSegments) {
+                    iCurrent = 0;
+                }
             }
         }
     }
 
     int32_t storeNames(Range range, const std::string *pTexts) {
         const auto bounds = boundsOf(range);
-        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) return 1;
+        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) {
+            return 1;
+        }
         const int32_t nOld = nNames();
         if (bounds->first < nOld && nOld <= bounds->last) {
             storeNames({bounds->first, nOld - 1, 0}, pTexts);
@@ -346,23 +398,35 @@ struct Record {
         Strings stored;
         for (int32_t k = 0; k <= range.last - range.first; ++k) {
             stored.push_back(trimmed(pTexts[k]));
-            if (lengthOf(stored.back()) > kMaxNameBytes) return 2;
+            if (lengthOf(stored.back()) > kMaxNameBytes) {
+                return 2;
+            }
         }
         return storeNames(range, stored.data());
     }
 
     int32_t addNames(Range range, const std::string *pTexts) {
-        if (range.last < range.first) return releaseEmptyBlocks();
-        if (!boundsOf(range)) return 1;
+        if (range.last < range.first) {
+            return releaseEmptyBlocks();
+        }
+        if (!boundsOf(range)) {
+            return 1;
+        }
         const int32_t nStatus = storeTrimmed(range, pTexts);
         const bool bRelease = range.first == range.last ? nStatus == 0 && range.last % kReleaseInterval == 0 : nStatus != 2;
-        if (bRelease) releaseEmptyBlocks();
+        if (bRelease) {
+            releaseEmptyBlocks();
+        }
         return nStatus;
     }
 
     int32_t addNamesFromBuffer(Range range, const std::string *pTexts) {
-        if (!boundsOf(range)) return 1;
-        if (range.first == range.last) return addNames(range, pTexts);
+        if (!boundsOf(range)) {
+            return 1;
+        }
+        if (range.first == range.last) {
+            return addNames(range, pTexts);
+        }
         int32_t nStatus = 0, first = range.first;
         do {
             const int32_t last = std::min(first + kMaxBatchNames - 1, range.last);
@@ -379,15 +443,21 @@ struct Record {
 
     int32_t copyName(Range to, Record &source, Range from, const std::string &prefix) {
         Strings texts;
-        if (source.getNamePointers(from, &texts) != 0) return 1;
+        if (source.getNamePointers(from, &texts) != 0) {
+            return 1;
+        }
         return addNames(to, &(texts[0] = prefix + texts[0]));
     }
 
     // The name with the number that follows; nothing where there is none or it is too long.
     std::optional<std::string> candidateAfter(int64_t nNumber) const {
-        if (nNumber == 0 && szFirstGeneratedName[0] != '\0') return trimmed(szFirstGeneratedName.c_str());
+        if (nNumber == 0 && szFirstGeneratedName[0] != '\0') {
+            return trimmed(szFirstGeneratedName.c_str());
+        }
         char szText[2100];
-        if (nNumber == INT32_MAX) return std::nullopt;
+        if (nNumber == INT32_MAX) {
+            return std::nullopt;
+        }
         std::snprintf(szText, sizeof szText, szNameFormat.c_str(), static_cast<int32_t>(nNumber + 1));
         std::optional<std::string> made = trimmed(szText);
         return lengthOf(*made) > kMaxNameBytes ? std::nullopt : made;
@@ -397,11 +467,16 @@ struct Record {
         int64_t nNumber = std::max(nGeneratedNameBase, nNames());
         for (int32_t iName = nNames(); iName <= iLast; ++iName) {
             auto candidate = candidateAfter(nNumber++);
-            while (candidate && findText(*candidate) != -1)
+            while (candidate && findText(*candidate) != -1) {
                 candidate = candidateAfter(nNumber++);
-            if (!candidate) return ++g_nErrors, 1;
+            }
+            if (!candidate) {
+                return ++g_nErrors, 1;
+            }
             addNames({iName, iName, 0}, &*candidate);
-            if (iName == iLast) nGeneratedNameBase = static_cast<int32_t>(nNumber - 1);
+            if (iName == iLast) {
+                nGeneratedNameBase = static_cast<int32_t>(nNumber - 1);
+            }
         }
         return 0;
     }
@@ -416,8 +491,9 @@ struct Record {
     std::vector<int32_t> getNameLengths(Range range) {
         const auto bounds = boundsOf(range);
         std::vector<int32_t> lengths;
-        if (bounds && bounds->last < nNames())
+        if (bounds && bounds->last < nNames()) {
             std::transform(at(bounds->first), at(bounds->last + 1), std::back_inserter(lengths), lengthOf);
+        }
         return lengths;
     }
 
@@ -434,30 +510,42 @@ struct Record {
     static std::string fieldOf(const std::string &text, Field field) {
         const auto nCharacters = static_cast<size_t>(field.nWidth - 1);
         std::string made = field.bTruncate != 0 ? text.substr(0, nCharacters) : text;
-        if (field.bPad != 0) made.resize(std::max(made.size(), nCharacters), ' ');
+        if (field.bPad != 0) {
+            made.resize(std::max(made.size(), nCharacters), ' ');
+        }
         return made;
     }
 
     // What is written into a buffer of nBufferSize bytes comes back in bytes.
     int32_t getNames(Range range, Field field, uint64_t nBufferSize, uint64_t &nRequired, std::string &bytes) {
-        if ((field.bPad != 0 || field.bTruncate != 0) && field.nWidth < 1) return 1;
+        if ((field.bPad != 0 || field.bTruncate != 0) && field.nWidth < 1) {
+            return 1;
+        }
         const auto bounds = reach(range);
-        if (!bounds) return 1;
+        if (!bounds) {
+            return 1;
+        }
         std::string fields;
-        for (int32_t i = bounds->first; i <= bounds->last; ++i)
+        for (int32_t i = bounds->first; i <= bounds->last; ++i) {
             fields += fieldOf(name(i), field) + '\0';
+        }
         nRequired = fields.size();
-        if (nBufferSize < nRequired) return nBufferSize == 0 ? 0 : 3;
+        if (nBufferSize < nRequired) {
+            return nBufferSize == 0 ? 0 : 3;
+        }
         bytes = fields;
         finishRead(*bounds);
         return 0;
     }
 
     int32_t getMaxNameLength() {
-        if (nMaxNameLength != -1) return nMaxNameLength;
+        if (nMaxNameLength != -1) {
+            return nMaxNameLength;
+        }
         nMaxNameLength = nMaxNameLengthCount = 0;
-        for (const std::string &text : names)
+        for (const std::string &text : names) {
             raiseMaximum(lengthOf(text));
+        }
         return nMaxNameLength;
     }
 
@@ -473,10 +561,14 @@ struct Record {
     // What is appended, to where there is room for nRoom bytes, comes back in text.
     int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, uint64_t nRoom, std::string &text) {
         Strings texts;
-        if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) || getNamePointers(range, &texts) != 0) return 1;
+        if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) || getNamePointers(range, &texts) != 0) {
+            return 1;
+        }
         const std::string made = fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
         const uint64_t nBlanks = bTrailingBlanks ? static_cast<uint64_t>(field.nWidth) - 1 : 0;
-        if (made.size() > nRoom) return 1;
+        if (made.size() > nRoom) {
+            return 1;
+        }
         const bool bAll = nBlanks <= nRoom - made.size();
         text = made + std::string(bAll ? nBlanks : 0, ' ');
         return bAll ? 0 : 1;
@@ -485,21 +577,32 @@ struct Record {
     // given: each text as far as its length reaches; nothing for a NULL pointer.
     int32_t checkDuplicateNames(Range range, std::vector<std::optional<std::string>> given, Clash &clash) {
         const auto bounds = boundsOf(range);
-        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) return 1;
+        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) {
+            return 1;
+        }
         for (auto &text : given) {
-            while (text && !text->empty() && std::isspace(static_cast<unsigned char>(text->back())) != 0)
+            while (text && !text->empty() && std::isspace(static_cast<unsigned char>(text->back())) != 0) {
                 text->pop_back();
+            }
         }
         const auto report = [&](size_t k, int32_t iHeld) { clash = {1, iHeld, range.first + toInt(k), *given[k]}; };
-        if (!given.empty() && !steered::hasMaps()) return 1;
+        if (!given.empty() && !steered::hasMaps()) {
+            return 1;
+        }
         for (size_t k = 0; k < given.size(); ++k) {
             const auto iSame = std::find(given.begin(), given.end(), given[k]) - given.begin();
-            if (given[k] && iSame < toInt(k)) return report(k, range.first + static_cast<int32_t>(iSame)), 0;
+            if (given[k] && iSame < toInt(k)) {
+                return report(k, range.first + static_cast<int32_t>(iSame)), 0;
+            }
         }
-        if (bounds->first == 0 && bounds->last >= nNames() - 1) return 0;
+        if (bounds->first == 0 && bounds->last >= nNames() - 1) {
+            return 0;
+        }
         for (size_t k = 0; k < given.size(); ++k) {
             const int32_t iHeld = given[k] ? findText(*given[k]) : -1;
-            if (iHeld != -1 && (iHeld < bounds->first || iHeld > bounds->last)) return report(k, iHeld + (range.bOneBased != 0)), 0;
+            if (iHeld != -1 && (iHeld < bounds->first || iHeld > bounds->last)) {
+                return report(k, iHeld + (range.bOneBased != 0)), 0;
+            }
         }
         return 0;
     }
@@ -509,7 +612,9 @@ struct Record {
     int64_t nEntries() const { return !bLookupIndex ? -1 : steered::kHoldsEqualKeys ? nNames() : std::ssize(entries); }
 
     void indexName(int32_t iName) {
-        if (bLookupIndex && !steered::kHoldsEqualKeys) entries.emplace(name(iName), iName);
+        if (bLookupIndex && !steered::kHoldsEqualKeys) {
+            entries.emplace(name(iName), iName);
+        }
     }
 
     void dropIndex() {
@@ -518,19 +623,26 @@ struct Record {
     }
 
     void buildIndex() {
-        if (nEntries() == nNames()) return;
+        if (nEntries() == nNames()) {
+            return;
+        }
         dropIndex();
         bLookupIndex = nNames() > 0 && steered::hasMaps();
-        for (int32_t i = 0; i < nNames(); ++i)
+        for (int32_t i = 0; i < nNames(); ++i) {
             indexName(i);
+        }
     }
 
     // The lowest index of a name, or -1. Without a map one name after the other is read.
     int32_t findText(const std::string &sought) {
         buildIndex();
         for (int32_t i = 0; i < nNames(); ++i) {
-            if (!bLookupIndex) finishRead({i, i, 0});
-            if (name(i) == sought) return i;
+            if (!bLookupIndex) {
+                finishRead({i, i, 0});
+            }
+            if (name(i) == sought) {
+                return i;
+            }
         }
         return -1;
     }
@@ -566,12 +678,17 @@ struct Record {
 
     int32_t removeNames(Range range) {
         auto bounds = boundsOf({range.first, std::min(range.last, INT32_MAX - 1), range.bOneBased});
-        if (!bounds) return 1;
+        if (!bounds) {
+            return 1;
+        }
         bounds->last = std::min(bounds->last, nNames() - 1);
-        if (bounds->first > bounds->last) return 0;
+        if (bounds->first > bounds->last) {
+            return 0;
+        }
         dropIndex();
-        for (int32_t i = bounds->first; i <= bounds->last && nMaxNameLength != -1; ++i)
+        for (int32_t i = bounds->first; i <= bounds->last && nMaxNameLength != -1; ++i) {
             lowerMaximum(lengthOf(name(i)));
+        }
         bSegments ? removeSegments(*bounds) : removePositions(*bounds);
         names.erase(names.begin() + bounds->first, names.begin() + bounds->last + 1);
         resetCursor();
@@ -584,8 +701,9 @@ struct Record {
         indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
         std::erase_if(indices, [](int32_t i) { return i < 0; });
         for (int32_t last = 0, first = 0; !indices.empty(); removeNames({first, last, 0})) {
-            for (first = last = indices.back(); !indices.empty() && indices.back() >= first - 1; indices.pop_back())
+            for (first = last = indices.back(); !indices.empty() && indices.back() >= first - 1; indices.pop_back()) {
                 first = indices.back();
+            }
         }
         return 0;
     }
@@ -598,7 +716,9 @@ struct Record {
         fresh.szFirstGeneratedName = szFirstGeneratedName;
         fresh.blocks[0].nSize = blocks[0].nSize;
         fresh.nBlocksAlloc = nBlocksAlloc;
-        if (bSegments) fresh.nSegmentsAlloc = nSegmentsAlloc;
+        if (bSegments) {
+            fresh.nSegmentsAlloc = nSegmentsAlloc;
+        }
         fresh.cursor = {-1, cursor.iSegment, cursor.iBlock, cursor.nOffset, 0};
         *this = fresh;
         return 0;
@@ -615,14 +735,19 @@ struct Record {
     }
 
     void switchWhereSegmentsDoNotPay() {
-        if (nSegments() > nNames() / 2) storeIndividualNamePositions();
+        if (nSegments() > nNames() / 2) {
+            storeIndividualNamePositions();
+        }
     }
 
     int32_t storeIndividualNamePositions() {
-        if (!bSegments) return 1;
+        if (!bSegments) {
+            return 1;
+        }
         for (const NameSegment &from : segments) {
-            for (int32_t i = from.iFirst; i <= from.iLast; ++i)
+            for (int32_t i = from.iFirst; i <= from.iLast; ++i) {
                 positions.push_back({from.iBlock, offsetOf(from, i)});
+            }
         }
         nPositionsAlloc = nNames();
         bSegments = false;
@@ -634,7 +759,9 @@ struct Record {
 
     int32_t releaseEmptyBlocks() {
         for (int32_t i = 0; i < nBlocks() && nBlocks() > 1; ++i) {
-            if (block(i).nUsed() != 0) continue;
+            if (block(i).nUsed() != 0) {
+                continue;
+            }
             blocks.erase(blocks.begin() + i);
             renumberBlocks(i--, -1);
         }
@@ -644,15 +771,22 @@ struct Record {
     // The image, one string for each write to the stream.
     Strings save() const {
         Strings writes;
-        for (const int32_t n : {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc})
+        for (const int32_t n : {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc}) {
             writes.push_back(bytesOf({n}));
+        }
         writes.insert(writes.end(), {szNameFormat, bytesOf({nGeneratedNameBase}), szFirstGeneratedName, ""});
-        for (const Block &saved : blocks)
+        for (const Block &saved : blocks) {
             writes.back() += bytesOf({0, 0, saved.nSize, saved.nUsed(), saved.nNames, 0});
-        if (!segments.empty()) writes.push_back(bytesOf(segments.data(), segments.size() * sizeof(NameSegment)));
-        if (!positions.empty()) writes.push_back(bytesOf(positions.data(), positions.size() * sizeof(NamePosition)));
-        for (const Block &saved : blocks)
+        }
+        if (!segments.empty()) {
+            writes.push_back(bytesOf(segments.data(), segments.size() * sizeof(NameSegment)));
+        }
+        if (!positions.empty()) {
+            writes.push_back(bytesOf(positions.data(), positions.size() * sizeof(NamePosition)));
+        }
+        for (const Block &saved : blocks) {
             writes.push_back(saved.text);
+        }
         writes.push_back(bytesOf(&cursor, sizeof cursor));
         return writes;
     }
@@ -667,7 +801,9 @@ struct Record {
 
     // How many reports the audit owes: one for each name under whose text the index has another or none, one for a wrong count.
     int32_t owedReports() const {
-        if (!bLookupIndex) return 0;
+        if (!bLookupIndex) {
+            return 0;
+        }
         if (steered::kHoldsEqualKeys) {
             std::vector<std::string_view> texts(names.begin(), names.end());
             std::sort(texts.begin(), texts.end());

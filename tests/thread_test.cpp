@@ -67,8 +67,9 @@ TEST(Threads, DoEverythingToOneManagerAndToPairs) {
     std::vector<Strings> owned(kThreads);
     for (int32_t i = 0; i < kOwned; ++i) {
         owned[static_cast<size_t>(i % kThreads)].push_back("s" + std::to_string(i));
-        for (NamesManager *mgr : {managers[0], managers[3], managers[4]})
+        for (NamesManager *mgr : {managers[0], managers[3], managers[4]}) {
             EXPECT_EQ(0, NamesManager_AddName(mgr, i, 0, ("s" + std::to_string(i)).c_str()));
+        }
     }
     std::vector<std::thread> threads;
     for (int32_t t = 0; t < kThreads; ++t) {
@@ -81,10 +82,12 @@ TEST(Threads, DoEverythingToOneManagerAndToPairs) {
             }
         });
     }
-    for (std::thread &thread : threads)
+    for (std::thread &thread : threads) {
         thread.join();
-    for (int32_t i = 0; i < kOwned; ++i)
+    }
+    for (int32_t i = 0; i < kOwned; ++i) {
         EXPECT_EQ(owned[static_cast<size_t>(i % kThreads)][static_cast<size_t>(i / kThreads)], readName(managers[0], i));
+    }
     for (NamesManager *mgr : managers) {
         EXPECT_EQ(0, NamesManager_RemoveNames(mgr, kOwned, INT32_MAX, 0));  // among them equal ones, which an audited index must not hold
         EXPECT_EQ("", loaded::faultIn(mgr, histories::randomChoices(1), 30));

@@ -55,9 +55,14 @@ std::vector<Repetition> findRepetitions(NamesManager *mgr) {
     std::vector<Repetition> repetitions;
     visitNames(mgr, [&](int32_t first, int32_t count, const char *const *names) {
         std::vector<int32_t> indices(static_cast<size_t>(count));
-        if (NamesManager_FindNames(mgr, names, count, kTextUnchanged, 0, indices.data()) != 0) throw std::bad_alloc();
-        for (int32_t i = 0; i < count; ++i)
-            if (const int32_t index = indices[static_cast<size_t>(i)]; index != first + i) repetitions.emplace_back(index, first + i);
+        if (NamesManager_FindNames(mgr, names, count, kTextUnchanged, 0, indices.data()) != 0) {
+            throw std::bad_alloc();
+        }
+        for (int32_t i = 0; i < count; ++i) {
+            if (const int32_t index = indices[static_cast<size_t>(i)]; index != first + i) {
+                repetitions.emplace_back(index, first + i);
+            }
+        }
         return true;
     });
     std::sort(repetitions.begin(), repetitions.end());
@@ -71,16 +76,23 @@ std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vecto
         const int32_t original = repetitions[i].first;
         const size_t begin = i;
         std::string indices = std::to_string(original);
-        for (; i < repetitions.size() && repetitions[i].first == original; ++i)
-            if (i - begin < kMaxIndicesListed) indices += ", " + std::to_string(repetitions[i].second);
-        if (i - begin > kMaxIndicesListed) indices += " and " + std::to_string(i - begin - kMaxIndicesListed) + " more";
-        if (findings.size() < kMaxNamesListed)
+        for (; i < repetitions.size() && repetitions[i].first == original; ++i) {
+            if (i - begin < kMaxIndicesListed) {
+                indices += ", " + std::to_string(repetitions[i].second);
+            }
+        }
+        if (i - begin > kMaxIndicesListed) {
+            indices += " and " + std::to_string(i - begin - kMaxIndicesListed) + " more";
+        }
+        if (findings.size() < kMaxNamesListed) {
             findings.push_back(quoted(NamesManager_GetName(mgr, original, 0)) + " is repeated: names " + indices);
-        else
+        } else {
             ++nUnlisted;
+        }
     }
-    if (nUnlisted > 0)
+    if (nUnlisted > 0) {
         findings.push_back(counted(static_cast<int64_t>(nUnlisted), "more text") + (nUnlisted == 1 ? " is" : " are") + " repeated");
+    }
     return findings;
 }
 
@@ -88,11 +100,17 @@ std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vecto
 std::vector<std::string> findProblems(NamesManager *mgr, const std::string &image) {
     const Progress progress("checking");
     const std::string problem = loadProblem(mgr, image);
-    if (!problem.empty()) return {problem};
+    if (!problem.empty()) {
+        return {problem};
+    }
     std::vector<std::string> findings = auditFindings(mgr);
-    if (!findings.empty()) return findings;
+    if (!findings.empty()) {
+        return findings;
+    }
     NamesManager_FindNames(mgr, nullptr, 0, 0, 0, nullptr);
-    if (mgr->nNames > 0 && !mgr->pLookupIndex) throw std::bad_alloc();
+    if (mgr->nNames > 0 && !mgr->pLookupIndex) {
+        throw std::bad_alloc();
+    }
     return describeRepetitions(mgr, findRepetitions(mgr));
 }
 
@@ -101,9 +119,12 @@ std::vector<std::string> findProblems(NamesManager *mgr, const std::string &imag
 int runCheck(const std::string &image) {
     const ManagerHandle mgr = makeManager();
     const std::vector<std::string> problems = findProblems(mgr.get(), image);
-    for (const std::string &problem : problems)
+    for (const std::string &problem : problems) {
         std::fprintf(stderr, "names_tool: %s: %s\n", inputName(image).c_str(), problem.c_str());
-    if (!problems.empty()) return 1;
+    }
+    if (!problems.empty()) {
+        return 1;
+    }
     Output().write(inputName(image) + ": sound, " + counted(mgr->nNames, "name") + ", none repeated\n");
     return 0;
 }
@@ -115,8 +136,9 @@ int runSelfCheck() {
     Output output;
     output.flush();
     const std::vector<std::string> texts = assertions.texts();
-    for (const std::string &text : texts)
+    for (const std::string &text : texts) {
         std::fprintf(stderr, "names_tool: %s\n", text.c_str());
+    }
     const bool bPassed = nFailed == 0 && texts.empty();
     output.write(bPassed ? "self-check: passed\n" : "self-check: FAILED\n");
     return bPassed ? 0 : 1;

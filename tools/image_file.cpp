@@ -59,7 +59,9 @@ using Bytes = std::unique_ptr<HostOutputStream, StreamCloser>;  // a stream in m
 // All 0 where the bytes are too few.
 Counts countsIn(const void *pBytes, uint64_t nBytes) {
     Counts counts;
-    if (nBytes >= sizeof counts) std::memcpy(&counts, pBytes, sizeof counts);
+    if (nBytes >= sizeof counts) {
+        std::memcpy(&counts, pBytes, sizeof counts);
+    }
     return counts;
 }
 
@@ -79,14 +81,20 @@ Counts countsOf(const std::string &image) {
 Bytes gather(const std::string &image) {
     Input input(image);
     Bytes bytes(HostOutputStream_CreateInMemory());
-    if (!bytes) throw std::bad_alloc();
+    if (!bytes) {
+        throw std::bad_alloc();
+    }
     std::vector<char> chunk(kChunk);
     size_t nGathered = 0;
     while (const size_t nRead = input.read(chunk.data(), chunk.size())) {
-        if (HostStream_Write(bytes.get(), chunk.data(), nRead) != 0) throw std::bad_alloc();
+        if (HostStream_Write(bytes.get(), chunk.data(), nRead) != 0) {
+            throw std::bad_alloc();
+        }
         nGathered += nRead;
         const Counts counts = countsOf(bytes.get());
-        if (nGathered >= sizeof counts && !arePlausible(counts) && !arePlausible(swapped(counts))) break;
+        if (nGathered >= sizeof counts && !arePlausible(counts) && !arePlausible(swapped(counts))) {
+            break;
+        }
     }
     return bytes;
 }
@@ -95,7 +103,9 @@ InputStream openStream(const std::string &image, const HostOutputStream *pGather
     uint64_t nBytes = 0;
     const void *pMemory = pGathered ? HostOutputStream_GetMemory(pGathered, &nBytes) : nullptr;
     InputStream stream(pGathered ? HostInputStream_CreateInMemory(pMemory, nBytes) : HostInputStream_CreateForFile(image.c_str()));
-    if (!stream) fail(inputName(image), "cannot open: " + systemError());
+    if (!stream) {
+        fail(inputName(image), "cannot open: " + systemError());
+    }
     return stream;
 }
 
@@ -124,11 +134,21 @@ std::string loadProblem(NamesManager *mgr, const std::string &image) {
     const int32_t nCode = NamesManager_Load(mgr, nullptr, stream.get());
     const int nError = errno;
     char cBeyond = 0;
-    if (nCode == 0) return HostStream_Read(stream.get(), &cBeyond, 1) == 0 ? "not an image of names alone: more bytes follow" : "";
-    if (nCode == HostStreamError_IO) fail(inputName(image), "cannot read: " + systemError());
-    if (areOfOtherOrder(bDirect ? countsOf(image) : countsOf(gathered.get()))) return "an image from a machine of the other byte order";
-    if (nCode == HostStreamError_End) return "not an image of names: it ends too early";
-    if (nError == ENOMEM) fail(inputName(image), "out of memory: it asks for more than there is");
+    if (nCode == 0) {
+        return HostStream_Read(stream.get(), &cBeyond, 1) == 0 ? "not an image of names alone: more bytes follow" : "";
+    }
+    if (nCode == HostStreamError_IO) {
+        fail(inputName(image), "cannot read: " + systemError());
+    }
+    if (areOfOtherOrder(bDirect ? countsOf(image) : countsOf(gathered.get()))) {
+        return "an image from a machine of the other byte order";
+    }
+    if (nCode == HostStreamError_End) {
+        return "not an image of names: it ends too early";
+    }
+    if (nError == ENOMEM) {
+        fail(inputName(image), "out of memory: it asks for more than there is");
+    }
     return "not a sound image of names";
 }
 
@@ -136,13 +156,17 @@ ManagerHandle loadImage(const std::string &image) {
     const Progress progress("loading");
     ManagerHandle mgr = makeManager();
     const std::string problem = loadProblem(mgr.get(), image);
-    if (!problem.empty()) fail(inputName(image), problem);
+    if (!problem.empty()) {
+        fail(inputName(image), problem);
+    }
     return mgr;
 }
 
 void saveImage(NamesManager *mgr, Output &output) {
     FileStream stream = {{&kFileOps}, &output};
-    if (NamesManager_Save(mgr, nullptr, &stream.stream) != 0) fail(output.name(), "cannot write: " + systemError());
+    if (NamesManager_Save(mgr, nullptr, &stream.stream) != 0) {
+        fail(output.name(), "cannot write: " + systemError());
+    }
     output.finish();
 }
 

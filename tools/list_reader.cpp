@@ -17,8 +17,9 @@ constexpr size_t kMaxNameLength = 1048575;
 constexpr size_t kMaxRest = kMaxNameLength + 3;
 
 size_t lengthWithoutBlanks(const char *begin, const char *end) {
-    while (end > begin && end[-1] == ' ')
+    while (end > begin && end[-1] == ' ') {
         --end;
+    }
     return static_cast<size_t>(end - begin);
 }
 
@@ -53,7 +54,9 @@ void ListReader::keepRest() {
     if (nRest > kMaxNameLength + 2) {
         const bool bReturn = endsInReturn(mBuffer.data(), mBuffer.data() + nRest);
         nRest = kMaxNameLength + 1;
-        if (bReturn) mBuffer[nRest++] = '\r';
+        if (bReturn) {
+            mBuffer[nRest++] = '\r';
+        }
     }
     mRest = 0;
     mFilled = nRest;
@@ -91,7 +94,9 @@ void ListReader::split() {
     char *pName = mBuffer.data();
     for (char *pSearch = pName + mSearched; pSearch < pEnd;) {
         auto *pNameEnd = static_cast<char *>(std::memchr(pSearch, mNull ? '\0' : '\n', static_cast<size_t>(pEnd - pSearch)));
-        if (!pNameEnd) break;
+        if (!pNameEnd) {
+            break;
+        }
         addName(pName, endsInReturn(pName, pNameEnd) ? pNameEnd - 1 : pNameEnd);
         pName = pSearch = pNameEnd + 1;
     }
@@ -99,15 +104,25 @@ void ListReader::split() {
         addName(pName, pEnd);
         pName = pEnd;
     }
-    if (std::memchr(pName, '\0', static_cast<size_t>(pEnd - pName))) failAtNext("a NUL inside the line");
-    if (lengthWithoutBlanks(pName, endsInReturn(pName, pEnd) ? pEnd - 1 : pEnd) > kMaxNameLength) failAtNext("longer than 1048575 bytes");
+    if (std::memchr(pName, '\0', static_cast<size_t>(pEnd - pName))) {
+        failAtNext("a NUL inside the line");
+    }
+    if (lengthWithoutBlanks(pName, endsInReturn(pName, pEnd) ? pEnd - 1 : pEnd) > kMaxNameLength) {
+        failAtNext("longer than 1048575 bytes");
+    }
     mRest = static_cast<size_t>(pName - mBuffer.data());
 }
 
 void ListReader::addName(char *begin, char *end) {
-    if (mNamesRead == std::numeric_limits<int32_t>::max()) failAtNext("more than 2147483647 names");
-    if (std::memchr(begin, '\0', static_cast<size_t>(end - begin))) failAtNext("a NUL inside the line");
-    if (lengthWithoutBlanks(begin, end) > kMaxNameLength) failAtNext("longer than 1048575 bytes");
+    if (mNamesRead == std::numeric_limits<int32_t>::max()) {
+        failAtNext("more than 2147483647 names");
+    }
+    if (std::memchr(begin, '\0', static_cast<size_t>(end - begin))) {
+        failAtNext("a NUL inside the line");
+    }
+    if (lengthWithoutBlanks(begin, end) > kMaxNameLength) {
+        failAtNext("longer than 1048575 bytes");
+    }
     *end = '\0';
     mNames.push_back(begin);
     ++mNamesRead;

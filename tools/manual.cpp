@@ -24,12 +24,18 @@ using Items = std::vector<Item>;
 
 void addOptions(Items &items, const CLI::App &app, bool bWithHelp) {
     for (const CLI::Option *pOption : app.get_options([](const CLI::Option *p) { return !p->get_group().empty(); })) {
-        if (pOption == app.get_help_ptr() && !bWithHelp) continue;
+        if (pOption == app.get_help_ptr() && !bWithHelp) {
+            continue;
+        }
         const bool bOperand = pOption->get_positional();
         std::string name = pOption->get_name(bOperand, !bOperand);
-        if (const size_t iComma = name.find(','); iComma != std::string::npos) name.insert(iComma + 1, " ");
+        if (const size_t iComma = name.find(','); iComma != std::string::npos) {
+            name.insert(iComma + 1, " ");
+        }
         const std::string &argument = pOption->get_option_text();
-        if (!bOperand && argument.find_first_not_of(' ') != std::string::npos) name.append(" ").append(argument);
+        if (!bOperand && argument.find_first_not_of(' ') != std::string::npos) {
+            name.append(" ").append(argument);
+        }
         items.push_back({Kind::option, pOption->get_description() + ".", name});
     }
 }
@@ -37,8 +43,9 @@ void addOptions(Items &items, const CLI::App &app, bool bWithHelp) {
 std::vector<std::string> linesOf(const std::string &text) {
     std::istringstream stream(text);
     std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);)
+    for (std::string line; std::getline(stream, line);) {
         lines.push_back(line);
+    }
     return lines;
 }
 
@@ -50,12 +57,13 @@ void addFooter(Items &items, const CLI::App &app, Kind heading) {
         const bool bText = !line.empty() && line.back() != ':';
         const bool bExample = bText && line.front() == ' ';
         const Kind kind = bExample ? Kind::example : Kind::paragraph;
-        if (bText && bGoesOn && items.back().kind == kind)
+        if (bText && bGoesOn && items.back().kind == kind) {
             items.back().text += (bExample ? "\n" : " ") + line.substr(bExample ? kIndent : 0);
-        else if (bText)
+        } else if (bText) {
             items.push_back({kind, line.substr(bExample ? kIndent : 0)});
-        else if (!line.empty())
+        } else if (!line.empty()) {
             items.push_back({heading, line.substr(0, line.size() - 1)});
+        }
         bGoesOn = bText;
     }
 }
@@ -70,8 +78,9 @@ std::string synopsis(const CLI::App &app, const std::string &name) {
 Items makeManual(const CLI::App &app) {
     const auto commands = app.get_subcommands([](const CLI::App *) { return true; });
     std::string usage;
-    for (const CLI::App *pCommand : commands)
+    for (const CLI::App *pCommand : commands) {
         usage += (usage.empty() ? "" : "\n") + synopsis(*pCommand, app.get_name() + " " + pCommand->get_name());
+    }
     Items items = {{Kind::section, "Synopsis"},
                    {Kind::example, usage},
                    {Kind::section, "Description"},
@@ -93,7 +102,9 @@ std::vector<std::string> wrapped(const std::string &text, size_t nWidth) {
     std::istringstream words(text);
     std::vector<std::string> lines(1);
     for (std::string word; words >> word;) {
-        if (!lines.back().empty() && lines.back().size() + 1 + word.size() > nWidth) lines.emplace_back();
+        if (!lines.back().empty() && lines.back().size() + 1 + word.size() > nWidth) {
+            lines.emplace_back();
+        }
         lines.back() += (lines.back().empty() ? "" : " ") + word;
     }
     return lines;
@@ -105,12 +116,13 @@ std::vector<std::string> wrapped(const std::string &text, size_t nWidth) {
 std::string roff(const std::string &text) {
     std::string result;
     for (const char c : text) {
-        if (c == '\\')
+        if (c == '\\') {
             result += "\\e";
-        else if (c == '-')
+        } else if (c == '-') {
             result += "\\-";
-        else
+        } else {
             result += c;
+        }
     }
     return result;
 }
@@ -118,8 +130,9 @@ std::string roff(const std::string &text) {
 // Lines of text, of which none is taken for a request.
 std::string roffLines(const std::vector<std::string> &lines) {
     std::string result;
-    for (const std::string &line : lines)
+    for (const std::string &line : lines) {
         result += (line.front() == '.' || line.front() == '\'' ? "\\&" : "") + line + "\n";
+    }
     return result;
 }
 
@@ -191,7 +204,9 @@ std::string markdownPage(const CLI::App &app) {
     std::string page = "# The command-line tool " + app.get_name() + "\n";
     Kind before = Kind::paragraph;
     for (const Item &item : makeManual(app)) {
-        if (item.kind != Kind::option || before != Kind::option) page += "\n";
+        if (item.kind != Kind::option || before != Kind::option) {
+            page += "\n";
+        }
         page += markdownItem(item);
         before = item.kind;
     }

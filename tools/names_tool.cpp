@@ -156,7 +156,9 @@ std::string answer(const CLI::App &app, const CLI::ParseError &request) {
     app.exit(request, out, out);
     std::string text = out.str();
     constexpr std::string_view kHelpFlags = "-h,--help ";
-    if (const size_t at = text.find(kHelpFlags); at != std::string::npos) text.replace(at, kHelpFlags.size(), "-h, --help");
+    if (const size_t at = text.find(kHelpFlags); at != std::string::npos) {
+        text.replace(at, kHelpFlags.size(), "-h, --help");
+    }
     return text;
 }
 
@@ -166,7 +168,9 @@ std::string answer(const CLI::App &app, const CLI::ParseError &request) {
     const std::string hint = " (names_tool" + (commands.empty() ? "" : " " + commands.front()->get_name()) + " --help tells more)";
     std::vector<std::string> unknown = app.remaining(true);
     unknown.erase(std::remove(unknown.begin(), unknown.end(), "--"), unknown.end());
-    if (unknown.empty()) throw tool::Failure{(commands.empty() ? "a command is missing" : error.what()) + hint};
+    if (unknown.empty()) {
+        throw tool::Failure{(commands.empty() ? "a command is missing" : error.what()) + hint};
+    }
     const std::string &word = unknown.front();
     const char *szKind = word.size() > 1 && word.front() == '-' ? "option" : commands.empty() ? "command" : "argument";
     throw tool::Failure{std::string(commands.empty() || *szKind == 'o' ? "unknown " : "unexpected ") + szKind + " '" + word + "'" + hint};

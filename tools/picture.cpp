@@ -35,8 +35,9 @@ std::string shade(int iShade) {
     const size_t i = std::min(static_cast<size_t>(place), kRamp.size() - 2);
     std::array<char, 8> text{};
     std::array<int, 3> mix{};
-    for (size_t c = 0; c < mix.size(); ++c)
+    for (size_t c = 0; c < mix.size(); ++c) {
         mix[c] = static_cast<int>(std::lround(kRamp[i][c] + (place - static_cast<double>(i)) * (kRamp[i + 1][c] - kRamp[i][c])));
+    }
     std::snprintf(text.data(), text.size(), "#%02x%02x%02x", static_cast<unsigned>(mix[0]), static_cast<unsigned>(mix[1]),
                   static_cast<unsigned>(mix[2]));
     return text.data();
@@ -70,7 +71,9 @@ Picture layOut(const Facts &facts) {
     const auto nBlocks = static_cast<int64_t>(facts.blocks.size());
     picture.nBlocksPerRow = (nBlocks + kMaxRows - 1) / kMaxRows;
     for (int32_t i = 0; i < nBlocks; ++i) {
-        if (i % picture.nBlocksPerRow == 0) picture.rows.push_back({.iFirst = i, .sum = {}, .seams = {}});
+        if (i % picture.nBlocksPerRow == 0) {
+            picture.rows.push_back({.iFirst = i, .sum = {}, .seams = {}});
+        }
         Row &row = picture.rows.back();
         picture.starts.push_back(row.sum.size);
         row.iLast = i;
@@ -110,17 +113,19 @@ void fillRows(Picture &picture, NamesManager *mgr, const Facts &facts) {
                 column.iShade = iShade;
             }
         });
-        if (row.seams.size() < kMaxSeams)
+        if (row.seams.size() < kMaxSeams) {
             row.seams.push_back(static_cast<double>(begin) * kColumns / static_cast<double>(std::max<int64_t>(row.sum.size, 1)));
-        else
+        } else {
             picture.bSeams = false;
+        }
     });
 }
 
 std::string grouped(int64_t number) {
     std::string text = std::to_string(number);
-    for (size_t i = text.size(); i > 3;)
+    for (size_t i = text.size(); i > 3;) {
         text.insert(i -= 3, 1, ',');
+    }
     return text;
 }
 
@@ -132,7 +137,9 @@ std::string grouped(int64_t number, const char *szNoun) {
 std::string percent(int64_t part, int64_t whole) {
     std::array<char, 16> text{};
     const double share = whole > 0 ? 100.0 * static_cast<double>(part) / static_cast<double>(whole) : 0;
-    if (part > 0 && share < 0.05) return "&lt;0.1 %";
+    if (part > 0 && share < 0.05) {
+        return "&lt;0.1 %";
+    }
     std::snprintf(text.data(), text.size(), "%.1f %%", share);
     return text.data();
 }
@@ -141,8 +148,9 @@ std::string percent(int64_t part, int64_t whole) {
 std::string xmlText(const std::string &text) {
     std::string result;
     const std::string json = nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    for (const char c : json.substr(1, json.size() - 2))
+    for (const char c : json.substr(1, json.size() - 2)) {
         result += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
+    }
     return result;
 }
 
@@ -160,8 +168,9 @@ Heights heightsOf(const Column &column) {
         return share < kNothing ? 0 : std::clamp(static_cast<int>(std::lround(share * kRowHeight)), 1, kRowHeight);
     };
     Heights heights = {pixels(column.live), pixels(dead)};
-    if (heights.live + heights.dead > kRowHeight)
+    if (heights.live + heights.dead > kRowHeight) {
         (heights.live > heights.dead ? heights.live : heights.dead) = kRowHeight - std::min(heights.live, heights.dead);
+    }
     return heights;
 }
 
@@ -170,7 +179,9 @@ std::map<std::string, std::string> rectanglesOf(const Row &row) {
     std::map<std::string, std::string> paths;
     const auto add = [&paths](const std::string &colour, size_t first, size_t end, int top, int height) {
         std::array<char, 64> text{};
-        if (height == 0) return;
+        if (height == 0) {
+            return;
+        }
         std::snprintf(text.data(), text.size(), "M%zu %dh%zuv%dh-%zuz", first * kColumnWidth, top, (end - first) * kColumnWidth, height,
                       (end - first) * kColumnWidth);
         paths[colour] += text.data();
@@ -178,8 +189,9 @@ std::map<std::string, std::string> rectanglesOf(const Row &row) {
     for (size_t i = 0; i < row.columns.size();) {
         const Heights heights = heightsOf(row.columns[i]);
         const size_t first = i;
-        while (i < row.columns.size() && heightsOf(row.columns[i]) == heights && row.columns[i].iShade == row.columns[first].iShade)
+        while (i < row.columns.size() && heightsOf(row.columns[i]) == heights && row.columns[i].iShade == row.columns[first].iShade) {
             ++i;
+        }
         add(shade(row.columns[first].iShade), first, i, kRowHeight - heights.live, heights.live);
         add(kDead, first, i, kRowHeight - heights.live - heights.dead, heights.dead);
     }
@@ -197,12 +209,14 @@ void drawRow(Output &output, const Row &row, bool bSeams, int top, int64_t nLarg
     output.print("<text x=\"-12\" y=\"10\" text-anchor=\"end\">%s</text>", label.c_str());
     output.print("<text class=\"s\" x=\"-12\" y=\"23\" text-anchor=\"end\">%s</text>\n", grouped(sum.size, "byte").c_str());
     output.print("<rect width=\"%d\" height=\"%d\" fill=\"%s\"/>\n", kMapWidth, kRowHeight, kFree);
-    for (const auto &[colour, path] : rectanglesOf(row))
+    for (const auto &[colour, path] : rectanglesOf(row)) {
         output.print("<path fill=\"%s\" d=\"%s\"/>\n", colour.c_str(), path.c_str());
+    }
     if (bSeams) {
         output.write("<path class=\"seam\" d=\"");
-        for (const double seam : row.seams)
+        for (const double seam : row.seams) {
             output.print("M%.1f 0v%d", seam * kColumnWidth, kRowHeight);
+        }
         output.write("\"/>\n");
     }
     const double length = kMapWidth * static_cast<double>(sum.size) / static_cast<double>(std::max<int64_t>(nLargest, 1));
@@ -218,7 +232,9 @@ void drawHead(Output &output, const NamesManager *mgr, const Facts &facts, const
                              grouped(facts.live + facts.dead + facts.free, "byte");
     std::string rows = picture.nBlocksPerRow == 1 ? "A row for each block" : "A row for each " + grouped(picture.nBlocksPerRow) + " blocks";
     rows += ", from its first byte to its last; the line below it compares their sizes.";
-    if (picture.bSeams) rows += facts.bPositions ? " White lines: where names begin." : " White lines: where segments begin.";
+    if (picture.bSeams) {
+        rows += facts.bPositions ? " White lines: where names begin." : " White lines: where segments begin.";
+    }
     output.print("<text x=\"24\" y=\"36\" class=\"t\">%s</text>\n", xmlText(image).c_str());
     output.print("<text x=\"24\" y=\"58\">%s</text>\n", text.c_str());
     output.print("<text x=\"24\" y=\"142\" class=\"s\">%s</text>\n", rows.c_str());
@@ -228,9 +244,10 @@ void drawLegend(Output &output, const NamesManager *mgr, const Facts &facts) {
     const int64_t nAll = facts.live + facts.dead + facts.free;
     constexpr int kRampLeft = 24;
     constexpr int kRampStep = 4;
-    for (int i = 0; i < kShades; ++i)
+    for (int i = 0; i < kShades; ++i) {
         output.print("<rect x=\"%d\" y=\"78\" width=\"%d\" height=\"16\" fill=\"%s\"/>", kRampLeft + i * kRampStep, kRampStep,
                      shade(i).c_str());
+    }
     output.print("\n<text class=\"s\" x=\"%d\" y=\"109\">name 0</text>", kRampLeft);
     output.print("<text class=\"s\" x=\"%d\" y=\"109\" text-anchor=\"end\">%s</text>\n", kRampLeft + kShades * kRampStep,
                  grouped(std::max(mgr->nNames - 1, 0)).c_str());
@@ -263,8 +280,9 @@ void drawPicture(Output &output, NamesManager *mgr, const Facts &facts, const st
     drawHead(output, mgr, facts, image, picture);
     drawLegend(output, mgr, facts);
     int64_t nLargest = 0;
-    for (const Row &row : picture.rows)
+    for (const Row &row : picture.rows) {
         nLargest = std::max(nLargest, row.sum.size);
+    }
     int top = kRowsTop;
     for (const Row &row : picture.rows) {
         drawRow(output, row, picture.bSeams, top, nLargest);

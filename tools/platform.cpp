@@ -82,8 +82,9 @@ void prepareProcess() {
 void leaveSignalsToOthers() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int nSignal : kEndingSignals)
+    for (const int nSignal : kEndingSignals) {
         sigaddset(&signals, nSignal);
+    }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
@@ -103,8 +104,11 @@ extern "C" void removeAndEnd(int nSignal) {
 
 // Signals that are ignored, as those behind nohup, stay so.
 void watchSignals() {
-    for (const int nSignal : kEndingSignals)
-        if (std::signal(nSignal, SIG_IGN) != SIG_IGN) std::signal(nSignal, removeAndEnd);
+    for (const int nSignal : kEndingSignals) {
+        if (std::signal(nSignal, SIG_IGN) != SIG_IGN) {
+            std::signal(nSignal, removeAndEnd);
+        }
+    }
 }
 
 void closeQuietly(int descriptor) {
@@ -126,12 +130,16 @@ int openInput(const std::string &file) {
 std::ptrdiff_t readInput(int descriptor, char *pBuffer, size_t nBytes) {
     while (true) {
         const auto nRead = read(descriptor, pBuffer, static_cast<unsigned>(nBytes));
-        if (nRead >= 0 || errno != EINTR) return nRead;
+        if (nRead >= 0 || errno != EINTR) {
+            return nRead;
+        }
     }
 }
 
 void closeInput(int descriptor) {
-    if (descriptor != STDIN_FILENO) close(descriptor);
+    if (descriptor != STDIN_FILENO) {
+        close(descriptor);
+    }
 }
 
 std::FILE *createTemporary(const std::string &path, const std::string &older) {
@@ -171,7 +179,9 @@ bool syncFile(std::FILE *pFile) {
 bool syncFolderOf(const std::string &path) {
     const std::string folder = std::filesystem::path(path).parent_path().string();
     const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY);
-    if (descriptor < 0) return true;
+    if (descriptor < 0) {
+        return true;
+    }
     const bool bSynced = sync(descriptor);
     closeQuietly(descriptor);
     return bSynced;

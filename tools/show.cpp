@@ -31,8 +31,9 @@ bool isFull(const BlockFacts &block) {
 // The end of the blocks from first on that one row of the table tells of: full blocks of one size, or a single block.
 size_t endOfRow(const std::vector<BlockFacts> &blocks, size_t first) {
     size_t end = first + 1;
-    while (end < blocks.size() && isFull(blocks[first]) && isFull(blocks[end]) && blocks[end].size == blocks[first].size)
+    while (end < blocks.size() && isFull(blocks[first]) && isFull(blocks[end]) && blocks[end].size == blocks[first].size) {
         ++end;
+    }
     return end;
 }
 
@@ -41,10 +42,13 @@ void printBlocks(Output &output, const std::vector<BlockFacts> &blocks) {
     for (size_t first = 0; first < blocks.size();) {
         const size_t end = endOfRow(blocks, first);
         BlockFacts sum;
-        for (size_t i = first; i < end; ++i)
+        for (size_t i = first; i < end; ++i) {
             add(sum, blocks[i]);
+        }
         std::string label = std::to_string(first);
-        if (end - first > 1) label.append("-").append(std::to_string(end - 1));
+        if (end - first > 1) {
+            label.append("-").append(std::to_string(end - 1));
+        }
         output.print("%11s %13" PRId64 " %13" PRId64 " %11" PRId64 " %11" PRId64 "  %s\n", label.c_str(), sum.size, sum.used, sum.dead,
                      sum.names, bar(sum).c_str());
         first = end;
@@ -56,15 +60,17 @@ void printTable(Output &output, const NamesManager *mgr, const Facts &facts) {
     output.print("mode       %s\n", facts.bPositions ? "individual positions" : "segments");
     output.print("text       %s live, %" PRId64 " dead, %" PRId64 " free (each name with its NUL)\n", counted(facts.live, "byte").c_str(),
                  facts.dead, facts.free);
-    if (facts.bPositions)
+    if (facts.bPositions) {
         output.print("positions  %" PRId32 " in a table of %" PRId32 "\n", mgr->nNames, mgr->nPositionsAlloc);
-    else
+    } else {
         output.print("segments   %" PRId32 " in a table of %" PRId32 "\n", mgr->nSegments, mgr->nSegmentsAlloc);
-    if (mgr->iCursorName >= 0)
+    }
+    if (mgr->iCursorName >= 0) {
         output.print("cursor     name %" PRId32 " in segment %" PRId32 ", at byte %" PRId32 " of block %" PRId32 "; misses: %" PRId32 "\n",
                      mgr->iCursorName, mgr->iCursorSegment, mgr->nCursorOffset, mgr->iCursorBlock, mgr->nCursorMisses);
-    else
+    } else {
         output.print("cursor     none; misses: %" PRId32 "\n", mgr->nCursorMisses);
+    }
     output.print("formats    default names %s, the first one %s; numbered from %" PRId32 "\n", quoted(mgr->szNameFormat).c_str(),
                  mgr->szFirstGeneratedName[0] ? quoted(mgr->szFirstGeneratedName).c_str() : "alike", mgr->nGeneratedNameBase);
     printBlocks(output, facts.blocks);
@@ -73,8 +79,9 @@ void printTable(Output &output, const NamesManager *mgr, const Facts &facts) {
 void printJson(Output &output, const NamesManager *mgr, const Facts &facts, const std::string &image) {
     using nlohmann::ordered_json;
     ordered_json blocks = ordered_json::array();
-    for (const BlockFacts &block : facts.blocks)
+    for (const BlockFacts &block : facts.blocks) {
         blocks.push_back({{"size", block.size}, {"used", block.used}, {"dead", block.dead}, {"names", block.names}});
+    }
     ordered_json cursor;
     if (mgr->iCursorName >= 0) {
         cursor = {
@@ -105,12 +112,13 @@ int runShow(const std::string &image, bool bJson, const std::string &picture) {
     const ManagerHandle mgr = loadImage(image);
     const Facts facts = gatherFacts(mgr.get());
     Output output(picture.empty() ? "-" : picture, image);
-    if (!picture.empty())
+    if (!picture.empty()) {
         drawPicture(output, mgr.get(), facts, inputName(image));
-    else if (bJson)
+    } else if (bJson) {
         printJson(output, mgr.get(), facts, image);
-    else
+    } else {
         printTable(output, mgr.get(), facts);
+    }
     output.finish();
     return 0;
 }

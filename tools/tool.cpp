@@ -36,7 +36,9 @@ std::string quoted(const char *text) {
         if (byte < 0x20 || byte == 0x7f) {
             result += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
         } else {
-            if (byte == '"' || byte == '\\') result += '\\';
+            if (byte == '"' || byte == '\\') {
+                result += '\\';
+            }
             result += *text;
         }
     }
@@ -45,7 +47,9 @@ std::string quoted(const char *text) {
 
 ManagerHandle makeManager() {
     ManagerHandle mgr(NamesManager_Create(nullptr, nullptr));
-    if (!mgr) throw std::bad_alloc();
+    if (!mgr) {
+        throw std::bad_alloc();
+    }
     return mgr;
 }
 
@@ -54,8 +58,12 @@ void visitNames(NamesManager *mgr, const NamesVisitor &visit) {
     const int32_t nNames = NamesManager_GetNumNames(mgr);
     for (int32_t first = 0; first < nNames;) {
         const int32_t count = std::min(nNames - first, static_cast<int32_t>(names.size()));
-        if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, names.data()) != 0) throw std::bad_alloc();
-        if (!visit(first, count, names.data())) return;
+        if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, names.data()) != 0) {
+            throw std::bad_alloc();
+        }
+        if (!visit(first, count, names.data())) {
+            return;
+        }
         first += count;
     }
 }

@@ -17,7 +17,9 @@ std::atomic<uint64_t> g_nMostBytes{UINT64_MAX};
 // Counts one call that obtains memory; false when the call is to fail.
 bool mayObtain(uint64_t nBytes) {
     const int64_t iCall = g_nCalls.fetch_add(1, std::memory_order_relaxed) + 1;
-    if (nBytes > g_nMostBytes.load(std::memory_order_relaxed)) return false;
+    if (nBytes > g_nMostBytes.load(std::memory_order_relaxed)) {
+        return false;
+    }
     return iCall < g_iFirstFailing.load(std::memory_order_relaxed) || iCall > g_iLastFailing.load(std::memory_order_relaxed);
 }
 
@@ -29,18 +31,24 @@ void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
 
 void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
     void *pMemory = mayObtain(nBytes) ? host::plainAlloc(nBytes) : nullptr;
-    if (pMemory != nullptr) g_nLive.fetch_add(1, std::memory_order_relaxed);
+    if (pMemory != nullptr) {
+        g_nLive.fetch_add(1, std::memory_order_relaxed);
+    }
     return pMemory;
 }
 
 void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
     void *pResized = mayObtain(nBytes) ? host::plainRealloc(pMemory, nBytes) : nullptr;
-    if (pMemory == nullptr && pResized != nullptr) g_nLive.fetch_add(1, std::memory_order_relaxed);
+    if (pMemory == nullptr && pResized != nullptr) {
+        g_nLive.fetch_add(1, std::memory_order_relaxed);
+    }
     return pResized;
 }
 
 void HostMem_Free(void *pMemory, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
-    if (pMemory == nullptr) return;
+    if (pMemory == nullptr) {
+        return;
+    }
     g_nLive.fetch_sub(1, std::memory_order_relaxed);
     host::plainFree(pMemory);
 }

@@ -28,9 +28,12 @@ std::string tightImage(bool bPositions, const std::string &prefix, size_t nBlock
         text = record.nNames() == kLongName ? kLong : prefix + std::to_string(record.nNames());
         record.storeNames({record.nNames(), record.nNames(), 0}, &text);
     }
-    if (bPositions) record.storeIndividualNamePositions();
-    for (model::Block &block : record.blocks)
+    if (bPositions) {
+        record.storeIndividualNamePositions();
+    }
+    for (model::Block &block : record.blocks) {
         block.nSize = std::max(block.nUsed(), 1);
+    }
     record.nBlocksAlloc = record.nBlocks();
     record.nSegmentsAlloc = record.nSegments();
     return loaded::imageOf(record);
@@ -50,7 +53,9 @@ Case startRun(bool bPositions, bool bIndexed) {
     Case c = {tightImage(bPositions, "name", 6, 70), tightImage(bPositions, "other", 2, 180)};
     EXPECT_EQ(0, c.nStatus);
     NamesManager_GetMaxNameLength(c.mgr);
-    if (bIndexed) NamesManager_FindName(c.mgr, "none", 0);
+    if (bIndexed) {
+        NamesManager_FindName(c.mgr, "none", 0);
+    }
     c.before = namesOf(c.mgr);
     return c;
 }
@@ -63,16 +68,18 @@ int32_t add(NamesManager *mgr, int32_t first, int32_t last, size_t nBytes, bool 
         const std::string text = 't' + std::to_string(i);
         buffer += text + std::string(std::max(nBytes, text.size()) - text.size(), 'x') + '\0';
     }
-    for (size_t at = 0; at < buffer.size(); at = buffer.find('\0', at) + 1)
+    for (size_t at = 0; at < buffer.size(); at = buffer.find('\0', at) + 1) {
         pointers.push_back(&buffer[at]);
+    }
     return bBuffer ? NamesManager_AddNamesFromBuffer(mgr, first, last, 0, buffer.data())
                    : NamesManager_AddNames(mgr, first, last, 0, pointers.data());
 }
 
 int32_t storeScattered(Case &c) {
     int32_t nStatus = 0;
-    for (int32_t i = 1; i < kNames && nStatus == 0; i += 2)
+    for (int32_t i = 1; i < kNames && nStatus == 0; i += 2) {
         nStatus = add(c.mgr, i, i, 12);
+    }
     return nStatus;
 }
 
@@ -81,8 +88,9 @@ int32_t reverse(Case &c) {
     std::vector<const char *> names(kNames);
     NamesManager_GetNamePointers(c.mgr, 0, kNames - 1, 0, names.data());
     std::reverse(names.begin(), names.end());
-    for (const char *&szName : names)
+    for (const char *&szName : names) {
         ++szName;
+    }
     return NamesManager_AddNames(c.mgr, 0, kNames - 1, 0, names.data());
 }
 
@@ -92,8 +100,9 @@ int32_t readBeyond(Case &c) {
 }
 
 int32_t readBackwards(Case &c) {
-    for (const int32_t i : {33, 27, 21, 15, 9, 3, 36})
+    for (const int32_t i : {33, 27, 21, 15, 9, 3, 36}) {
         c.answers += NamesManager_GetName(c.mgr, i, 0);
+    }
     return 0;
 }
 
@@ -101,8 +110,9 @@ int32_t find(Case &c, const std::string &one, const std::string &another) {
     const char *const apNames[] = {"name3", one.c_str(), another.c_str(), "name38 "};
     int32_t aFound[] = {-7, -7, -7, -7};
     const int32_t nStatus = NamesManager_FindNames(c.mgr, apNames, 4, -1, 0, aFound);
-    for (const int32_t iFound : aFound)
+    for (const int32_t iFound : aFound) {
         c.answers += iFound < 0 ? "#" : std::to_string(iFound);
+    }
     return nStatus;
 }
 
@@ -125,8 +135,9 @@ int32_t checkDuplicates(Case &c) {
 
 int32_t remove(Case &c, int32_t iFirst, int32_t iEnd, int32_t iStep) {
     std::vector<int32_t> indices;
-    for (int32_t i = iFirst; i != iEnd; i += iStep)
+    for (int32_t i = iFirst; i != iEnd; i += iStep) {
         indices.push_back(i);
+    }
     return NamesManager_RemoveNamesByIndices(c.mgr, indices.data(), Record::toInt(indices.size()));
 }
 
@@ -217,8 +228,9 @@ void expectSound(NamesManager *mgr, const Strings &names) {
     EXPECT_TRUE(Record::isMaximum(*mgr, names));
     for (const int32_t nStep : {17, 1}) {
         g_foreignHost.bFailMaps = nStep > 1;
-        for (int32_t i = 0; i < std::ssize(names); i += nStep)
+        for (int32_t i = 0; i < std::ssize(names); i += nStep) {
             EXPECT_EQ(i, NamesManager_FindName(mgr, names[static_cast<size_t>(i)].c_str(), 0));
+        }
     }
     EXPECT_EQ(-1, NamesManager_FindName(mgr, "missing", 0));
 }
@@ -280,8 +292,9 @@ std::set<std::string> allSites() {
         for (int32_t nLine = 1; std::getline(source, line); ++nLine) {
             const auto has = [&line](auto... words) { return ((line.find(words) != std::string::npos) || ...); };
             if (has("HostPool_Alloc(", "HostHashMap_Create(", "HostHashMap_Insert(", "HostLock_Init(") ||
-                (has("HostMem_Alloc", "HostMem_Realloc(", "resizeTable(") && has("__LINE__")))
+                (has("HostMem_Alloc", "HostMem_Realloc(", "resizeTable(") && has("__LINE__"))) {
                 sites.insert(entry.path().filename().string() + ':' + std::to_string(nLine));
+            }
         }
     }
     return sites;

@@ -27,15 +27,21 @@ struct HostPool {
 namespace {
 
 bool isMemoryToFail(const char *szFile, int32_t nLine) {
-    if (g_foreignHost.nFailAt == 0 || --g_foreignHost.nFailAt > 0) return false;
-    if (g_foreignHost.bFailFromThere) g_foreignHost.nFailAt = 1;
+    if (g_foreignHost.nFailAt == 0 || --g_foreignHost.nFailAt > 0) {
+        return false;
+    }
+    if (g_foreignHost.bFailFromThere) {
+        g_foreignHost.nFailAt = 1;
+    }
     const std::string file = szFile;
     g_foreignHost.failedSites.insert(file.substr(file.rfind('/') + 1) + ':' + std::to_string(nLine));
     return true;
 }
 
 void refuse(bool bRefused, const char *szWhat) {
-    if (bRefused && g_foreignHost.refusals.size() < 1000) g_foreignHost.refusals.append(szWhat).append(". ");
+    if (bRefused && g_foreignHost.refusals.size() < 1000) {
+        g_foreignHost.refusals.append(szWhat).append(". ");
+    }
 }
 
 // Whoever asks gives one source tag, always the same, and a line.
@@ -69,7 +75,9 @@ std::string_view fenceOf(void *pMemory) {
 // New memory holds no zero bytes, and memory given back is overwritten.
 void *obtain(uint64_t nBytes, uint64_t nTag, const char *szFile, int32_t nLine) {
     auto *pHeader = isMemoryToFail(szFile, nLine) ? nullptr : static_cast<Header *>(std::malloc(sizeof(Header) + nBytes + kFence));
-    if (pHeader == nullptr) return nullptr;
+    if (pHeader == nullptr) {
+        return nullptr;
+    }
     *pHeader = {nBytes, nTag};
     void *pMemory = std::memset(pHeader + 1, 0xa5, std::min(nBytes, kMarked));
     std::memset(static_cast<char *>(pMemory) + nBytes, '|', kFence);
@@ -78,7 +86,9 @@ void *obtain(uint64_t nBytes, uint64_t nTag, const char *szFile, int32_t nLine) 
 }
 
 void giveBack(void *pMemory, uint64_t nTag) {
-    if (pMemory == nullptr) return;
+    if (pMemory == nullptr) {
+        return;
+    }
     refuse(headerOf(pMemory).nTag != nTag, "Memory of another tag given back");
     refuse(fenceOf(pMemory).find_first_not_of('|') != std::string_view::npos, "Bytes written behind an allocation");
     std::memset(pMemory, 0x5a, std::min(headerOf(pMemory).nBytes, kMarked));
@@ -98,7 +108,9 @@ struct RefusingMap {
 std::set<HostHashMap *> g_liveMaps;
 
 auto &entriesOf(HostHashMap *pMap) {
-    if (!g_liveMaps.contains(pMap)) std::abort();
+    if (!g_liveMaps.contains(pMap)) {
+        std::abort();
+    }
     return reinterpret_cast<RefusingMap *>(pMap)->entries;
 }
 
@@ -113,14 +125,18 @@ auto findEntry(HostHashMap *pMap, const char *szKey) {
 }
 
 int32_t append(HostText *pText, const std::string &more) {
-    if (more.size() > pText->nRoom) return -6;
+    if (more.size() > pText->nRoom) {
+        return -6;
+    }
     pText->text += more;
     pText->nRoom -= more.size();
     return 0;
 }
 
 void noteLock(const HostLock *pLock, bool bTaken) {
-    if (g_foreignHost.heldLocks.size() < 20) g_foreignHost.heldLocks.emplace_back(pLock, bTaken);
+    if (g_foreignHost.heldLocks.size() < 20) {
+        g_foreignHost.heldLocks.emplace_back(pLock, bTaken);
+    }
 }
 
 uintptr_t thisThread() {
@@ -142,7 +158,9 @@ void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, c
 // Always moves.
 void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
     void *pMoved = HostMem_Alloc(nBytes, nSourceTag, nLine, szFile);
-    if (pMoved == nullptr || pMemory == nullptr) return pMoved;
+    if (pMoved == nullptr || pMemory == nullptr) {
+        return pMoved;
+    }
     std::memcpy(pMoved, pMemory, std::min(nBytes, headerOf(pMemory).nBytes));
     giveBack(pMemory, nSourceTag);
     return pMoved;
@@ -158,7 +176,9 @@ static std::atomic<uintptr_t> &ownerOf(HostLock *pLock) {
 }
 
 int32_t HostLock_Init(HostLock *pLock, const char *szFile, int32_t nLine) {
-    if (isMemoryToFail(szFile, nLine)) return -9;
+    if (isMemoryToFail(szFile, nLine)) {
+        return -9;
+    }
     *pLock = {};
     new (&pLock->nOwner) std::atomic<uintptr_t>(0);
     ++g_foreignHost.nLive;
@@ -170,21 +190,29 @@ void HostLock_Acquire(HostLock *pLock) {
     for (uintptr_t nNobody = 0; owner != thisThread() && !owner.compare_exchange_weak(nNobody, thisThread()); nNobody = 0) {
         std::this_thread::yield();
     }
-    if (++pLock->nDepth == 1) noteLock(pLock, true);
+    if (++pLock->nDepth == 1) {
+        noteLock(pLock, true);
+    }
     ++g_foreignHost.nLockDepth;
 }
 
 void HostLock_Release(HostLock *pLock) {
     std::atomic<uintptr_t> &owner = ownerOf(pLock);
-    if (owner != thisThread()) std::abort();
+    if (owner != thisThread()) {
+        std::abort();
+    }
     --g_foreignHost.nLockDepth;
-    if (--pLock->nDepth > 0) return;
+    if (--pLock->nDepth > 0) {
+        return;
+    }
     noteLock(pLock, false);
     owner = 0;
 }
 
 void HostLock_Destroy(HostLock *pLock) {
-    if (pLock->nDepth != 0) std::abort();
+    if (pLock->nDepth != 0) {
+        std::abort();
+    }
     --g_foreignHost.nLive;
 }
 
@@ -202,12 +230,16 @@ void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, con
 
 void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected, const char *szActual) {
     expectCaller(nSourceTag, nLine);
-    if (std::strcmp(szExpected, szActual) != 0) ++g_foreignHost.nAssertions;
+    if (std::strcmp(szExpected, szActual) != 0) {
+        ++g_foreignHost.nAssertions;
+    }
 }
 
 HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExpected, const char *szFile, int32_t nLine) {
     refuse(pKeyKind != &HostHashMap_StringKeys || nExpected < 1, "A map of other keys or for none");
-    if (g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) return nullptr;
+    if (g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) {
+        return nullptr;
+    }
     ++g_foreignHost.nLive;
     return *g_liveMaps.insert(&(new RefusingMap{{0}, {}})->host).first;
 }
@@ -219,24 +251,34 @@ int32_t HostHashMap_Find(HostHashMap *pMap, const char *szKey) {
 
 int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting, const char *szFile, int32_t nLine) {
     refuse(nValue < 0, "A negative value");
-    if (isMemoryToFail(szFile, nLine)) return -5;
+    if (isMemoryToFail(szFile, nLine)) {
+        return -5;
+    }
     const auto found = findEntry(pMap, szKey);
     const bool bNew = found == entriesOf(pMap).end();
-    if (pnExisting != nullptr) *pnExisting = bNew ? -1 : found->second.nValue;
-    if (bNew) entriesOf(pMap).emplace(szKey, Entry{nValue, hashOf(szKey)}), ++pMap->nEntries;
+    if (pnExisting != nullptr) {
+        *pnExisting = bNew ? -1 : found->second.nValue;
+    }
+    if (bNew) {
+        entriesOf(pMap).emplace(szKey, Entry{nValue, hashOf(szKey)}), ++pMap->nEntries;
+    }
     return 0;
 }
 
 int32_t HostHashMap_Remove(HostHashMap *pMap, const char *szKey) {
     const auto found = findEntry(pMap, szKey);
-    if (found == entriesOf(pMap).end()) return 1;
+    if (found == entriesOf(pMap).end()) {
+        return 1;
+    }
     entriesOf(pMap).erase(found), --pMap->nEntries;
     return 0;
 }
 
 // The keys may be gone already.
 void HostHashMap_Release(HostHashMap *pMap) {
-    if (g_liveMaps.erase(pMap) == 0) std::abort();
+    if (g_liveMaps.erase(pMap) == 0) {
+        std::abort();
+    }
     --g_foreignHost.nLive;
     delete reinterpret_cast<RefusingMap *>(pMap);
 }
@@ -274,7 +316,9 @@ int32_t HostText_AppendRepeated(HostText *pText, int64_t nCount, char cCharacter
 
 int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes) {
     const uint64_t nTaken = std::min(nBytes, pStream->nLeft);
-    if (nTaken > 0) std::memcpy(pBuffer, pStream->pNext, nTaken);
+    if (nTaken > 0) {
+        std::memcpy(pBuffer, pStream->pNext, nTaken);
+    }
     pStream->pNext += nTaken;
     pStream->nLeft -= nTaken;
     return nTaken == nBytes ? 0 : kForeignReadError;
