@@ -1,5 +1,6 @@
-/* Who competes: the component, and what its users would write themselves, all behind the same set of calls. Ranges are given as first index
- * and count; names are NUL-terminated; buffers hold names back to back. Every contender stores the same bytes and answers the same. */
+// Who competes: the component, and what its users would write themselves, all behind the same set
+// of calls. Ranges are given as first index and count; names are NUL-terminated; buffers hold names
+// back to back. Every contender stores the same bytes and answers the same.
 #ifndef BENCH_CONTENDERS_HPP
 #define BENCH_CONTENDERS_HPP
 
@@ -43,13 +44,12 @@ int32_t findIn(const Map &map, const char *szName) {
     return found == map.end() ? -1 : found->second;
 }
 
-// Room for nMore: what is known now, yet never so little that growing in many calls would become quadratic.
+// Room for nMore: what is known now, yet never so little that growing in many calls would become
+// quadratic.
 template <typename Vector>
 void reserveMore(Vector &vector, size_t nMore) {
     const size_t nNeed = vector.size() + nMore;
-    if (nNeed > vector.capacity()) {
-        vector.reserve(std::max(nNeed, 2 * vector.capacity()));
-    }
+    if (nNeed > vector.capacity()) { vector.reserve(std::max(nNeed, 2 * vector.capacity())); }
 }
 
 // Writes a name as a field of nWidth bytes, its NUL included, padded with blanks or cut.
@@ -75,8 +75,12 @@ struct Component {
     void storeBuffer(int32_t first, int32_t n, const char *pText) {
         require(NamesManager_AddNamesFromBuffer(mgr, first, first + n - 1, 0, pText) == 0);
     }
-    void storePointers(int32_t n, const char *const *ppNames) { require(NamesManager_AddNames(mgr, 0, n - 1, 0, ppNames) == 0); }
-    void append(int32_t i, const char *szName) { require(NamesManager_AddName(mgr, i, 0, szName) == 0); }
+    void storePointers(int32_t n, const char *const *ppNames) {
+        require(NamesManager_AddNames(mgr, 0, n - 1, 0, ppNames) == 0);
+    }
+    void append(int32_t i, const char *szName) {
+        require(NamesManager_AddName(mgr, i, 0, szName) == 0);
+    }
     void replace(int32_t i, const char *szName) { append(i, szName); }
     void replaceAll(const char *pText) { storeBuffer(0, count(), pText); }
     void usePositions() { require(NamesManager_StoreIndividualNamePositions(mgr) == 0); }
@@ -87,12 +91,14 @@ struct Component {
     const char *name(int32_t i) { return NamesManager_GetName(mgr, i, 0); }
     size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t nRoom) {
         uint64_t nBytes = 0;
-        require(NamesManager_GetNames(mgr, first, first + n - 1, 0, 0, 0, 0, pBuffer, nRoom, &nBytes) == 0);
+        require(NamesManager_GetNames(mgr, first, first + n - 1, 0, 0, 0, 0, pBuffer, nRoom,
+                                      &nBytes) == 0);
         return nBytes;
     }
     void copyFields(int32_t first, int32_t n, int32_t nWidth, char *pBuffer) {
         const uint64_t nBytes = static_cast<uint64_t>(n) * static_cast<uint64_t>(nWidth);
-        require(NamesManager_GetNames(mgr, first, first + n - 1, 0, 1, 1, nWidth, pBuffer, nBytes, nullptr) == 0);
+        require(NamesManager_GetNames(mgr, first, first + n - 1, 0, 1, 1, nWidth, pBuffer, nBytes,
+                                      nullptr) == 0);
     }
     size_t longest() { return static_cast<size_t>(NamesManager_GetMaxNameLength(mgr)); }
 
@@ -101,11 +107,13 @@ struct Component {
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) {
         require(NamesManager_FindNameList(mgr, ppNames, n, 0, pIndices) == 0);
     }
-    // The index of the first given name that would be there twice, were the names stored behind those held; -1 for none.
+    // The index of the first given name that would be there twice, were the names stored behind
+    // those held; -1 for none.
     int32_t findDuplicate(const NameList &given) {
         int32_t bDuplicate = 0, iFirst = -1, iSecond = -1;
         const int32_t nHeld = count();
-        require(NamesManager_CheckDuplicateNames(mgr, nHeld, nHeld + countOf(given) - 1, 0, given.names.data(), given.lengths.data(),
+        require(NamesManager_CheckDuplicateNames(mgr, nHeld, nHeld + countOf(given) - 1, 0,
+                                                 given.names.data(), given.lengths.data(),
                                                  &bDuplicate, &iFirst, &iSecond, nullptr, 0) == 0);
         return bDuplicate != 0 ? iSecond : -1;
     }
@@ -113,7 +121,8 @@ struct Component {
 
     void removeFirst(int32_t n) { require(NamesManager_RemoveNames(mgr, 0, n - 1, 0) == 0); }
     void removeList(const std::vector<int32_t> &ascending) {
-        require(NamesManager_RemoveNamesByIndices(mgr, ascending.data(), static_cast<int32_t>(ascending.size())) == 0);
+        require(NamesManager_RemoveNamesByIndices(mgr, ascending.data(),
+                                                  static_cast<int32_t>(ascending.size())) == 0);
     }
     void copyFrom(Component &source) { require(NamesManager_Copy(mgr, source.mgr) == 0); }
     void save(HostOutputStream *pStream) { require(NamesManager_Save(mgr, nullptr, pStream) == 0); }
@@ -131,24 +140,20 @@ struct Strings {
     int32_t count() const { return static_cast<int32_t>(names.size()); }
     void storeBuffer(int32_t /*first*/, int32_t n, const char *pText) {
         reserveMore(names, at(n));
-        for (int32_t k = 0; k < n; ++k) {
-            pText += names.emplace_back(pText).size() + 1;
-        }
+        for (int32_t k = 0; k < n; ++k) { pText += names.emplace_back(pText).size() + 1; }
     }
-    void storePointers(int32_t n, const char *const *ppNames) { names.insert(names.end(), ppNames, ppNames + n); }
+    void storePointers(int32_t n, const char *const *ppNames) {
+        names.insert(names.end(), ppNames, ppNames + n);
+    }
     void append(int32_t /*i*/, const char *szName) { names.emplace_back(szName); }
     void replace(int32_t i, const char *szName) { names[at(i)] = szName; }
     void replaceAll(const char *pText) {
-        for (std::string &name : names) {
-            pText += name.assign(pText).size() + 1;
-        }
+        for (std::string &name : names) { pText += name.assign(pText).size() + 1; }
     }
     void usePositions() {}
 
     void pointers(int32_t first, int32_t n, const char **ppNames) const {
-        for (int32_t k = 0; k < n; ++k) {
-            ppNames[k] = names[at(first + k)].c_str();
-        }
+        for (int32_t k = 0; k < n; ++k) { ppNames[k] = names[at(first + k)].c_str(); }
     }
     const char *name(int32_t i) const { return names[at(i)].c_str(); }
     size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t /*nRoom*/) const {
@@ -167,9 +172,7 @@ struct Strings {
     }
     size_t longest() const {
         size_t nMax = 0;
-        for (const std::string &name : names) {
-            nMax = std::max(nMax, name.size());
-        }
+        for (const std::string &name : names) { nMax = std::max(nMax, name.size()); }
         return nMax;
     }
 
@@ -181,14 +184,16 @@ struct Strings {
     }
     int32_t find(const char *szName) const { return findIn(index, szName); }
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) const {
-        std::transform(ppNames, ppNames + n, pIndices, [this](const char *szName) { return find(szName); });
+        std::transform(ppNames, ppNames + n, pIndices,
+                       [this](const char *szName) { return find(szName); });
     }
     int32_t findDuplicate(const NameList &given) const {
         Map fresh;
         fresh.reserve(given.names.size());
         for (int32_t k = 0; k < countOf(given); ++k) {
             const std::string_view name(given.names[at(k)], at(given.lengths[at(k)]));
-            if (!fresh.emplace(name, count() + k).second || (!index.empty() && index.find(name) != index.end())) {
+            if (!fresh.emplace(name, count() + k).second ||
+                (!index.empty() && index.find(name) != index.end())) {
                 return count() + k;
             }
         }
@@ -211,9 +216,11 @@ struct Strings {
     void copyFrom(const Strings &source) { names = source.names; }
 };
 
-// ---- The expert's arena: one text in the order of the names, an offset for each, a flat map of views ----
+// ---- The expert's arena: one text in the order of the names, an offset for each, a flat map of
+// views ----
 
-// A dump is the number of names, the bytes of text and the text, from which the offsets follow; or with the offsets in front of the text.
+// A dump is the number of names, the bytes of text and the text, from which the offsets follow; or
+// with the offsets in front of the text.
 template <typename Offset, bool kDumpOffsets = false, size_t kDumpPiece = SIZE_MAX>
 struct BasicArena {
     static constexpr bool kKeepsIndex = true;
@@ -223,14 +230,17 @@ struct BasicArena {
     bool bIndexed = false;
 
     int32_t count() const { return static_cast<int32_t>(offsets.size()) - 1; }
-    std::string_view view(int32_t i) const { return {text.data() + offsets[at(i)], offsets[at(i) + 1] - offsets[at(i)] - 1}; }
+    std::string_view view(int32_t i) const {
+        return {text.data() + offsets[at(i)], offsets[at(i) + 1] - offsets[at(i)] - 1};
+    }
     // Text that moves takes the keys of the index along; their hashes stay.
     void appendText(const char *pText, size_t nBytes) {
         const char *pOld = text.data();
         text.append(pText, nBytes);
         if (bIndexed && text.data() != pOld) {
             for (const auto &entry : index) {
-                const_cast<std::string_view &>(entry.first) = {text.data() + (entry.first.data() - pOld), entry.first.size()};
+                const_cast<std::string_view &>(entry.first) = {
+                    text.data() + (entry.first.data() - pOld), entry.first.size()};
             }
         }
     }
@@ -243,23 +253,17 @@ struct BasicArena {
             offsets.push_back(static_cast<Offset>(text.size() + static_cast<size_t>(p - pText)));
         }
         appendText(pText, static_cast<size_t>(p - pText));
-        for (int32_t i = first; bIndexed && i < first + n; ++i) {
-            index.emplace(view(i), i);
-        }
+        for (int32_t i = first; bIndexed && i < first + n; ++i) { index.emplace(view(i), i); }
     }
     void storePointers(int32_t n, const char *const *ppNames) {
         reserveMore(offsets, at(n));
-        for (int32_t k = 0; k < n; ++k) {
-            append(k, ppNames[k]);
-        }
+        for (int32_t k = 0; k < n; ++k) { append(k, ppNames[k]); }
     }
     void append(int32_t /*i*/, const char *szName) {
         const size_t nLength = std::strlen(szName);
         appendText(szName, nLength + 1);
         offsets.push_back(static_cast<Offset>(text.size()));
-        if (bIndexed) {
-            index.emplace(view(count() - 1), count() - 1);
-        }
+        if (bIndexed) { index.emplace(view(count() - 1), count() - 1); }
     }
     void replace(int32_t i, const char *szName) {
         const size_t nOld = view(i).size();
@@ -284,9 +288,7 @@ struct BasicArena {
     void usePositions() {}
 
     void pointers(int32_t first, int32_t n, const char **ppNames) const {
-        for (int32_t k = 0; k < n; ++k) {
-            ppNames[k] = name(first + k);
-        }
+        for (int32_t k = 0; k < n; ++k) { ppNames[k] = name(first + k); }
     }
     const char *name(int32_t i) const { return text.data() + offsets[at(i)]; }
     size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t /*nRoom*/) const {
@@ -301,22 +303,19 @@ struct BasicArena {
     }
     size_t longest() const {
         size_t nMax = 0;
-        for (int32_t i = 0; i < count(); ++i) {
-            nMax = std::max(nMax, view(i).size());
-        }
+        for (int32_t i = 0; i < count(); ++i) { nMax = std::max(nMax, view(i).size()); }
         return nMax;
     }
 
     void buildIndex() {
         bIndexed = true;
         index.reserve(at(count()));
-        for (int32_t i = 0; i < count(); ++i) {
-            index.emplace(view(i), i);
-        }
+        for (int32_t i = 0; i < count(); ++i) { index.emplace(view(i), i); }
     }
     int32_t find(const char *szName) const { return findIn(index, szName); }
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) const {
-        std::transform(ppNames, ppNames + n, pIndices, [this](const char *szName) { return find(szName); });
+        std::transform(ppNames, ppNames + n, pIndices,
+                       [this](const char *szName) { return find(szName); });
     }
     // The format comes at run time, as the component's does.
     void generate(int32_t n, const char *szFormat = kDefaultNameFormat) {
@@ -335,9 +334,7 @@ struct BasicArena {
         const Offset nBytes = offsets[at(n)];
         text.erase(0, nBytes);
         offsets.erase(offsets.begin(), offsets.begin() + n);
-        for (Offset &nOffset : offsets) {
-            nOffset -= nBytes;
-        }
+        for (Offset &nOffset : offsets) { nOffset -= nBytes; }
     }
     void copyFrom(const BasicArena &source) {
         text = source.text;
@@ -347,24 +344,30 @@ struct BasicArena {
     void save(HostOutputStream *pStream) const {
         const uint64_t aHeader[2] = {at(count()), text.size()};
         require(HostStream_Write(pStream, aHeader, sizeof aHeader) == 0);
-        require(!kDumpOffsets || HostStream_Write(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
+        require(!kDumpOffsets ||
+                HostStream_Write(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
         for (size_t n = 0; n < text.size(); n += std::min(kDumpPiece, text.size() - n)) {
-            require(HostStream_Write(pStream, text.data() + n, std::min(kDumpPiece, text.size() - n)) == 0);
+            require(HostStream_Write(pStream, text.data() + n,
+                                     std::min(kDumpPiece, text.size() - n)) == 0);
         }
     }
     void load(HostInputStream *pStream) {
         uint64_t aHeader[2] = {0, 0};
-        require(HostStream_Read(pStream, aHeader, sizeof aHeader) == 0 && aHeader[0] <= aHeader[1] && aHeader[1] <= UINT32_MAX);
+        require(HostStream_Read(pStream, aHeader, sizeof aHeader) == 0 &&
+                aHeader[0] <= aHeader[1] && aHeader[1] <= UINT32_MAX);
         offsets.resize(aHeader[0] + 1);
         text.resize(aHeader[1]);
-        require(!kDumpOffsets || HostStream_Read(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
-        require(HostStream_Read(pStream, text.data(), text.size()) == 0 && (text.empty() || text.back() == '\0'));
+        require(!kDumpOffsets ||
+                HostStream_Read(pStream, offsets.data(), offsets.size() * sizeof offsets[0]) == 0);
+        require(HostStream_Read(pStream, text.data(), text.size()) == 0 &&
+                (text.empty() || text.back() == '\0'));
         kDumpOffsets ? checkOffsets() : findOffsets();
         require(offsets[0] == 0 && offsets.back() == text.size());
     }
     void checkOffsets() const {
         for (size_t i = 1; i < offsets.size(); ++i) {
-            require(offsets[i] > offsets[i - 1] && offsets[i] <= text.size() && text[offsets[i] - 1] == '\0');
+            require(offsets[i] > offsets[i - 1] && offsets[i] <= text.size() &&
+                    text[offsets[i] - 1] == '\0');
         }
     }
     void findOffsets() {
@@ -377,8 +380,9 @@ struct BasicArena {
     }
 };
 
-using Arena = BasicArena<uint32_t>;       // up to 4 GiB
-using LargeArena = BasicArena<uint64_t>;  // any size; its offsets take as much room as the component's positions
+using Arena = BasicArena<uint32_t>;  // up to 4 GiB
+using LargeArena =
+    BasicArena<uint64_t>;  // any size; its offsets take as much room as the component's positions
 using OffsetDumpingArena = BasicArena<uint32_t, true>;
 using PiecewiseArena = BasicArena<uint32_t, false, 131072>;  // written like the component's blocks
 

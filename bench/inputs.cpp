@@ -39,7 +39,8 @@ NameList makeList(NameForm form, int32_t iFirst, int32_t nNames) {
 NameList picked(const NameList &list, const std::vector<int32_t> &picks) {
     NameList result;
     for (const int32_t i : picks) {
-        addName(result, list.names[static_cast<size_t>(i)], static_cast<size_t>(list.lengths[static_cast<size_t>(i)]));
+        addName(result, list.names[static_cast<size_t>(i)],
+                static_cast<size_t>(list.lengths[static_cast<size_t>(i)]));
     }
     pointAtNames(result);
     return result;
@@ -69,9 +70,14 @@ int structuredName(char *pBuffer, int32_t i) {
     const int32_t k = i / 4;
     switch (i % 4) {
     case 0: return std::snprintf(pBuffer, kFormBytes, "node%04d", k);
-    case 1: return std::snprintf(pBuffer, kFormBytes, "plant[%d].unit[%d].flow", k / 1000, k % 1000);
-    case 2: return std::snprintf(pBuffer, kFormBytes, "plant[%d].unit[%d].tank[%d].level", k / 20000, k / 20 % 1000, k % 20);
-    default: return std::snprintf(pBuffer, kFormBytes, "plant[%d].unit[%d].tank[%d].temperature", k / 20000, k / 20 % 1000, k % 20);
+    case 1:
+        return std::snprintf(pBuffer, kFormBytes, "plant[%d].unit[%d].flow", k / 1000, k % 1000);
+    case 2:
+        return std::snprintf(pBuffer, kFormBytes, "plant[%d].unit[%d].tank[%d].level", k / 20000,
+                             k / 20 % 1000, k % 20);
+    default:
+        return std::snprintf(pBuffer, kFormBytes, "plant[%d].unit[%d].tank[%d].temperature",
+                             k / 20000, k / 20 % 1000, k % 20);
     }
 }
 
@@ -87,9 +93,7 @@ Inputs makeInputs(const std::string &label, NameForm form, int32_t nNames) {
     inputs.renamed = renamedList(inputs.list, "");
     inputs.renamedPicks = picked(inputs.renamed, inputs.picks);
     inputs.longer = renamedList(inputs.list, ".renamed");
-    for (int32_t i = 1; i < nNames; i += 2) {
-        inputs.everyOther.push_back(i);
-    }
+    for (int32_t i = 1; i < nNames; i += 2) { inputs.everyOther.push_back(i); }
     return inputs;
 }
 

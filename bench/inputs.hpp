@@ -1,4 +1,5 @@
-/* The lists that are measured, and what the work on them needs besides: queries, replacements, orders. */
+// The lists that are measured, and what the work on them needs besides: queries, replacements,
+// orders.
 #ifndef BENCH_INPUTS_HPP
 #define BENCH_INPUTS_HPP
 

@@ -1,4 +1,5 @@
-/* The component measured beside what its users would write themselves, all in one run, or alone on lists of rising size. */
+// The component measured beside what its users would write themselves, all in one run, or alone on
+// lists of rising size.
 #include <benchmark/benchmark.h>
 
 #include <CLI/CLI.hpp>
@@ -25,14 +26,16 @@ struct Options {
 };
 
 constexpr int32_t kShortList = 1000;
-constexpr int32_t kNamesPerSample = 200000;  // short lists are worked on again and again, up to so many names
+constexpr int32_t kNamesPerSample =
+    200000;  // short lists are worked on again and again, up to so many names
 
 int64_t roundsFor(int32_t nNames) {
     return std::max(1, kNamesPerSample / nNames);
 }
 
 // One repetition: the mean of its rounds is a sample.
-void measure(benchmark::State &state, Measured &measured, const Inputs &inputs, const Row &row, const Entrant &entrant) {
+void measure(benchmark::State &state, Measured &measured, const Inputs &inputs, const Row &row,
+             const Entrant &entrant) {
     double nSeconds = 0;
     Sample sample = {0, 0, 0};
     for (auto round : state) {
@@ -41,15 +44,18 @@ void measure(benchmark::State &state, Measured &measured, const Inputs &inputs, 
         state.SetIterationTime(sample.nSeconds);
         nSeconds += sample.nSeconds;
     }
-    const double nNames = static_cast<double>(sample.nNames) * static_cast<double>(state.iterations());
+    const double nNames =
+        static_cast<double>(sample.nNames) * static_cast<double>(state.iterations());
     state.SetItemsProcessed(static_cast<int64_t>(nNames));
-    if (!takeSample(measured, inputs.label, row, entrant, nSeconds * 1e9 / nNames, sample.nDigest)) {
+    if (!takeSample(measured, inputs.label, row, entrant, nSeconds * 1e9 / nNames,
+                    sample.nDigest)) {
         state.SkipWithError("the contenders disagree");
     }
 }
 
 template <typename Body>
-void registerBenchmark(const std::string &list, const Row &row, const Entrant &entrant, int32_t nNames, Body body) {
+void registerBenchmark(const std::string &list, const Row &row, const Entrant &entrant,
+                       int32_t nNames, Body body) {
     benchmark::RegisterBenchmark((list + "/" + row.szId + "/" + entrant.szContender).c_str(), body)
         ->UseManualTime()
         ->Iterations(roundsFor(nNames))
@@ -63,8 +69,9 @@ void runBenchmarks() {
     benchmark::RunSpecifiedBenchmarks(&progress);
 }
 
-bool writeJsonIfWanted(const Options &options, const Measured &measured, const std::vector<Row> &rows,
-                       const std::vector<std::string> &lists, const std::vector<MemoryUse> &memory) {
+bool writeJsonIfWanted(const Options &options, const Measured &measured,
+                       const std::vector<Row> &rows, const std::vector<std::string> &lists,
+                       const std::vector<MemoryUse> &memory) {
     return options.jsonPath.empty() || writeJson(options.jsonPath, measured, rows, lists, memory);
 }
 
@@ -78,7 +85,8 @@ std::vector<MemoryUse> measureMemory(const NameList &list) {
 bool compare(const Options &options, Measured &measured) {
     std::vector<Inputs> allInputs;
     allInputs.push_back(makeInputs("mixed", mixedName, options.nNames));
-    const std::vector<MemoryUse> memory = options.bQuick ? std::vector<MemoryUse>() : measureMemory(allInputs[0].list);
+    const std::vector<MemoryUse> memory =
+        options.bQuick ? std::vector<MemoryUse>() : measureMemory(allInputs[0].list);
     if (!options.bQuick) {
         allInputs.push_back(makeInputs("structured", structuredName, options.nNames));
         allInputs.push_back(makeInputs("short", mixedName, kShortList));
@@ -89,7 +97,9 @@ bool compare(const Options &options, Measured &measured) {
         for (const Row &row : comparedRows()) {
             for (const Entrant &entrant : row.entrants) {
                 registerBenchmark(inputs.label, row, entrant, countOf(inputs.list),
-                                  [&](benchmark::State &state) { measure(state, measured, inputs, row, entrant); });
+                                  [&](benchmark::State &state) {
+                                      measure(state, measured, inputs, row, entrant);
+                                  });
             }
         }
     }
@@ -103,7 +113,8 @@ const Inputs &growthInputs(const Options &options, int32_t nNames) {
     static std::unique_ptr<Inputs> inputs;
     if (inputs == nullptr || countOf(inputs->list) != nNames) {
         inputs.reset();
-        inputs = std::make_unique<Inputs>(makeLargeInputs(std::to_string(nNames), mixedName, nNames, std::min(nNames, options.nPicks)));
+        inputs = std::make_unique<Inputs>(makeLargeInputs(std::to_string(nNames), mixedName, nNames,
+                                                          std::min(nNames, options.nPicks)));
     }
     return *inputs;
 }
@@ -116,9 +127,10 @@ bool grow(const Options &options, Measured &measured) {
         sizes.push_back(std::to_string(nNames));
         memory.push_back(componentMemory(growthInputs(options, nNames).list));
         for (const Row &row : growthRows()) {
-            registerBenchmark(sizes.back(), row, row.entrants[0], nNames, [&, nNames](benchmark::State &state) {
-                measure(state, measured, growthInputs(options, nNames), row, row.entrants[0]);
-            });
+            registerBenchmark(
+                sizes.back(), row, row.entrants[0], nNames, [&, nNames](benchmark::State &state) {
+                    measure(state, measured, growthInputs(options, nNames), row, row.entrants[0]);
+                });
         }
     }
     runBenchmarks();
@@ -127,23 +139,27 @@ bool grow(const Options &options, Measured &measured) {
 }
 
 int run(int argc, char **argv) {
-    std::thread([] {}).join();  // the C library makes locks cheaper in a process that never had a second thread
+    std::thread([] {
+    }).join();  // the C library makes locks cheaper in a process that never had a second thread
     benchmark::Initialize(&argc, argv);
     Options options;
-    CLI::App app("Measures the names manager beside its alternatives. Options of Google Benchmark are taken, too.");
-    app.add_flag("--growth", options.bGrowth, "cost per name of the component alone, on lists of rising size");
+    CLI::App app("Measures the names manager beside its alternatives. Options of Google Benchmark "
+                 "are taken, too.");
+    app.add_flag("--growth", options.bGrowth,
+                 "cost per name of the component alone, on lists of rising size");
     app.add_flag("--quick", options.bQuick, "the first list alone, and no measurement of memory");
-    app.add_option("--names", options.nNames, "names of the long lists")->check(CLI::Range(1000, 20000000))->capture_default_str();
-    app.add_option("--max-names", options.nMaxNames, "longest list for --growth; 100000000 take 12 GB")
+    app.add_option("--names", options.nNames, "names of the long lists")
+        ->check(CLI::Range(1000, 20000000))
+        ->capture_default_str();
+    app.add_option("--max-names", options.nMaxNames,
+                   "longest list for --growth; 100000000 take 12 GB")
         ->check(CLI::Range(1000, 100000000))
         ->capture_default_str();
     app.add_option("--json", options.jsonPath, "write the tables to this file, too");
     CLI11_PARSE(app, argc, argv);
     Measured measured;
     const bool bWritten = options.bGrowth ? grow(options, measured) : compare(options, measured);
-    if (!bWritten) {
-        std::cerr << options.jsonPath << ": cannot be written\n";
-    }
+    if (!bWritten) { std::cerr << options.jsonPath << ": cannot be written\n"; }
     return bWritten && measured.nWrong == 0 ? 0 : 1;
 }
 

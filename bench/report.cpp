@@ -8,7 +8,8 @@
 
 namespace {
 
-// What of a contender's memory is shown, in bytes per name over its text, and how much the component may take.
+// What of a contender's memory is shown, in bytes per name over its text, and how much the
+// component may take.
 const struct {
     const char *szWhat;
     double MemoryUse::*pnBytes;
@@ -18,11 +19,10 @@ const struct {
                       {"with an index that grew", &MemoryUse::nGrown, 36}};
 
 // NaN when nothing was measured.
-double median(const Measured &measured, const std::string &list, const std::string &row, const std::string &contender) {
+double median(const Measured &measured, const std::string &list, const std::string &row,
+              const std::string &contender) {
     const auto found = measured.samples.find({list, row, contender});
-    if (found == measured.samples.end() || found->second.empty()) {
-        return std::nan("");
-    }
+    if (found == measured.samples.end() || found->second.empty()) { return std::nan(""); }
     std::vector<double> sorted = found->second;
     std::sort(sorted.begin(), sorted.end());
     const size_t nMiddle = sorted.size() / 2;
@@ -30,14 +30,13 @@ double median(const Measured &measured, const std::string &list, const std::stri
 }
 
 double ratio(const Measured &measured, const std::string &list, const Row &row) {
-    return median(measured, list, row.szId, kComponent) / median(measured, list, row.szId, row.szAgainst);
+    return median(measured, list, row.szId, kComponent) /
+           median(measured, list, row.szId, row.szAgainst);
 }
 
 std::string number(double nValue, int nDecimals) {
     char aText[64] = "-";
-    if (!std::isnan(nValue)) {
-        std::snprintf(aText, sizeof aText, "%.*f", nDecimals, nValue);
-    }
+    if (!std::isnan(nValue)) { std::snprintf(aText, sizeof aText, "%.*f", nDecimals, nValue); }
     return aText;
 }
 
@@ -46,9 +45,7 @@ std::string verdict(double nValue, double nBound) {
 }
 
 void printLine(const std::vector<std::string> &cells) {
-    for (const std::string &cell : cells) {
-        std::printf("| %s ", cell.c_str());
-    }
+    for (const std::string &cell : cells) { std::printf("| %s ", cell.c_str()); }
     std::puts("|");
 }
 
@@ -56,30 +53,30 @@ void printLine(const std::vector<std::string> &cells) {
 void printHead(const std::vector<std::string> &cells, size_t nTexts) {
     std::puts("");
     printLine(cells);
-    for (size_t i = 0; i < cells.size(); ++i) {
-        std::fputs(i < nTexts ? "|---" : "|---:", stdout);
-    }
+    for (size_t i = 0; i < cells.size(); ++i) { std::fputs(i < nTexts ? "|---" : "|---:", stdout); }
     std::puts("|");
 }
 
 void printRatios(const Measured &measured, const std::vector<std::string> &lists) {
-    std::vector<std::string> head = {"work", "against", "at most", "ratio", "met", "component ns/name", "peer ns/name"};
-    std::transform(lists.begin() + 1, lists.end(), std::back_inserter(head), [](const std::string &list) { return "ratio, " + list; });
+    std::vector<std::string> head = {"work", "against",           "at most",     "ratio",
+                                     "met",  "component ns/name", "peer ns/name"};
+    std::transform(lists.begin() + 1, lists.end(), std::back_inserter(head),
+                   [](const std::string &list) { return "ratio, " + list; });
     printHead(head, 2);
     for (const Row &row : comparedRows()) {
         const double nRatio = ratio(measured, lists[0], row);
-        if (std::isnan(nRatio)) {
-            continue;
-        }
-        std::vector<std::string> cells = {row.szWork,
-                                          row.szAgainst,
-                                          row.nBound == 0 ? "" : number(row.nBound, 2),
-                                          number(nRatio, 2),
-                                          verdict(nRatio, row.nBound),
-                                          number(median(measured, lists[0], row.szId, kComponent), 2),
-                                          number(median(measured, lists[0], row.szId, row.szAgainst), 2)};
-        std::transform(lists.begin() + 1, lists.end(), std::back_inserter(cells),
-                       [&](const std::string &list) { return number(ratio(measured, list, row), 2); });
+        if (std::isnan(nRatio)) { continue; }
+        std::vector<std::string> cells = {
+            row.szWork,
+            row.szAgainst,
+            row.nBound == 0 ? "" : number(row.nBound, 2),
+            number(nRatio, 2),
+            verdict(nRatio, row.nBound),
+            number(median(measured, lists[0], row.szId, kComponent), 2),
+            number(median(measured, lists[0], row.szId, row.szAgainst), 2)};
+        std::transform(
+            lists.begin() + 1, lists.end(), std::back_inserter(cells),
+            [&](const std::string &list) { return number(ratio(measured, list, row), 2); });
         printLine(cells);
     }
 }
@@ -104,7 +101,8 @@ void printMemory(const std::vector<MemoryUse> &memory) {
 
 void printContenders(const Measured &measured, const std::vector<std::string> &lists) {
     std::vector<std::string> head = {"work", "contender"};
-    std::transform(lists.begin(), lists.end(), std::back_inserter(head), [](const std::string &list) { return list + ", ns/name"; });
+    std::transform(lists.begin(), lists.end(), std::back_inserter(head),
+                   [](const std::string &list) { return list + ", ns/name"; });
     printHead(head, 2);
     for (const Row &row : comparedRows()) {
         for (const Entrant &entrant : row.entrants) {
@@ -112,9 +110,7 @@ void printContenders(const Measured &measured, const std::vector<std::string> &l
             for (const std::string &list : lists) {
                 cells.push_back(number(median(measured, list, row.szId, entrant.szContender), 2));
             }
-            if (cells[2] != "-") {
-                printLine(cells);
-            }
+            if (cells[2] != "-") { printLine(cells); }
         }
     }
 }
@@ -125,7 +121,11 @@ nlohmann::json rowJson(const Measured &measured, const std::string &list, const 
         medians[entrant.szContender] = median(measured, list, row.szId, entrant.szContender);
     }
     const double nRatio = ratio(measured, list, row);
-    nlohmann::json result = {{"list", list}, {"row", row.szId}, {"work", row.szWork}, {"against", row.szAgainst}, {"ns_per_name", medians}};
+    nlohmann::json result = {{"list", list},
+                             {"row", row.szId},
+                             {"work", row.szWork},
+                             {"against", row.szAgainst},
+                             {"ns_per_name", medians}};
     result["ratio"] = nRatio;
     if (row.nBound != 0) {
         result["at_most"] = row.nBound;
@@ -136,8 +136,8 @@ nlohmann::json rowJson(const Measured &measured, const std::string &list, const 
 
 }  // namespace
 
-bool takeSample(Measured &measured, const std::string &list, const Row &row, const Entrant &entrant, double nNanosecondsPerName,
-                uint64_t nDigest) {
+bool takeSample(Measured &measured, const std::string &list, const Row &row, const Entrant &entrant,
+                double nNanosecondsPerName, uint64_t nDigest) {
     measured.samples[{list, row.szId, entrant.szContender}].push_back(nNanosecondsPerName);
     if (measured.digests.emplace(std::pair(list, row.szId), nDigest).first->second == nDigest) {
         return true;
@@ -147,15 +147,15 @@ bool takeSample(Measured &measured, const std::string &list, const Row &row, con
     return false;
 }
 
-void printComparison(const Measured &measured, const std::vector<std::string> &lists, const std::vector<MemoryUse> &memory) {
+void printComparison(const Measured &measured, const std::vector<std::string> &lists,
+                     const std::vector<MemoryUse> &memory) {
     printRatios(measured, lists);
-    if (!memory.empty()) {
-        printMemory(memory);
-    }
+    if (!memory.empty()) { printMemory(memory); }
     printContenders(measured, lists);
 }
 
-void printGrowth(const Measured &measured, const std::vector<std::string> &sizes, const std::vector<MemoryUse> &memory) {
+void printGrowth(const Measured &measured, const std::vector<std::string> &sizes,
+                 const std::vector<MemoryUse> &memory) {
     std::vector<std::string> head = {"ns per name"};
     head.insert(head.end(), sizes.begin(), sizes.end());
     printHead(head, 1);
@@ -167,21 +167,21 @@ void printGrowth(const Measured &measured, const std::vector<std::string> &sizes
         printLine(cells);
     }
     for (const auto &column : kMemoryColumns) {
-        std::vector<std::string> cells = {std::string("bytes per name over its text, ") + column.szWhat};
+        std::vector<std::string> cells = {std::string("bytes per name over its text, ") +
+                                          column.szWhat};
         std::transform(memory.begin(), memory.end(), std::back_inserter(cells),
                        [&column](const MemoryUse &use) { return number(use.*column.pnBytes, 2); });
         printLine(cells);
     }
     std::vector<std::string> total = {"MB in all, with the index"};
-    for (const MemoryUse &use : memory) {
-        total.push_back(number(use.nTotalWithIndex / 1e6, 1));
-    }
+    for (const MemoryUse &use : memory) { total.push_back(number(use.nTotalWithIndex / 1e6, 1)); }
     printLine(total);
 }
 
-bool writeJson(const std::string &path, const Measured &measured, const std::vector<Row> &rows, const std::vector<std::string> &lists,
-               const std::vector<MemoryUse> &memory) {
-    nlohmann::json result = {{"rows", nlohmann::json::array()}, {"memory", nlohmann::json::array()}};
+bool writeJson(const std::string &path, const Measured &measured, const std::vector<Row> &rows,
+               const std::vector<std::string> &lists, const std::vector<MemoryUse> &memory) {
+    nlohmann::json result = {{"rows", nlohmann::json::array()},
+                             {"memory", nlohmann::json::array()}};
     for (const std::string &list : lists) {
         for (const Row &row : rows) {
             if (measured.digests.count({list, row.szId}) != 0) {

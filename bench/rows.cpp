@@ -65,9 +65,7 @@ uint64_t digestOf(const std::vector<const char *> &names) {
 
 uint64_t digestOf(const std::vector<int32_t> &numbers) {
     uint64_t nDigest = numbers.size();
-    for (const int32_t n : numbers) {
-        nDigest = mixIn(nDigest, static_cast<uint64_t>(n));
-    }
+    for (const int32_t n : numbers) { nDigest = mixIn(nDigest, static_cast<uint64_t>(n)); }
     return nDigest;
 }
 
@@ -79,9 +77,7 @@ uint64_t digestOf(const char *pBytes, size_t nBytes) {
 template <typename Contender>
 uint64_t contentOf(Contender &contender) {
     std::vector<const char *> names(at(contender.count()));
-    if (!names.empty()) {
-        contender.pointers(0, contender.count(), names.data());
-    }
+    if (!names.empty()) { contender.pointers(0, contender.count(), names.data()); }
     return digestOf(names);
 }
 
@@ -105,8 +101,9 @@ Sample storeFromBuffer(const Inputs &in) {
     Contender contender;
     const int32_t nNames = countOf(in.list);
     const double nSeconds = secondsOf([&] {
-        inRanges(nNames, (nNames + kCalls - 1) / kCalls,
-                 [&](int32_t first, int32_t n) { contender.storeBuffer(first, n, in.list.names[at(first)]); });
+        inRanges(nNames, (nNames + kCalls - 1) / kCalls, [&](int32_t first, int32_t n) {
+            contender.storeBuffer(first, n, in.list.names[at(first)]);
+        });
     });
     return {nSeconds, contentOf(contender), nNames};
 }
@@ -117,9 +114,7 @@ void storeIndexed(Contender &contender, const NameList &list) {
     const int32_t nNames = countOf(list);
     inRanges(nNames, (nNames + 79) / 80, [&](int32_t first, int32_t n) {
         contender.storeBuffer(first, n, list.names[at(first)]);
-        if (first == 0) {
-            contender.buildIndex();
-        }
+        if (first == 0) { contender.buildIndex(); }
     });
 }
 
@@ -134,18 +129,18 @@ Sample storeWithIndex(const Inputs &in) {
 template <typename Contender>
 Sample storeFromPointers(const Inputs &in) {
     Contender contender;
-    const double nSeconds = secondsOf([&] { contender.storePointers(countOf(in.list), in.list.names.data()); });
+    const double nSeconds =
+        secondsOf([&] { contender.storePointers(countOf(in.list), in.list.names.data()); });
     return {nSeconds, contentOf(contender), countOf(in.list)};
 }
 
 template <typename Contender, typename Lock, bool kPositions = false>
 Sample appendSingly(const Inputs &in) {
     Contender contender;
-    if (kPositions) {
-        contender.usePositions();
-    }
-    const double nSeconds =
-        secondsOfCalls<Lock>(in.list.names.size(), [&](size_t k) { contender.append(static_cast<int32_t>(k), in.list.names[k]); });
+    if (kPositions) { contender.usePositions(); }
+    const double nSeconds = secondsOfCalls<Lock>(in.list.names.size(), [&](size_t k) {
+        contender.append(static_cast<int32_t>(k), in.list.names[k]);
+    });
     return {nSeconds, contentOf(contender), countOf(in.list)};
 }
 
@@ -164,15 +159,19 @@ Sample appendIndexed(const Inputs &in) {
 }
 
 // ---- Reading ----
-// Room for results is made first, so that clearing it does not push what is to be read out of the caches.
+// Room for results is made first, so that clearing it does not push what is to be read out of the
+// caches.
 
 template <typename Contender>
 Sample readPointers(const Inputs &in) {
     std::vector<const char *> names(in.list.names.size());
     Contender contender;
     fill(contender, in.list);
-    const double nSeconds = secondsOf(
-        [&] { inRanges(countOf(in.list), 250, [&](int32_t first, int32_t n) { contender.pointers(first, n, &names[at(first)]); }); });
+    const double nSeconds = secondsOf([&] {
+        inRanges(countOf(in.list), 250, [&](int32_t first, int32_t n) {
+            contender.pointers(first, n, &names[at(first)]);
+        });
+    });
     return {nSeconds, digestOf(names), countOf(in.list)};
 }
 
@@ -181,8 +180,9 @@ Sample readAscending(const Inputs &in) {
     std::vector<const char *> names(in.list.names.size());
     Contender contender;
     fill(contender, in.list);
-    const double nSeconds =
-        secondsOfCalls<Lock>(in.list.names.size(), [&](size_t k) { names[k] = contender.name(static_cast<int32_t>(k)); });
+    const double nSeconds = secondsOfCalls<Lock>(in.list.names.size(), [&](size_t k) {
+        names[k] = contender.name(static_cast<int32_t>(k));
+    });
     return {nSeconds, digestOf(names), countOf(in.list)};
 }
 
@@ -192,7 +192,8 @@ Sample readRandomly(const Inputs &in) {
     Contender contender;
     fill(contender, in.list);
     contender.usePositions();
-    const double nSeconds = secondsOfCalls<Lock>(in.picks.size(), [&](size_t k) { names[k] = contender.name(in.picks[k]); });
+    const double nSeconds = secondsOfCalls<Lock>(
+        in.picks.size(), [&](size_t k) { names[k] = contender.name(in.picks[k]); });
     return {nSeconds, digestOf(names), static_cast<int64_t>(in.picks.size())};
 }
 
@@ -203,8 +204,9 @@ Sample copyOut(const Inputs &in) {
     fill(contender, in.list);
     size_t nCopied = 0;
     const double nSeconds = secondsOf([&] {
-        inRanges(countOf(in.list), 2000,
-                 [&](int32_t first, int32_t n) { nCopied += contender.copyOut(first, n, copy.data() + nCopied, copy.size() - nCopied); });
+        inRanges(countOf(in.list), 2000, [&](int32_t first, int32_t n) {
+            nCopied += contender.copyOut(first, n, copy.data() + nCopied, copy.size() - nCopied);
+        });
     });
     return {nSeconds, digestOf(copy.data(), nCopied), countOf(in.list)};
 }
@@ -216,8 +218,9 @@ Sample copyFields(const Inputs &in) {
     Contender contender;
     fill(contender, in.list);
     const double nSeconds = secondsOf([&] {
-        inRanges(countOf(in.list), 2000,
-                 [&](int32_t first, int32_t n) { contender.copyFields(first, n, kWidth, &fields[at(first) * kWidth]); });
+        inRanges(countOf(in.list), 2000, [&](int32_t first, int32_t n) {
+            contender.copyFields(first, n, kWidth, &fields[at(first) * kWidth]);
+        });
     });
     return {nSeconds, digestOf(fields.data(), fields.size()), countOf(in.list)};
 }
@@ -252,7 +255,8 @@ Sample findSingly(const Inputs &in) {
     Contender contender;
     fill(contender, in.list);
     contender.buildIndex();
-    const double nSeconds = secondsOfCalls<Lock>(found.size(), [&](size_t k) { found[k] = contender.find(queries.names[k]); });
+    const double nSeconds = secondsOfCalls<Lock>(
+        found.size(), [&](size_t k) { found[k] = contender.find(queries.names[k]); });
     return {nSeconds, digestOf(found), countOf(queries)};
 }
 
@@ -263,13 +267,15 @@ Sample findLists(const Inputs &in) {
     fill(contender, in.list);
     contender.buildIndex();
     const double nSeconds = secondsOf([&] {
-        inRanges(countOf(in.hits), 1000,
-                 [&](int32_t first, int32_t n) { contender.findList(&in.hits.names[at(first)], n, &found[at(first)]); });
+        inRanges(countOf(in.hits), 1000, [&](int32_t first, int32_t n) {
+            contender.findList(&in.hits.names[at(first)], n, &found[at(first)]);
+        });
     });
     return {nSeconds, digestOf(found), countOf(in.hits)};
 }
 
-// Each name appended is followed by a lookup of a random name of the list, which is there by then or not.
+// Each name appended is followed by a lookup of a random name of the list, which is there by then
+// or not.
 template <typename Contender, typename Lock>
 Sample appendAndFind(const Inputs &in) {
     Contender contender;
@@ -340,11 +346,10 @@ template <typename Contender, typename Lock, bool kPositions = false>
 Sample replaceRandomly(const Inputs &in) {
     Contender contender;
     fill(contender, in.list);
-    if (kPositions) {
-        contender.usePositions();
-    }
-    const double nSeconds =
-        secondsOfCalls<Lock>(in.picks.size(), [&](size_t k) { contender.replace(in.picks[k], in.renamedPicks.names[k]); });
+    if (kPositions) { contender.usePositions(); }
+    const double nSeconds = secondsOfCalls<Lock>(in.picks.size(), [&](size_t k) {
+        contender.replace(in.picks[k], in.renamedPicks.names[k]);
+    });
     return {nSeconds, contentOf(contender), countOf(in.list)};
 }
 
@@ -361,7 +366,8 @@ Sample copyWhole(const Inputs &in) {
 
 constexpr size_t kSmallImage = 65536;  // bytes, more than a short list takes
 
-// Writes to memory that is there already, so that saving is measured and not the growth of a buffer.
+// Writes to memory that is there already, so that saving is measured and not the growth of a
+// buffer.
 struct ReadyOutput {
     HostOutputStream stream;  // first: writes get its address
     std::vector<char> bytes;
@@ -382,7 +388,10 @@ constexpr HostOutputStreamOps kReadyOps = {writeToReady};
 template <typename Contender, bool kSave>
 Sample saveAndLoad(const Inputs &in) {
     ReadyOutput output = {
-        {&kReadyOps}, std::vector<char>(in.list.text.size() + in.list.names.size() * sizeof(uint32_t) + kSmallImage, 'x'), 0};
+        {&kReadyOps},
+        std::vector<char>(
+            in.list.text.size() + in.list.names.size() * sizeof(uint32_t) + kSmallImage, 'x'),
+        0};
     Contender source;
     fill(source, in.list);
     const double nSaving = secondsOf([&] { source.save(&output.stream); });
@@ -431,7 +440,8 @@ MemoryUse memoryOf(const char *szContender, const NameList &list) {
     const double nWithout = heapInUse() - nBefore;
     contender.buildIndex();
     const double nWith = heapInUse() - nBefore;
-    const double nGrown = Contender::kKeepsIndex ? (heapOfGrown<Contender>(list) - nText) / nNames : std::nan("");
+    const double nGrown =
+        Contender::kKeepsIndex ? (heapOfGrown<Contender>(list) - nText) / nNames : std::nan("");
     return {szContender, (nWithout - nText) / nNames, (nWith - nText) / nNames, nGrown, nWith};
 }
 
@@ -460,7 +470,8 @@ std::vector<Entrant> findEntrants() {
             {kUnorderedGuarded, findSingly<UnorderedStrings, std::mutex, kQueries>}};
 }
 
-Row row(const char *szId, const char *szWork, double nBound, const char *szAgainst, std::vector<Entrant> entrants) {
+Row row(const char *szId, const char *szWork, double nBound, const char *szAgainst,
+        std::vector<Entrant> entrants) {
     return {szId, szWork, nBound, szAgainst, std::move(entrants)};
 }
 
@@ -477,7 +488,9 @@ std::vector<Row> makeComparedRows() {
         row("store_indexed", "store from one buffer, 80 calls, with an index", 0.6, kArena,
             {{kComponent, storeWithIndex<Component>}, {kArena, storeWithIndex<Arena>}}),
         row("store_pointers", "store from a pointer array", 0.95, kArena,
-            {{kComponent, storeFromPointers<Component>}, {kArena, storeFromPointers<Arena>}, {kStrings, storeFromPointers<AbslStrings>}}),
+            {{kComponent, storeFromPointers<Component>},
+             {kArena, storeFromPointers<Arena>},
+             {kStrings, storeFromPointers<AbslStrings>}}),
         row("append", "append, one name per call", 1.05, kArenaGuarded,
             {{kComponent, appendSingly<Component, NoLock>},
              {kArena, appendSingly<Arena, NoLock>},
@@ -485,9 +498,12 @@ std::vector<Row> makeComparedRows() {
              {kStrings, appendSingly<AbslStrings, NoLock>},
              {kStringsGuarded, appendSingly<AbslStrings, std::mutex>}}),
         row("append_positions", "append, one name per call, positions", 0, kArenaGuarded,
-            {{kComponent, appendSingly<Component, NoLock, true>}, {kArenaGuarded, appendSingly<Arena, std::mutex>}}),
+            {{kComponent, appendSingly<Component, NoLock, true>},
+             {kArenaGuarded, appendSingly<Arena, std::mutex>}}),
         row("pointers", "pointers in ascending ranges of 250", 1.25, kStrings,
-            {{kComponent, readPointers<Component>}, {kArena, readPointers<Arena>}, {kStrings, readPointers<AbslStrings>}}),
+            {{kComponent, readPointers<Component>},
+             {kArena, readPointers<Arena>},
+             {kStrings, readPointers<AbslStrings>}}),
         row("read_ascending", "one name per call, ascending", 1.3, kArenaGuarded,
             {{kComponent, readAscending<Component, NoLock>},
              {kArena, readAscending<Arena, NoLock>},
@@ -502,29 +518,39 @@ std::vector<Row> makeComparedRows() {
              {kStrings, readRandomly<AbslStrings, NoLock>},
              {kStringsGuarded, readRandomly<AbslStrings, std::mutex>}}),
         row("copy_plain", "copy out plain, ranges of 2,000", 0.4, kStrings,
-            {{kComponent, copyOut<Component>}, {kArena, copyOut<Arena>}, {kStrings, copyOut<AbslStrings>}}),
+            {{kComponent, copyOut<Component>},
+             {kArena, copyOut<Arena>},
+             {kStrings, copyOut<AbslStrings>}}),
         row("copy_fields", "fixed-width fields of 24, padded and cut", 1.4, kStrings,
-            {{kComponent, copyFields<Component>}, {kArena, copyFields<Arena>}, {kStrings, copyFields<AbslStrings>}}),
+            {{kComponent, copyFields<Component>},
+             {kArena, copyFields<Arena>},
+             {kStrings, copyFields<AbslStrings>}}),
         row("first_lookup", "first lookup (builds the index)", 0.45, kArena,
             {{kComponent, lookUpFirst<Component>},
              {kArena, lookUpFirst<Arena>},
              {kAbsl, lookUpFirst<AbslStrings>},
              {kUnordered, lookUpFirst<UnorderedStrings>}}),
-        row("find_hits", "find, hits, one per call", 0.9, kArenaGuarded, findEntrants<&Inputs::hits>()),
+        row("find_hits", "find, hits, one per call", 0.9, kArenaGuarded,
+            findEntrants<&Inputs::hits>()),
         row("find_lists", "find, hits, lists of 1,000", 0.4, kArena,
             {{kComponent, findLists<Component>},
              {kArena, findLists<Arena>},
              {kAbsl, findLists<AbslStrings>},
              {kUnordered, findLists<UnorderedStrings>}}),
-        row("find_misses", "find, misses, one per call", 1.0, kArenaGuarded, findEntrants<&Inputs::absent>()),
+        row("find_misses", "find, misses, one per call", 1.0, kArenaGuarded,
+            findEntrants<&Inputs::absent>()),
         row("append_find", "append and find in turn", 0.9, kArenaGuarded,
             {{kComponent, appendAndFind<Component, NoLock>},
              {kArena, appendAndFind<Arena, NoLock>},
              {kArenaGuarded, appendAndFind<Arena, std::mutex>}}),
         row("longest", "longest name, nothing cached", 1.6, kStrings,
-            {{kComponent, findLongest<Component>}, {kArena, findLongest<Arena>}, {kStrings, findLongest<AbslStrings>}}),
+            {{kComponent, findLongest<Component>},
+             {kArena, findLongest<Arena>},
+             {kStrings, findLongest<AbslStrings>}}),
         row("copy_whole", "whole copy", 1.0, kArena,
-            {{kComponent, copyWhole<Component>}, {kArena, copyWhole<Arena>}, {kStrings, copyWhole<AbslStrings>}}),
+            {{kComponent, copyWhole<Component>},
+             {kArena, copyWhole<Arena>},
+             {kStrings, copyWhole<AbslStrings>}}),
         row("save", "save", 1.05, kArena,
             {{kComponent, saveAndLoad<Component, true>},
              {kArena, saveAndLoad<Arena, true>},
@@ -537,7 +563,9 @@ std::vector<Row> makeComparedRows() {
              {kArena, saveAndLoad<Arena, false>},
              {kArenaOffsets, saveAndLoad<OffsetDumpingArena, false>}}),
         row("remove_half", "remove the first half by range", 0.5, kArena,
-            {{kComponent, removeFirstHalf<Component>}, {kArena, removeFirstHalf<Arena>}, {kStrings, removeFirstHalf<AbslStrings>}}),
+            {{kComponent, removeFirstHalf<Component>},
+             {kArena, removeFirstHalf<Arena>},
+             {kStrings, removeFirstHalf<AbslStrings>}}),
         row("remove_list", "remove every other name by a list of indices", 2.0, kStrings,
             {{kComponent, removeEveryOther<Component>}, {kStrings, removeEveryOther<AbslStrings>}}),
         row("replace_same", "replace all by same-length", 1.4, kArena,
@@ -554,7 +582,8 @@ std::vector<Row> makeComparedRows() {
              {kArenaGuarded, replaceRandomly<Arena, std::mutex>},
              {kStringsGuarded, replaceRandomly<AbslStrings, std::mutex>}}),
         row("replace_random_positions", "the same after the switch to positions", 0, kArenaGuarded,
-            {{kComponent, replaceRandomly<Component, NoLock, true>}, {kArenaGuarded, replaceRandomly<Arena, std::mutex>}}),
+            {{kComponent, replaceRandomly<Component, NoLock, true>},
+             {kArenaGuarded, replaceRandomly<Arena, std::mutex>}}),
         row("generate", "generate default names, half the list", 0.55, kArena,
             {{kComponent, generate<Component>}, {kArena, generate<Arena>}}),
         row("duplicates_empty", "duplicate check against an empty list", 0.55, kAbsl,
@@ -570,18 +599,29 @@ std::vector<Row> makeComparedRows() {
 
 std::vector<Row> makeGrowthRows() {
     return {
-        row("store", "store from one buffer", 0, kComponent, {{kComponent, storeFromBuffer<Component, 1>}}),
-        row("append", "append singly, segments", 0, kComponent, {{kComponent, appendSingly<Component, NoLock>}}),
-        row("append_positions", "append singly, positions", 0, kComponent, {{kComponent, appendSingly<Component, NoLock, true>}}),
-        row("append_indexed", "append singly, with an index", 0, kComponent, {{kComponent, appendIndexed<Component>}}),
-        row("pointers", "pointers in ranges of 250", 0, kComponent, {{kComponent, readPointers<Component>}}),
-        row("read_ascending", "read singly, ascending", 0, kComponent, {{kComponent, readAscending<Component, NoLock>}}),
-        row("read_random", "read singly, random, positions", 0, kComponent, {{kComponent, readRandomly<Component, NoLock>}}),
-        row("first_lookup", "build the index", 0, kComponent, {{kComponent, lookUpFirst<Component>}}),
-        row("find_lists", "find, hits, lists of 1,000", 0, kComponent, {{kComponent, findLists<Component>}}),
-        row("find_hits", "find singly, hits", 0, kComponent, {{kComponent, findSingly<Component, NoLock, &Inputs::hits>}}),
+        row("store", "store from one buffer", 0, kComponent,
+            {{kComponent, storeFromBuffer<Component, 1>}}),
+        row("append", "append singly, segments", 0, kComponent,
+            {{kComponent, appendSingly<Component, NoLock>}}),
+        row("append_positions", "append singly, positions", 0, kComponent,
+            {{kComponent, appendSingly<Component, NoLock, true>}}),
+        row("append_indexed", "append singly, with an index", 0, kComponent,
+            {{kComponent, appendIndexed<Component>}}),
+        row("pointers", "pointers in ranges of 250", 0, kComponent,
+            {{kComponent, readPointers<Component>}}),
+        row("read_ascending", "read singly, ascending", 0, kComponent,
+            {{kComponent, readAscending<Component, NoLock>}}),
+        row("read_random", "read singly, random, positions", 0, kComponent,
+            {{kComponent, readRandomly<Component, NoLock>}}),
+        row("first_lookup", "build the index", 0, kComponent,
+            {{kComponent, lookUpFirst<Component>}}),
+        row("find_lists", "find, hits, lists of 1,000", 0, kComponent,
+            {{kComponent, findLists<Component>}}),
+        row("find_hits", "find singly, hits", 0, kComponent,
+            {{kComponent, findSingly<Component, NoLock, &Inputs::hits>}}),
         row("save", "save", 0, kComponent, {{kComponent, saveAndLoad<Component, true>}}),
-        row("load", "load (validated)", 0, kComponent, {{kComponent, saveAndLoad<Component, false>}}),
+        row("load", "load (validated)", 0, kComponent,
+            {{kComponent, saveAndLoad<Component, false>}}),
     };
 }
 
@@ -602,5 +642,6 @@ MemoryUse componentMemory(const NameList &list) {
 }
 
 std::vector<MemoryUse> peerMemory(const NameList &list) {
-    return {memoryOf<Arena>(kArena, list), memoryOf<AbslStrings>(kAbsl, list), memoryOf<UnorderedStrings>(kUnordered, list)};
+    return {memoryOf<Arena>(kArena, list), memoryOf<AbslStrings>(kAbsl, list),
+            memoryOf<UnorderedStrings>(kUnordered, list)};
 }

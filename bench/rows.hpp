@@ -1,4 +1,4 @@
-/* The work that is measured: one row per kind of work, with those who compete in it. */
+// The work that is measured: one row per kind of work, with those who compete in it.
 #ifndef BENCH_ROWS_HPP
 #define BENCH_ROWS_HPP
 
@@ -16,7 +16,8 @@ struct Sample {
 
 struct Entrant {
     const char *szContender;
-    Sample (*pfnRun)(const Inputs &inputs);  // builds what it needs, then works with the clock running, then digests the result
+    Sample (*pfnRun)(const Inputs &inputs);  // builds what it needs, then works with the clock
+                                             // running, then digests the result
 };
 
 constexpr char kComponent[] = "component";
@@ -24,7 +25,7 @@ constexpr char kComponent[] = "component";
 struct Row {
     const char *szId;
     const char *szWork;
-    double nBound;          // the component's time at most, in times of szAgainst; 0: for information
+    double nBound;  // the component's time at most, in times of szAgainst; 0: for information
     const char *szAgainst;  // a contender of this row
     std::vector<Entrant> entrants;
 };
@@ -32,12 +33,14 @@ struct Row {
 const std::vector<Row> &comparedRows();
 const std::vector<Row> &growthRows();  // the component alone, on lists of rising size
 
-// Bytes of heap that a contender takes per name beyond its text, and in all, for a list stored from one buffer.
+// Bytes of heap that a contender takes per name beyond its text, and in all, for a list stored from
+// one buffer.
 struct MemoryUse {
     const char *szContender;
     double nWithoutIndex;
     double nWithIndex;
-    double nGrown;  // with an index that was there while the list grew; NaN for contenders that do not keep one
+    double nGrown;  // with an index that was there while the list grew; NaN for contenders that do
+                    // not keep one
     double nTotalWithIndex;
 };
 MemoryUse componentMemory(const NameList &list);

@@ -1,4 +1,5 @@
-/* Read in front of every source of the libraries, whose symbols are hidden but for what the public headers declare. */
+/* Read in front of every source of the libraries, whose symbols are hidden but for what the public
+ * headers declare. */
 #pragma GCC visibility push(default)
 #include "host/host_hash_map.h"
 #include "host/host_lock.h"

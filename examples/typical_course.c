@@ -1,4 +1,5 @@
-/* The course of one names manager in C: names are stored, read, looked up, replaced, removed and saved. */
+/* The course of one names manager in C: names are stored, read, looked up, replaced, removed and
+ * saved. */
 #include <inttypes.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -11,11 +12,10 @@
 static int printNames(NamesManager *mgr, const char *szTitle) {
     uint64_t nBytes = 0; /* of all names, each with its NUL */
     const int32_t iLast = NamesManager_GetNumNames(mgr) - 1;
-    if (NamesManager_GetNames(mgr, 0, iLast, 0, 0, 0, 0, NULL, 0, &nBytes) != 0) {
-        return 1;
-    }
+    if (NamesManager_GetNames(mgr, 0, iLast, 0, 0, 0, 0, NULL, 0, &nBytes) != 0) { return 1; }
     char *pNames = malloc(nBytes + 1); /* never of 0 bytes, which may yield NULL */
-    const int bFailed = pNames == NULL || NamesManager_GetNames(mgr, 0, iLast, 0, 0, 0, 0, pNames, nBytes, NULL) != 0;
+    const int bFailed = pNames == NULL ||
+                        NamesManager_GetNames(mgr, 0, iLast, 0, 0, 0, 0, pNames, nBytes, NULL) != 0;
     printf("%s (%" PRIu64 " bytes):", szTitle, nBytes);
     for (const char *p = pNames; !bFailed && p < pNames + nBytes; p += strlen(p) + 1) {
         printf(" %s", p);
@@ -35,14 +35,13 @@ static int useManager(NamesManager *mgr, HostOutputStream *pImage) {
     if (NamesManager_AddNames(mgr, 2, 2, 0, aThird) != 0 || printNames(mgr, "replaced") != 0) {
         return 1;
     }
-    printf("\"three\" has index %" PRId32 ", \"third-name\" has %" PRId32 "\n", NamesManager_FindName(mgr, "three", 0),
-           NamesManager_FindName(mgr, "third-name", 0));
-    if (NamesManager_RemoveNames(mgr, 0, 1, 0) != 0 || printNames(mgr, "removed the first two") != 0) {
+    printf("\"three\" has index %" PRId32 ", \"third-name\" has %" PRId32 "\n",
+           NamesManager_FindName(mgr, "three", 0), NamesManager_FindName(mgr, "third-name", 0));
+    if (NamesManager_RemoveNames(mgr, 0, 1, 0) != 0 ||
+        printNames(mgr, "removed the first two") != 0) {
         return 1;
     }
-    if (NamesManager_Save(mgr, NULL, pImage) != 0) {
-        return 1;
-    }
+    if (NamesManager_Save(mgr, NULL, pImage) != 0) { return 1; }
     uint64_t nBytes = 0;
     HostOutputStream_GetMemory(pImage, &nBytes);
     printf("saved: %" PRIu64 " bytes\n", nBytes);
@@ -55,8 +54,6 @@ int main(void) {
     const int bFailed = mgr == NULL || pImage == NULL || useManager(mgr, pImage) != 0;
     HostOutputStream_Close(pImage, 0);
     NamesManager_Destroy(mgr);
-    if (bFailed) {
-        fprintf(stderr, "typical_course: out of memory\n");
-    }
+    if (bFailed) { fprintf(stderr, "typical_course: out of memory\n"); }
     return bFailed ? EXIT_FAILURE : EXIT_SUCCESS;
 }

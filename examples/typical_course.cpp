@@ -1,4 +1,5 @@
-// The course of one names manager in C++: names are stored, read, looked up, replaced, removed, saved and loaded again.
+// The course of one names manager in C++: names are stored, read, looked up, replaced, removed,
+// saved and loaded again.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -29,39 +30,29 @@ void printNames(const Manager &manager, const char *szTitle) {
 // A manager with the same names, by way of an image in memory; false when that failed.
 Manager saveAndLoad(const Manager &manager) {
     Manager loaded;
-    const std::unique_ptr<HostOutputStream, StreamRelease> output(HostOutputStream_CreateInMemory());
-    if (!loaded || !output || manager.save(output.get()) != 0) {
-        return Manager::adopt(nullptr);
-    }
+    const std::unique_ptr<HostOutputStream, StreamRelease> output(
+        HostOutputStream_CreateInMemory());
+    if (!loaded || !output || manager.save(output.get()) != 0) { return Manager::adopt(nullptr); }
     uint64_t nBytes = 0;
     const void *pImage = HostOutputStream_GetMemory(output.get(), &nBytes);
-    const std::unique_ptr<HostInputStream, StreamRelease> input(HostInputStream_CreateInMemory(pImage, nBytes));
-    if (!input || loaded.load(input.get()) != 0) {
-        return Manager::adopt(nullptr);
-    }
+    const std::unique_ptr<HostInputStream, StreamRelease> input(
+        HostInputStream_CreateInMemory(pImage, nBytes));
+    if (!input || loaded.load(input.get()) != 0) { return Manager::adopt(nullptr); }
     return loaded;
 }
 
 bool run() {
     Manager manager;
     const char *const aNames[] = {"one", "two", "three", "four", "five"};
-    if (!manager || manager.add(0, 4, aNames) != Status::ok) {
-        return false;
-    }
+    if (!manager || manager.add(0, 4, aNames) != Status::ok) { return false; }
     printNames(manager, "stored");
     std::printf("\"three\" has index %d\n", manager.find("three"));
-    if (manager.add(2, std::string_view("third-name")) != Status::ok) {
-        return false;
-    }
+    if (manager.add(2, std::string_view("third-name")) != Status::ok) { return false; }
     printNames(manager, "replaced");
-    if (manager.remove(0, 1) != Status::ok) {
-        return false;
-    }
+    if (manager.remove(0, 1) != Status::ok) { return false; }
     printNames(manager, "removed the first two");
     Manager loaded = saveAndLoad(std::exchange(manager, Manager::adopt(nullptr)));
-    if (!loaded) {
-        return false;
-    }
+    if (!loaded) { return false; }
     printNames(loaded, "loaded");
     std::printf("the name at index 4, never given, is %s\n", loaded.name(4).data());
     return loaded.find(std::string_view("third-named", 10)) == 0;
@@ -70,9 +61,7 @@ bool run() {
 }  // namespace
 
 int main() {
-    if (run()) {
-        return EXIT_SUCCESS;
-    }
+    if (run()) { return EXIT_SUCCESS; }
     std::fprintf(stderr, "typical_course: out of memory\n");
     return EXIT_FAILURE;
 }

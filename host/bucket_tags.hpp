@@ -1,8 +1,9 @@
-// The 16 tags of a bucket, one byte each, compared all at once. Bit i of the result stands for tag i.
+// The 16 tags of a bucket, one byte each, compared all at once. Bit i of the result stands for tag
+// i.
 #ifndef HOST_BUCKET_TAGS_HPP
 #define HOST_BUCKET_TAGS_HPP
 
-#include <stdint.h>
+#include <cstdint>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -18,13 +19,15 @@ constexpr uint32_t kBucketEntries = 16;
 
 inline uint32_t equalTags(const uint8_t *pTags, uint8_t nTag) {
     const __m128i tags = _mm_loadu_si128(reinterpret_cast<const __m128i *>(pTags));
-    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(tags, _mm_set1_epi8(static_cast<char>(nTag)))));
+    return static_cast<uint32_t>(
+        _mm_movemask_epi8(_mm_cmpeq_epi8(tags, _mm_set1_epi8(static_cast<char>(nTag)))));
 }
 
 #elif defined(__ARM_NEON) && defined(__aarch64__)
 
 inline uint32_t equalTags(const uint8_t *pTags, uint8_t nTag) {
-    static const uint8_t aBits[kBucketEntries] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+    static const uint8_t aBits[kBucketEntries] = {1, 2, 4, 8, 16, 32, 64, 128,
+                                                  1, 2, 4, 8, 16, 32, 64, 128};
     const uint8x16_t bits = vandq_u8(vceqq_u8(vld1q_u8(pTags), vdupq_n_u8(nTag)), vld1q_u8(aBits));
     return vaddv_u8(vget_low_u8(bits)) | static_cast<uint32_t>(vaddv_u8(vget_high_u8(bits))) << 8;
 }
@@ -38,7 +41,8 @@ inline uint32_t equalInEight(const uint8_t *pTags, uint8_t nTag) {
         nTags |= static_cast<uint64_t>(pTags[i]) << (8 * i);
     }
     const uint64_t nDiffering = nTags ^ (0x0101010101010101 * nTag);
-    const uint64_t nEqual = ~(((nDiffering & kLowBits) + kLowBits) | nDiffering | kLowBits) >> 7;  // 1 in each byte that is equal
+    const uint64_t nEqual = ~(((nDiffering & kLowBits) + kLowBits) | nDiffering | kLowBits) >>
+                            7;  // 1 in each byte that is equal
     return static_cast<uint32_t>((nEqual * 0x0102040810204080) >> 56);
 }
 

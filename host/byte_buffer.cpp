@@ -15,17 +15,12 @@ constexpr uint64_t kSmallest = 64;                   // bytes of the first piece
 }  // namespace
 
 bool growByteBuffer(ByteBuffer &buffer, uint64_t nMore) {
-    if (nMore <= buffer.nCapacity - buffer.nUsed) {
-        return true;
-    }
-    if (nMore > std::numeric_limits<uint64_t>::max() - buffer.nUsed) {
-        return false;
-    }
-    const uint64_t nCapacity = std::max({buffer.nUsed + nMore, buffer.nCapacity + buffer.nCapacity / 2, kSmallest});
+    if (nMore <= buffer.nCapacity - buffer.nUsed) { return true; }
+    if (nMore > std::numeric_limits<uint64_t>::max() - buffer.nUsed) { return false; }
+    const uint64_t nCapacity =
+        std::max({buffer.nUsed + nMore, buffer.nCapacity + buffer.nCapacity / 2, kSmallest});
     void *pBytes = HostMem_Realloc(buffer.pBytes, nCapacity, kSourceTag, __LINE__);
-    if (pBytes == nullptr) {
-        return false;
-    }
+    if (pBytes == nullptr) { return false; }
     buffer.pBytes = static_cast<char *>(pBytes);
     buffer.nCapacity = nCapacity;
     return true;

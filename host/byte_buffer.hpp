@@ -1,4 +1,5 @@
-// A run of bytes in one piece of memory that grows in proportion to its size. Internal to the shipped host.
+// A run of bytes in one piece of memory that grows in proportion to its size. Internal to the
+// shipped host.
 #ifndef HOST_BYTE_BUFFER_HPP
 #define HOST_BYTE_BUFFER_HPP
 
@@ -12,7 +13,8 @@ struct ByteBuffer {
     uint64_t nCapacity;  // bytes there is room for
 };
 
-// Makes room for nMore bytes behind those in use. False when there is no memory: the buffer is then unchanged.
+// Makes room for nMore bytes behind those in use. False when there is no memory: the buffer is then
+// unchanged.
 bool growByteBuffer(ByteBuffer &buffer, uint64_t nMore);
 
 // Gives the memory back and leaves an empty buffer.

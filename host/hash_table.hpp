@@ -1,31 +1,37 @@
 // The table of the hash map: one entry for each hash, found without a look at any text.
 //
-// Entries lie in buckets of 16, four cache lines, with one tag byte for each and 16 marks for all beside them:
+// Entries lie in buckets of 16, four cache lines, with one tag byte for each and 16 marks for all
+// beside them:
 //
 //     pEntries  | bucket 0: line 0 (4 entries) | line 1 | line 2 | line 3 | bucket 1: ...
-//     pTags     | bucket 0: 16 tags | bucket 1: ...         0: the place is free, else the tag of its entry's hash
-//     pMarks    | bucket 0: 16 bits | bucket 1: ...
-//     Entry       { szKey or pGroups: 8 bytes, nValue: 4, nHash: 4 }
+//     pTags     | bucket 0: 16 tags | bucket 1: ...         0: the place is free, else the tag of
+//     its entry's hash pMarks    | bucket 0: 16 bits | bucket 1: ... Entry       { szKey or
+//     pGroups: 8 bytes, nValue: 4, nHash: 4 }
 //
-// One hash tells everything that a search needs, so that all of it can be asked for at the same moment:
+// One hash tells everything that a search needs, so that all of it can be asked for at the same
+// moment:
 //
 //     home    the bucket, by the high bits: homes ascend with hashes, for any number of buckets
 //     line    where in the bucket an entry goes as long as there is room, by the low bits
 //     tag     1 to 255, by bits of its own
 //     mark    0 to 15, by the tag
 //
-// An entry that finds its home full goes on to the next bucket that has room, behind the last comes the first, and sets its mark in every
-// bucket that it passes. A search ends at the first bucket without the mark of what it seeks.
+// An entry that finds its home full goes on to the next bucket that has room, behind the last comes
+// the first, and sets its mark in every bucket that it passes. A search ends at the first bucket
+// without the mark of what it seeks.
 //
 // Invariants, besides those:
-//   1. No two entries have the same hash (tag included). What a free place holds is never looked at.
-//   2. Marks stay until the table is laid out anew. A place freed in a bucket with marks is not counted as room any more. So every marked
-//      bucket has used up at least 16 of the places counted as room at first, which are fewer than 16 for each bucket: there are always
-//      buckets without marks, where searches end, and places for all the room that is left.
+//   1. No two entries have the same hash (tag included). What a free place holds is never looked
+//   at.
+//   2. Marks stay until the table is laid out anew. A place freed in a bucket with marks is not
+//   counted as room any more. So every marked
+//      bucket has used up at least 16 of the places counted as room at first, which are fewer than
+//      16 for each bucket: there are always buckets without marks, where searches end, and places
+//      for all the room that is left.
 #ifndef HOST_HASH_TABLE_HPP
 #define HOST_HASH_TABLE_HPP
 
-#include <stdint.h>
+#include <cstdint>
 
 #include "host/bucket_tags.hpp"
 
@@ -73,7 +79,8 @@ HashTable emptyTable();
 // Makes room for nExpected entries in an empty table. False without memory: nothing has changed.
 bool reserveTable(HashTable *pTable, int64_t nExpected);
 
-// Makes room for at least one more entry where there is none left, which moves entries. False without memory: nothing has changed.
+// Makes room for at least one more entry where there is none left, which moves entries. False
+// without memory: nothing has changed.
 bool growTable(HashTable *pTable);
 
 // Gives the memory back; entries need no farewell.
@@ -148,14 +155,10 @@ inline Entry *findEntry(const HashTable &table, KeyHash hash) {
         while (nEqual != 0) {
             const uint32_t iPlace = firstPlace(nEqual, hash);
             Entry *pEntry = entryAt(table, iBucket, iPlace);
-            if (pEntry->nHash == hash.nHash) {
-                return pEntry;
-            }
+            if (pEntry->nHash == hash.nHash) { return pEntry; }
             nEqual &= ~(uint32_t{1} << iPlace);
         }
-        if (!isMarked(table, iBucket, hash)) {
-            return nullptr;
-        }
+        if (!isMarked(table, iBucket, hash)) { return nullptr; }
         iBucket = bucketBehind(table, iBucket);
     }
 }
@@ -166,7 +169,8 @@ inline bool mayHaveEntry(const HashTable &table, KeyHash hash) {
     return equalTags(tagsOf(table, iHome), hash.nTag) != 0 || isMarked(table, iHome, hash);
 }
 
-// Takes a free place for an entry that is not in the table, which must have room. The entry is the caller's to write.
+// Takes a free place for an entry that is not in the table, which must have room. The entry is the
+// caller's to write.
 inline Entry *takePlace(HashTable *pTable, uint32_t iBucket, uint32_t iPlace, KeyHash hash) {
     tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;
     --pTable->nRoom;
@@ -174,7 +178,8 @@ inline Entry *takePlace(HashTable *pTable, uint32_t iBucket, uint32_t iPlace, Ke
     return entryAt(*pTable, iBucket, iPlace);
 }
 
-// The place of an entry that is not in the table, which must have room: at home, or where there is room behind it.
+// The place of an entry that is not in the table, which must have room: at home, or where there is
+// room behind it.
 inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
     uint32_t iBucket = homeOf(*pTable, hash);
     uint32_t nFree = equalTags(tagsOf(*pTable, iBucket), 0);
@@ -200,9 +205,7 @@ inline void removeEntry(HashTable *pTable, const Entry *pEntry) {
 inline Entry *likelyEntry(const HashTable &table, KeyHash hash) {
     const uint32_t iHome = homeOf(table, hash);
     const uint32_t nEqual = equalTags(tagsOf(table, iHome), hash.nTag);
-    if (nEqual != 0) {
-        return entryAt(table, iHome, firstPlace(nEqual, hash));
-    }
+    if (nEqual != 0) { return entryAt(table, iHome, firstPlace(nEqual, hash)); }
     return isMarked(table, iHome, hash) ? findEntry(table, hash) : nullptr;
 }
 

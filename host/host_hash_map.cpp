@@ -3,11 +3,12 @@
 //     Entry { szKey,  nValue >= 0, nHash }    the only key of its hash
 //     Entry { pGroups, kIsGroup,   nHash } -> two or more keys, equal ones as a rule
 //
-// A text is read only to confirm that it is the one sought. Lists of keys are worked through in chunks, step by step, so that the waits for
-// memory of many keys overlap: each step asks for what the next one reads.
+// A text is read only to confirm that it is the one sought. Lists of keys are worked through in
+// chunks, step by step, so that the waits for memory of many keys overlap: each step asks for what
+// the next one reads.
 #include "host/host_hash_map.h"
 
-#include <string.h>
+#include <cstring>
 
 #include <algorithm>
 
@@ -27,7 +28,8 @@ namespace host {
 namespace {
 
 constexpr uint64_t kSourceTag = 0x686f737468617368;  // "hosthash"
-constexpr int64_t kChunk = 32;                       // keys that wait together; more would push out of the cache what they wait for
+constexpr int64_t kChunk =
+    32;  // keys that wait together; more would push out of the cache what they wait for
 
 struct StringMap {
     HostHashMap host;  // first: callers hold its address
@@ -44,21 +46,17 @@ StringMap &stringMap(HostHashMap *pMap) {
 
 // The lowest value under a key in the entry of its hash, -1 if there is none.
 int32_t valueIn(const Entry &entry, const char *szKey) {
-    if (entry.nValue == kIsGroup) {
-        return lowestValue(entry.pGroups, szKey);
-    }
-    return strcmp(entry.szKey, szKey) == 0 ? entry.nValue : -1;
+    if (entry.nValue == kIsGroup) { return lowestValue(entry.pGroups, szKey); }
+    return std::strcmp(entry.szKey, szKey) == 0 ? entry.nValue : -1;
 }
 
-// Adds a key to the entry of its hash. False without memory: nothing has changed. Not inlined: most keys have a hash of their own.
-[[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue) {
-    if (pEntry->nValue == kIsGroup) {
-        return addKey(&pEntry->pGroups, szKey, nValue);
-    }
+// Adds a key to the entry of its hash. False without memory: nothing has changed. Not inlined: most
+// keys have a hash of their own.
+[[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey,
+                                  int32_t nValue) {
+    if (pEntry->nValue == kIsGroup) { return addKey(&pEntry->pGroups, szKey, nValue); }
     KeyGroup *pGroups = nullptr;
-    if (!addKey(&pGroups, pEntry->szKey, pEntry->nValue)) {
-        return false;
-    }
+    if (!addKey(&pGroups, pEntry->szKey, pEntry->nValue)) { return false; }
     if (!addKey(&pGroups, szKey, nValue)) {
         destroyGroups(pGroups);
         return false;
@@ -69,11 +67,10 @@ int32_t valueIn(const Entry &entry, const char *szKey) {
     return true;
 }
 
-// Takes a key out of an entry that holds several, and the entry back from its group once one is left. False if no key is equal.
+// Takes a key out of an entry that holds several, and the entry back from its group once one is
+// left. False if no key is equal.
 bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
-    if (!removeKey(&pEntry->pGroups, szKey)) {
-        return false;
-    }
+    if (!removeKey(&pEntry->pGroups, szKey)) { return false; }
     KeyGroup *pGroups = pEntry->pGroups;
     if (hasOneKey(pGroups, &pEntry->szKey, &pEntry->nValue)) {
         destroyGroups(pGroups);
@@ -89,19 +86,17 @@ int32_t findHashed(const StringMap &map, const char *szKey, KeyHash hash) {
     return pEntry != nullptr ? valueIn(*pEntry, szKey) : -1;
 }
 
-// False without memory: nothing has changed. Not inlined: for keys whose hash may be in the table already, and where room has to be made.
-[[gnu::noinline]] bool insertSearching(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
+// False without memory: nothing has changed. Not inlined: for keys whose hash may be in the table
+// already, and where room has to be made.
+[[gnu::noinline]] bool insertSearching(StringMap *pMap, const char *szKey, KeyHash hash,
+                                       int32_t nValue, int32_t *pnExisting) {
     Entry *pEntry = findEntry(pMap->table, hash);
     if (pEntry != nullptr) {
         const int32_t nExisting = valueIn(*pEntry, szKey);
-        if (!addToEntry(pMap, pEntry, szKey, nValue)) {
-            return false;
-        }
+        if (!addToEntry(pMap, pEntry, szKey, nValue)) { return false; }
         *pnExisting = nExisting;
     } else {
-        if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) {
-            return false;
-        }
+        if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) { return false; }
         *addEntry(&pMap->table, hash) = {{szKey}, nValue, hash.nHash};
         *pnExisting = -1;
     }
@@ -109,7 +104,8 @@ int32_t findHashed(const StringMap &map, const char *szKey, KeyHash hash) {
     return true;
 }
 
-bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue, int32_t *pnExisting) {
+bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nValue,
+                  int32_t *pnExisting) {
     if (pMap->table.nRoom == 0 || mayHaveEntry(pMap->table, hash)) {
         return insertSearching(pMap, szKey, hash, nValue, pnExisting);
     }
@@ -119,15 +115,14 @@ bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nVal
     return true;
 }
 
-// Where tags come from a cache they say soon enough whether there is an entry to be read; a key that is not there should not wait for one.
+// Where tags come from a cache they say soon enough whether there is an entry to be read; a key
+// that is not there should not wait for one.
 constexpr uint64_t kTagsBeyondCaches = 8 * 1024 * 1024;
 
 int32_t findKey(HostHashMap *pMap, const char *szKey) {
     const StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
-    if (placesOf(map.table) >= kTagsBeyondCaches) {
-        prefetchEntry(map.table, hash);
-    }
+    if (placesOf(map.table) >= kTagsBeyondCaches) { prefetchEntry(map.table, hash); }
     return findHashed(map, szKey, hash);
 }
 
@@ -136,7 +131,10 @@ int32_t insertKey(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t 
     const KeyHash hash = hashText(*map.pSecret, szKey);
     prefetchEntry(map.table, hash);
     int32_t nUnwanted = -1;
-    return nValue >= 0 && insertHashed(&map, szKey, hash, nValue, pnExisting != nullptr ? pnExisting : &nUnwanted) ? 0 : 1;
+    return nValue >= 0 && insertHashed(&map, szKey, hash, nValue,
+                                       pnExisting != nullptr ? pnExisting : &nUnwanted)
+               ? 0
+               : 1;
 }
 
 int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
@@ -144,17 +142,11 @@ int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
     const KeyHash hash = hashText(*map.pSecret, szKey);
     prefetchEntry(map.table, hash);
     Entry *pEntry = findEntry(map.table, hash);
-    if (pEntry == nullptr) {
-        return 1;
-    }
+    if (pEntry == nullptr) { return 1; }
     if (pEntry->nValue == kIsGroup) {
-        if (!removeFromGroups(&map, pEntry, szKey)) {
-            return 1;
-        }
+        if (!removeFromGroups(&map, pEntry, szKey)) { return 1; }
     } else {
-        if (strcmp(pEntry->szKey, szKey) != 0) {
-            return 1;
-        }
+        if (std::strcmp(pEntry->szKey, szKey) != 0) { return 1; }
         removeEntry(&map.table, pEntry);
     }
     --map.host.nEntries;
@@ -182,15 +174,18 @@ void startSearches(const StringMap &map, Chunk *pChunk) {
     }
 }
 
-// Asks for the entries that the searches come to first, where they do not lie in the line asked for already.
+// Asks for the entries that the searches come to first, where they do not lie in the line asked for
+// already.
 void askForEntries(const StringMap &map, Chunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        pChunk->apEntries[k] = pChunk->ppKeys[k] != nullptr ? likelyEntry(map.table, pChunk->aHashes[k]) : nullptr;
+        pChunk->apEntries[k] =
+            pChunk->ppKeys[k] != nullptr ? likelyEntry(map.table, pChunk->aHashes[k]) : nullptr;
         __builtin_prefetch(pChunk->apEntries[k]);
     }
 }
 
-// Finds the entries of the hashes and asks for their texts. Comparing reads 32 bytes of them at once, often across the end of a cache line.
+// Finds the entries of the hashes and asks for their texts. Comparing reads 32 bytes of them at
+// once, often across the end of a cache line.
 void askForTexts(const StringMap &map, Chunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         if (pChunk->apEntries[k] != nullptr) {
@@ -199,7 +194,8 @@ void askForTexts(const StringMap &map, Chunk *pChunk) {
         if (pChunk->apEntries[k] != nullptr) {
             const char *szText = pChunk->apEntries[k]->szKey;
             __builtin_prefetch(szText);
-            __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
+            __builtin_prefetch(
+                reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
         }
     }
 }
@@ -209,19 +205,23 @@ void findChunk(const StringMap &map, Chunk *pChunk, int32_t *pnValues) {
     askForEntries(map, pChunk);
     askForTexts(map, pChunk);
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        pnValues[k] = pChunk->apEntries[k] != nullptr ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k]) : -1;
+        pnValues[k] = pChunk->apEntries[k] != nullptr
+                          ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k])
+                          : -1;
     }
 }
 
-// How many keys are done. A new key mostly gets its place in the line asked for, and only writes there, which nobody waits for; entries
-// found ahead would be of no use, as keys inserted meanwhile can move them or have the same hash.
+// How many keys are done. A new key mostly gets its place in the line asked for, and only writes
+// there, which nobody waits for; entries found ahead would be of no use, as keys inserted meanwhile
+// can move them or have the same hash.
 int32_t insertChunk(StringMap *pMap, Chunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
     startSearches(*pMap, pChunk);
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         const char *szKey = pChunk->ppKeys[k];
         if (szKey == nullptr) {
             pnExisting[k] = -1;
-        } else if (!insertHashed(pMap, szKey, pChunk->aHashes[k], nFirstValue + k, &pnExisting[k])) {
+        } else if (!insertHashed(pMap, szKey, pChunk->aHashes[k], nFirstValue + k,
+                                 &pnExisting[k])) {
             return k;
         }
     }
@@ -251,10 +251,9 @@ constexpr HostHashMapOps kOps = {findKey, insertKey, takeOutKey, doNothing, rele
 using namespace host;
 
 HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t nExpected) {
-    StringMap *pMap = static_cast<StringMap *>(HostMem_AllocRecord(sizeof(StringMap), kSourceTag, __LINE__));
-    if (pMap == nullptr) {
-        return nullptr;
-    }
+    StringMap *pMap =
+        static_cast<StringMap *>(HostMem_AllocRecord(sizeof(StringMap), kSourceTag, __LINE__));
+    if (pMap == nullptr) { return nullptr; }
     *pMap = {{&kOps, 0}, &processSecret(), emptyTable(), 0};
     if (nExpected > 0 && !reserveTable(&pMap->table, nExpected)) {
         releaseMap(&pMap->host);
@@ -263,16 +262,20 @@ HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t
     return &pMap->host;
 }
 
-void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t *pnValues) {
-    for (Chunk chunk; nKeys > 0; ppKeys += chunk.nKeys, pnValues += chunk.nKeys, nKeys -= chunk.nKeys) {
+void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys,
+                          int32_t *pnValues) {
+    for (Chunk chunk; nKeys > 0;
+         ppKeys += chunk.nKeys, pnValues += chunk.nKeys, nKeys -= chunk.nKeys) {
         chunk.ppKeys = ppKeys;
         chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nKeys));
         findChunk(stringMap(pMap), &chunk, pnValues);
     }
 }
 
-int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys, int32_t nFirstValue, int32_t *pnExisting) {
-    const int64_t nMost = nFirstValue < 0 ? 0 : std::min(nKeys, int64_t{INT32_MAX} - nFirstValue + 1);
+int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys,
+                               int32_t nFirstValue, int32_t *pnExisting) {
+    const int64_t nMost =
+        nFirstValue < 0 ? 0 : std::min(nKeys, int64_t{INT32_MAX} - nFirstValue + 1);
     int32_t anUnwanted[kChunk];
     int64_t nDone = 0;
     while (nDone < nMost) {
@@ -280,11 +283,10 @@ int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int
         chunk.ppKeys = ppKeys + nDone;
         chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nMost - nDone));
         int32_t *pnHere = pnExisting != nullptr ? pnExisting + nDone : anUnwanted;
-        const int32_t nInserted = insertChunk(&stringMap(pMap), &chunk, nFirstValue + static_cast<int32_t>(nDone), pnHere);
+        const int32_t nInserted = insertChunk(&stringMap(pMap), &chunk,
+                                              nFirstValue + static_cast<int32_t>(nDone), pnHere);
         nDone += nInserted;
-        if (nInserted < chunk.nKeys) {
-            break;
-        }
+        if (nInserted < chunk.nKeys) { break; }
     }
     return nDone;
 }

@@ -5,8 +5,9 @@
 
 #include "host/platform.hpp"
 
-// Every operation of a manager takes its lock, so that the free lock counts: one compare-and-swap to take it, one exchange to give it back,
-// a third of the instructions that a recursive mutex of the C library spends. Only a thread that finds it held asks the system.
+// Every operation of a manager takes its lock, so that the free lock counts: one compare-and-swap
+// to take it, one exchange to give it back, a third of the instructions that a recursive mutex of
+// the C library spends. Only a thread that finds it held asks the system.
 
 namespace {
 
@@ -47,7 +48,8 @@ int32_t HostLock_Init(HostLock *pLock) {
     return 0;
 }
 
-// Nobody but this thread itself ever writes its own number into nOwner, so reading it without the lock tells whether this thread holds it.
+// Nobody but this thread itself ever writes its own number into nOwner, so reading it without the
+// lock tells whether this thread holds it.
 void HostLock_Acquire(HostLock *pLock) {
     AtomicLock &lock = atomicLock(pLock);
     const uint64_t nThread = host::thisThread();
@@ -56,7 +58,8 @@ void HostLock_Acquire(HostLock *pLock) {
         return;
     }
     int32_t nState = kFree;
-    if (!lock.nState.compare_exchange_strong(nState, kHeld, std::memory_order_acquire, std::memory_order_relaxed)) {
+    if (!lock.nState.compare_exchange_strong(nState, kHeld, std::memory_order_acquire,
+                                             std::memory_order_relaxed)) {
         waitAndTake(lock);
         return;
     }
@@ -66,13 +69,9 @@ void HostLock_Acquire(HostLock *pLock) {
 
 void HostLock_Release(HostLock *pLock) {
     AtomicLock &lock = atomicLock(pLock);
-    if (--lock.nDepth > 0) {
-        return;
-    }
+    if (--lock.nDepth > 0) { return; }
     lock.nOwner.store(0, std::memory_order_relaxed);
-    if (lock.nState.exchange(kFree, std::memory_order_release) == kAwaited) {
-        wakeOne(lock);
-    }
+    if (lock.nState.exchange(kFree, std::memory_order_release) == kAwaited) { wakeOne(lock); }
 }
 
 void HostLock_Destroy(HostLock * /*pLock*/) {}

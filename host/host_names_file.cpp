@@ -1,14 +1,12 @@
 #include "host/host_names_file.h"
 
-#include <errno.h>
+#include <cerrno>
 
 #include "host/host_stream.h"
 
 int32_t NamesManager_SaveToFile(NamesManager *mgr, const char *szPath) {
     HostOutputStream *pStream = HostOutputStream_CreateForFile(szPath);
-    if (pStream == nullptr) {
-        return HostStreamError_IO;
-    }
+    if (pStream == nullptr) { return HostStreamError_IO; }
     // The stream remembers its first failure, so closing it answers for the save, too.
     (void)NamesManager_Save(mgr, nullptr, pStream);
     return HostOutputStream_Close(pStream, 1);
@@ -16,9 +14,7 @@ int32_t NamesManager_SaveToFile(NamesManager *mgr, const char *szPath) {
 
 int32_t NamesManager_LoadFromFile(NamesManager *mgr, const char *szPath) {
     HostInputStream *pStream = HostInputStream_CreateForFile(szPath);
-    if (pStream == nullptr) {
-        return HostStreamError_IO;
-    }
+    if (pStream == nullptr) { return HostStreamError_IO; }
     const int32_t nStatus = NamesManager_Load(mgr, nullptr, pStream);
     const int nError = errno;
     HostInputStream_Close(pStream);

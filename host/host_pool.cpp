@@ -16,10 +16,12 @@ HostPool *HostPool_Get(void) {
     return &pool;
 }
 
-void *HostPool_Alloc(HostPool * /*pPool*/, uint64_t nBytes, int32_t /*nReserved1*/, int32_t /*nReserved2*/) {
+void *HostPool_Alloc(HostPool * /*pPool*/, uint64_t nBytes, int32_t /*nReserved1*/,
+                     int32_t /*nReserved2*/) {
     return HostMem_Alloc(nBytes, kSourceTag, __LINE__);
 }
 
-void HostPool_Free(HostPool * /*pPool*/, void *pMemory, int32_t /*nReserved1*/, int32_t /*nReserved2*/) {
+void HostPool_Free(HostPool * /*pPool*/, void *pMemory, int32_t /*nReserved1*/,
+                   int32_t /*nReserved2*/) {
     HostMem_Free(pMemory, kSourceTag, __LINE__);
 }

@@ -1,4 +1,5 @@
-/* The problem object that owns managers. It has no content of its own here; it serves as an owner to hand to NamesManager_Create. */
+/* The problem object that owns managers. It has no content of its own here; it serves as an owner
+ * to hand to NamesManager_Create. */
 #ifndef HOST_HOST_PROBLEM_H
 #define HOST_HOST_PROBLEM_H
 
@@ -10,8 +11,8 @@ extern "C" {
 
 typedef struct ZOLTproblem *ZOLTprob;
 
-/* Makes a problem and sets *pProb to it; it belongs to the caller until ZOLTdestroyprob. Returns 0, or 1 when there is no memory (*pProb is
- * then NULL). */
+/* Makes a problem and sets *pProb to it; it belongs to the caller until ZOLTdestroyprob. Returns 0,
+ * or 1 when there is no memory (*pProb is then NULL). */
 int32_t ZOLTcreateprob(ZOLTprob *pProb);
 
 /* Destroys a problem; NULL does nothing. Returns 0. */

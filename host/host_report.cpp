@@ -12,8 +12,10 @@ constexpr size_t kMaxText = 1024;  // bytes of a formatted report, NUL included
 
 std::atomic<const HostReportHandlers *> g_pHandlers{nullptr};
 
-void writeLine(const char *szKind, uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText) {
-    (void)std::fprintf(stderr, "%s %d (%016" PRIx64 ":%d): %s\n", szKind, nCode, nSourceTag, nLine, szText);
+void writeLine(const char *szKind, uint64_t nSourceTag, int32_t nLine, int32_t nCode,
+               const char *szText) {
+    (void)std::fprintf(stderr, "%s %d (%016" PRIx64 ":%d): %s\n", szKind, nCode, nSourceTag, nLine,
+                       szText);
 }
 
 void deliverAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText) {
@@ -26,9 +28,7 @@ void deliverAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const c
 }
 
 bool sameText(const char *szOne, const char *szOther) {
-    if (szOne == nullptr || szOther == nullptr) {
-        return szOne == szOther;
-    }
+    if (szOne == nullptr || szOther == nullptr) { return szOne == szOther; }
     return std::strcmp(szOne, szOther) == 0;
 }
 
@@ -47,7 +47,8 @@ void Host_ReportError(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const c
     }
 }
 
-void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat, ...) {
+void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat,
+                          ...) {
     char szText[kMaxText] = "";
     va_list arguments;
     va_start(arguments, szFormat);
@@ -56,13 +57,13 @@ void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, con
     deliverAssertion(nSourceTag, nLine, nCode, szText);
 }
 
-void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected, const char *szActual) {
-    if (sameText(szExpected, szActual)) {
-        return;
-    }
+void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected,
+                             const char *szActual) {
+    if (sameText(szExpected, szActual)) { return; }
     // Each text gets half of the report, so that a long one cannot hide the other.
     constexpr int kShare = kMaxText / 2 - 32;
-    Host_ReportAssertion(nSourceTag, nLine, 0, "expected \"%.*s\", got \"%.*s\"", kShare, shown(szExpected), kShare, shown(szActual));
+    Host_ReportAssertion(nSourceTag, nLine, 0, "expected \"%.*s\", got \"%.*s\"", kShare,
+                         shown(szExpected), kShare, shown(szActual));
 }
 
 const HostReportHandlers *Host_SetReportHandlers(const HostReportHandlers *pHandlers) {

@@ -1,7 +1,9 @@
-/* Reports of errors and of violated expectations. Reporting never ends the process and never fails; the caller goes on.
+/* Reports of errors and of violated expectations. Reporting never ends the process and never fails;
+ * the caller goes on.
  *
- * nSourceTag and nLine name the module and the source line that report, nCode is the module's own number. Texts are NUL-terminated, stay
- * the caller's, and need to live for the call only. Every function may be called from any thread.
+ * nSourceTag and nLine name the module and the source line that report, nCode is the module's own
+ * number. Texts are NUL-terminated, stay the caller's, and need to live for the call only. Every
+ * function may be called from any thread.
  */
 #ifndef HOST_HOST_REPORT_H
 #define HOST_HOST_REPORT_H
@@ -21,25 +23,31 @@ extern "C" {
 /* Reports an error to whoever operates the library. */
 void Host_ReportError(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText);
 
-/* Reports a violated expectation; szFormat and what follows are as for printf. The text handed on is cut to 1023 bytes. */
-void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat, ...) HOST_REPORT_PRINTF_LIKE;
+/* Reports a violated expectation; szFormat and what follows are as for printf. The text handed on
+ * is cut to 1023 bytes. */
+void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat,
+                          ...) HOST_REPORT_PRINTF_LIKE;
 
-/* Reports an assertion with both texts unless szExpected and szActual are equal byte for byte. Either may be NULL, which equals only
- * NULL. */
-void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected, const char *szActual);
+/* Reports an assertion with both texts unless szExpected and szActual are equal byte for byte.
+ * Either may be NULL, which equals only NULL. */
+void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected,
+                             const char *szActual);
 
 /* ---- The shipped host's own: where reports go ---- */
 
-/* Handlers of one's own; a NULL function stands for the default, a line on standard error. They may be called from several threads at once
- * and must not throw. */
+/* Handlers of one's own; a NULL function stands for the default, a line on standard error. They may
+ * be called from several threads at once and must not throw. */
 typedef struct HostReportHandlers {
     void *pContext; /* passed to both functions */
-    void (*pfnError)(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText);
-    void (*pfnAssertion)(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText);
+    void (*pfnError)(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode,
+                     const char *szText);
+    void (*pfnAssertion)(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode,
+                         const char *szText);
 } HostReportHandlers;
 
-/* Sends later reports to *pHandlers, or to the defaults when it is NULL. The record stays the caller's and must live until it is replaced
- * and the reports then under way have returned. Returns what was set before (NULL: the defaults), so that settings can be nested. */
+/* Sends later reports to *pHandlers, or to the defaults when it is NULL. The record stays the
+ * caller's and must live until it is replaced and the reports then under way have returned. Returns
+ * what was set before (NULL: the defaults), so that settings can be nested. */
 const HostReportHandlers *Host_SetReportHandlers(const HostReportHandlers *pHandlers);
 
 #ifdef __cplusplus

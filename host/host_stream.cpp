@@ -11,7 +11,8 @@
 namespace {
 
 constexpr uint64_t kSourceTag = 0x686f73747374726d;  // "hoststrm"
-constexpr uint64_t kFileBuffer = 64 * 1024;          // bytes; larger pieces pass a file stream without being copied
+constexpr uint64_t kFileBuffer =
+    64 * 1024;  // bytes; larger pieces pass a file stream without being copied
 
 // Closes a descriptor whose owner could not be made, and keeps errno.
 void closeQuietly(int nDescriptor) {
@@ -29,12 +30,8 @@ struct MemoryOutput {
 
 int32_t writeToMemory(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
     host::ByteBuffer &buffer = reinterpret_cast<MemoryOutput *>(pStream)->buffer;
-    if (nBytes == 0) {
-        return 0;
-    }
-    if (!host::growByteBuffer(buffer, nBytes)) {
-        return HostStreamError_Memory;
-    }
+    if (nBytes == 0) { return 0; }
+    if (!host::growByteBuffer(buffer, nBytes)) { return HostStreamError_Memory; }
     std::memcpy(buffer.pBytes + buffer.nUsed, pData, nBytes);
     buffer.nUsed += nBytes;
     return 0;
@@ -73,18 +70,14 @@ void flush(FileOutput &file) {
 int32_t writeToFile(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
     FileOutput &file = *reinterpret_cast<FileOutput *>(pStream);
     const char *pBytes = static_cast<const char *>(pData);
-    if (nBytes > kFileBuffer - file.nBuffered) {
-        flush(file);
-    }
+    if (nBytes > kFileBuffer - file.nBuffered) { flush(file); }
     if (nBytes > kFileBuffer) {
         writeOut(file, pBytes, nBytes);
     } else if (nBytes > 0) {
         std::memcpy(file.buffer + file.nBuffered, pBytes, nBytes);
         file.nBuffered += nBytes;
     }
-    if (file.nError == 0) {
-        return 0;
-    }
+    if (file.nError == 0) { return 0; }
     errno = file.nError;
     return HostStreamError_IO;
 }
@@ -94,15 +87,11 @@ constexpr HostOutputStreamOps kFileOps = {writeToFile};
 // Frees the stream; its result is what closing it answers.
 int32_t closeOutput(FileOutput *pFile, bool bSync) {
     flush(*pFile);
-    if (bSync && pFile->nError == 0) {
-        pFile->nError = host::syncFile(pFile->nDescriptor);
-    }
+    if (bSync && pFile->nError == 0) { pFile->nError = host::syncFile(pFile->nDescriptor); }
     const int nClosed = host::closeFile(pFile->nDescriptor);
     const int nError = pFile->nError != 0 ? pFile->nError : nClosed;
     HostMem_Free(pFile, kSourceTag, __LINE__);
-    if (nError == 0) {
-        return 0;
-    }
+    if (nError == 0) { return 0; }
     errno = nError;
     return HostStreamError_IO;
 }
@@ -112,7 +101,8 @@ int32_t closeOutput(FileOutput *pFile, bool bSync) {
 // ---- Output streams ----
 
 HostOutputStream *HostOutputStream_CreateInMemory(void) {
-    auto *pMemory = static_cast<MemoryOutput *>(HostMem_AllocRecord(sizeof(MemoryOutput), kSourceTag, __LINE__));
+    auto *pMemory = static_cast<MemoryOutput *>(
+        HostMem_AllocRecord(sizeof(MemoryOutput), kSourceTag, __LINE__));
     if (pMemory == nullptr) {
         errno = ENOMEM;
         return nullptr;
@@ -129,18 +119,15 @@ const void *HostOutputStream_GetMemory(const HostOutputStream *pStream, uint64_t
 
 HostOutputStream *HostOutputStream_CreateForFile(const char *szPath) {
     const int nDescriptor = host::openForWriting(szPath);
-    if (nDescriptor < 0) {
-        return nullptr;
-    }
+    if (nDescriptor < 0) { return nullptr; }
     HostOutputStream *pStream = HostOutputStream_CreateForDescriptor(nDescriptor);
-    if (pStream == nullptr) {
-        closeQuietly(nDescriptor);
-    }
+    if (pStream == nullptr) { closeQuietly(nDescriptor); }
     return pStream;
 }
 
 HostOutputStream *HostOutputStream_CreateForDescriptor(int32_t nDescriptor) {
-    auto *pFile = static_cast<FileOutput *>(HostMem_AllocRecord(sizeof(FileOutput), kSourceTag, __LINE__));
+    auto *pFile =
+        static_cast<FileOutput *>(HostMem_AllocRecord(sizeof(FileOutput), kSourceTag, __LINE__));
     if (pFile == nullptr) {
         errno = ENOMEM;
         return nullptr;
@@ -154,9 +141,7 @@ HostOutputStream *HostOutputStream_CreateForDescriptor(int32_t nDescriptor) {
 }
 
 int32_t HostOutputStream_Close(HostOutputStream *pStream, int32_t bSync) {
-    if (pStream == nullptr) {
-        return 0;
-    }
+    if (pStream == nullptr) { return 0; }
     if (pStream->pOps == &kFileOps) {
         return closeOutput(reinterpret_cast<FileOutput *>(pStream), bSync != 0);
     }
@@ -168,7 +153,8 @@ int32_t HostOutputStream_Close(HostOutputStream *pStream, int32_t bSync) {
 
 // ---- Input streams ----
 
-// Both kinds serve reads from the bytes at hand: all there is of a memory; of a file what was read ahead into the buffer behind the record.
+// Both kinds serve reads from the bytes at hand: all there is of a memory; of a file what was read
+// ahead into the buffer behind the record.
 struct HostInputStream {
     const char *pNext;  // the next byte at hand
     uint64_t nAtHand;   // bytes at hand
@@ -182,21 +168,15 @@ constexpr int kNoDescriptor = -1;
 // Reads up to nBytes of the file, at least one; otherwise the stream's error code.
 int32_t readIn(const HostInputStream &stream, char *pBuffer, uint64_t nBytes, uint64_t *pnRead) {
     const int64_t nRead = host::readSome(stream.nDescriptor, pBuffer, nBytes);
-    if (nRead < 0) {
-        return HostStreamError_IO;
-    }
-    if (nRead == 0) {
-        return HostStreamError_End;
-    }
+    if (nRead < 0) { return HostStreamError_IO; }
+    if (nRead == 0) { return HostStreamError_End; }
     *pnRead = static_cast<uint64_t>(nRead);
     return 0;
 }
 
 // Moves nBytes of those at hand.
 void take(HostInputStream &stream, char *pBuffer, uint64_t nBytes) {
-    if (nBytes > 0) {
-        std::memcpy(pBuffer, stream.pNext, nBytes);
-    }
+    if (nBytes > 0) { std::memcpy(pBuffer, stream.pNext, nBytes); }
     stream.pNext += nBytes;
     stream.nAtHand -= nBytes;
 }
@@ -208,15 +188,12 @@ int32_t readFile(HostInputStream *pStream, char *pBuffer, uint64_t nBytes) {
         take(*pStream, pBuffer, nTaken);
         pBuffer += nTaken;
         nBytes -= nTaken;
-        if (nBytes == 0) {
-            return 0;
-        }
+        if (nBytes == 0) { return 0; }
         const bool bDirect = nBytes >= kFileBuffer;
         uint64_t nRead = 0;
-        const int32_t nError = readIn(*pStream, bDirect ? pBuffer : pOwnBuffer, bDirect ? nBytes : kFileBuffer, &nRead);
-        if (nError != 0) {
-            return nError;
-        }
+        const int32_t nError = readIn(*pStream, bDirect ? pBuffer : pOwnBuffer,
+                                      bDirect ? nBytes : kFileBuffer, &nRead);
+        if (nError != 0) { return nError; }
         if (bDirect) {
             pBuffer += nRead;
             nBytes -= nRead;
@@ -228,7 +205,8 @@ int32_t readFile(HostInputStream *pStream, char *pBuffer, uint64_t nBytes) {
 }
 
 HostInputStream *createInput(uint64_t nBufferBytes, const HostInputStream &content) {
-    auto *pStream = static_cast<HostInputStream *>(HostMem_AllocRecord(sizeof(HostInputStream) + nBufferBytes, kSourceTag, __LINE__));
+    auto *pStream = static_cast<HostInputStream *>(
+        HostMem_AllocRecord(sizeof(HostInputStream) + nBufferBytes, kSourceTag, __LINE__));
     if (pStream == nullptr) {
         errno = ENOMEM;
         return nullptr;
@@ -243,9 +221,7 @@ int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes
     if (pStream->nDescriptor != kNoDescriptor) {
         return readFile(pStream, static_cast<char *>(pBuffer), nBytes);
     }
-    if (nBytes > pStream->nAtHand) {
-        return HostStreamError_End;
-    }
+    if (nBytes > pStream->nAtHand) { return HostStreamError_End; }
     take(*pStream, static_cast<char *>(pBuffer), nBytes);
     return 0;
 }
@@ -256,13 +232,9 @@ HostInputStream *HostInputStream_CreateInMemory(const void *pData, uint64_t nByt
 
 HostInputStream *HostInputStream_CreateForFile(const char *szPath) {
     const int nDescriptor = host::openForReading(szPath);
-    if (nDescriptor < 0) {
-        return nullptr;
-    }
+    if (nDescriptor < 0) { return nullptr; }
     HostInputStream *pStream = HostInputStream_CreateForDescriptor(nDescriptor);
-    if (pStream == nullptr) {
-        closeQuietly(nDescriptor);
-    }
+    if (pStream == nullptr) { closeQuietly(nDescriptor); }
     return pStream;
 }
 
@@ -272,11 +244,7 @@ HostInputStream *HostInputStream_CreateForDescriptor(int32_t nDescriptor) {
 }
 
 void HostInputStream_Close(HostInputStream *pStream) {
-    if (pStream == nullptr) {
-        return;
-    }
-    if (pStream->nDescriptor != kNoDescriptor) {
-        (void)host::closeFile(pStream->nDescriptor);
-    }
+    if (pStream == nullptr) { return; }
+    if (pStream->nDescriptor != kNoDescriptor) { (void)host::closeFile(pStream->nDescriptor); }
     HostMem_Free(pStream, kSourceTag, __LINE__);
 }

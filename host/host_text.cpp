@@ -22,7 +22,8 @@ namespace {
 // Appends nBytes of pText and nBlanks copies of cFill, all or nothing.
 int32_t append(HostText *pText, const char *pBytes, uint64_t nBytes, uint64_t nFill, char cFill) {
     host::ByteBuffer &buffer = pText->buffer;
-    if (nFill >= std::numeric_limits<uint64_t>::max() - nBytes || !host::growByteBuffer(buffer, nBytes + nFill + 1)) {
+    if (nFill >= std::numeric_limits<uint64_t>::max() - nBytes ||
+        !host::growByteBuffer(buffer, nBytes + nFill + 1)) {
         return 1;
     }
     std::memcpy(buffer.pBytes + buffer.nUsed, pBytes, nBytes);
@@ -49,10 +50,9 @@ int32_t HostText_AppendRepeated(HostText *pText, int64_t nCount, char cCharacter
 }
 
 HostText *HostText_Create(void) {
-    auto *pText = static_cast<HostText *>(HostMem_AllocRecord(sizeof(HostText), kSourceTag, __LINE__));
-    if (pText == nullptr) {
-        return nullptr;
-    }
+    auto *pText =
+        static_cast<HostText *>(HostMem_AllocRecord(sizeof(HostText), kSourceTag, __LINE__));
+    if (pText == nullptr) { return nullptr; }
     *pText = {};
     if (HostText_Append(pText, "") != 0) {
         HostText_Destroy(pText);
@@ -62,9 +62,7 @@ HostText *HostText_Create(void) {
 }
 
 void HostText_Destroy(HostText *pText) {
-    if (pText == nullptr) {
-        return;
-    }
+    if (pText == nullptr) { return; }
     host::freeByteBuffer(pText->buffer);
     HostMem_Free(pText, kSourceTag, __LINE__);
 }

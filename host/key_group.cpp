@@ -1,15 +1,16 @@
-// The keys of a group lie in a tree, ordered by address, which removals want; each node knows the lowest value below it, which lookups
-// want. The groups of a hash lie in another tree, ordered by text. Both are heaps of random priorities as well (treaps), which keeps them
-// balanced:
+// The keys of a group lie in a tree, ordered by address, which removals want; each node knows the
+// lowest value below it, which lookups want. The groups of a hash lie in another tree, ordered by
+// text. Both are heaps of random priorities as well (treaps), which keeps them balanced:
 //
-//                  m 9                        every node lies behind all nodes on its left and before all on its right,
+//                  m 9                        every node lies behind all nodes on its left and
+//                  before all on its right,
 //                /     \                      and has no lower priority than those below it
 //             d 4       s 7
 //               \      /
 //               f 1   p 2
 #include "host/key_group.hpp"
 
-#include <string.h>
+#include <cstring>
 
 #include <algorithm>
 #include <functional>
@@ -34,12 +35,8 @@ struct Node {
 };
 
 bool isBefore(Order order, const Node &one, const Node &other) {
-    if (order == kByText) {
-        return strcmp(one.szKey, other.szKey) < 0;
-    }
-    if (one.szKey != other.szKey) {
-        return std::less<>()(one.szKey, other.szKey);
-    }
+    if (order == kByText) { return std::strcmp(one.szKey, other.szKey) < 0; }
+    if (one.szKey != other.szKey) { return std::less<>()(one.szKey, other.szKey); }
     // An address may come several times, even with one value: the nodes' own addresses decide then.
     return one.nValue != other.nValue ? one.nValue < other.nValue : std::less<>()(&one, &other);
 }
@@ -55,9 +52,7 @@ Node makeNode(const void *pMemory, const char *szKey, int32_t nValue) {
 void noteLowest(Node *pNode) {
     pNode->nLowest = pNode->nValue;
     for (const Node *pBelow : {pNode->pBefore, pNode->pBehind}) {
-        if (pBelow != nullptr) {
-            pNode->nLowest = std::min(pNode->nLowest, pBelow->nLowest);
-        }
+        if (pBelow != nullptr) { pNode->nLowest = std::min(pNode->nLowest, pBelow->nLowest); }
     }
 }
 
@@ -80,9 +75,7 @@ void split(Order order, Node *pTree, const Node &at, Node **ppBefore, Node **ppB
 
 // One tree of two, all nodes of the one before those of the other.
 Node *join(Node *pBefore, Node *pBehind) {
-    if (pBefore == nullptr || pBehind == nullptr) {
-        return pBefore != nullptr ? pBefore : pBehind;
-    }
+    if (pBefore == nullptr || pBehind == nullptr) { return pBefore != nullptr ? pBefore : pBehind; }
     Node *pTop = pBefore->nPriority > pBehind->nPriority ? pBefore : pBehind;
     if (pTop == pBefore) {
         pTop->pBehind = join(pTop->pBehind, pBehind);
@@ -120,10 +113,9 @@ void removeNode(Order order, Node **ppRoot, const Node *pOld) {
     if (pAbove == pOld) {
         *ppRoot = join(pOld->pBefore, pOld->pBehind);
     } else if (pAbove != nullptr) {
-        removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind, pOld);
-        if (pAbove->nLowest == pOld->nValue) {
-            noteLowest(pAbove);
-        }
+        removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind,
+                   pOld);
+        if (pAbove->nLowest == pOld->nValue) { noteLowest(pAbove); }
     }
 }
 
@@ -140,7 +132,8 @@ void freeNode(void *pNode) {
 struct KeyGroup {
     Node inTexts;  // first; its key is one of the group's
     Node *pKeys;
-    Node *pLast;  // keys mostly come in the order of their addresses, so that the end is tried first
+    Node
+        *pLast;  // keys mostly come in the order of their addresses, so that the end is tried first
 };
 
 namespace {
@@ -196,10 +189,8 @@ Node *findLowest(const KeyGroup &group) {
 KeyGroup *findGroup(KeyGroup *pGroups, const char *szKey) {
     Node *pNode = &pGroups->inTexts;
     while (pNode != nullptr) {
-        const int nOrder = strcmp(szKey, pNode->szKey);
-        if (nOrder == 0) {
-            return groupOf(pNode);
-        }
+        const int nOrder = std::strcmp(szKey, pNode->szKey);
+        if (nOrder == 0) { return groupOf(pNode); }
         pNode = nOrder < 0 ? pNode->pBefore : pNode->pBehind;
     }
     return nullptr;
@@ -228,9 +219,7 @@ void freeTree(Order order, Node *pTree) {
     while (pTree != nullptr) {
         Node *pBehind = pTree->pBehind;
         freeTree(order, pTree->pBefore);
-        if (order == kByText) {
-            freeTree(kByAddress, groupOf(pTree)->pKeys);
-        }
+        if (order == kByText) { freeTree(kByAddress, groupOf(pTree)->pKeys); }
         freeNode(pTree);
         pTree = pBehind;
     }
@@ -245,9 +234,7 @@ void destroyGroups(KeyGroup *pGroups) {
 bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue) {
     Node *pNew = static_cast<Node *>(allocNode(sizeof(Node)));
     KeyGroup *pGroup = *ppGroups != nullptr ? findGroup(*ppGroups, szKey) : nullptr;
-    if (pNew != nullptr && pGroup == nullptr) {
-        pGroup = addGroup(ppGroups, szKey);
-    }
+    if (pNew != nullptr && pGroup == nullptr) { pGroup = addGroup(ppGroups, szKey); }
     if (pNew == nullptr || pGroup == nullptr) {
         freeNode(pNew);
         return false;
@@ -264,9 +251,7 @@ int32_t lowestValue(KeyGroup *pGroups, const char *szKey) {
 
 bool removeKey(KeyGroup **ppGroups, const char *szKey) {
     KeyGroup *pGroup = findGroup(*ppGroups, szKey);
-    if (pGroup == nullptr) {
-        return false;
-    }
+    if (pGroup == nullptr) { return false; }
     Node *pOld = findAddress(*pGroup, szKey);
     pOld = pOld != nullptr ? pOld : findLowest(*pGroup);
     removeFromGroup(pGroup, pOld);
@@ -282,7 +267,8 @@ bool removeKey(KeyGroup **ppGroups, const char *szKey) {
 bool hasOneKey(const KeyGroup *pGroups, const char **pszKey, int32_t *pnValue) {
     const Node &root = pGroups->inTexts;
     const Node &key = *pGroups->pKeys;
-    if (root.pBefore != nullptr || root.pBehind != nullptr || key.pBefore != nullptr || key.pBehind != nullptr) {
+    if (root.pBefore != nullptr || root.pBehind != nullptr || key.pBefore != nullptr ||
+        key.pBehind != nullptr) {
         return false;
     }
     *pszKey = key.szKey;

@@ -1,16 +1,17 @@
-// Memory of the C library on the terms of host_memory.h: what that service is made of. Internal to the shipped host.
+// Memory of the C library on the terms of host_memory.h: what that service is made of. Internal to
+// the shipped host.
 #ifndef HOST_PLAIN_MEMORY_HPP
 #define HOST_PLAIN_MEMORY_HPP
 
-#include <stdint.h>
-#include <stdlib.h>
+#include <cstdint>
+#include <cstdlib>
 
 namespace host {
 
 constexpr uint64_t kMaxBytes = PTRDIFF_MAX;
 
-// From this size on a resizing is rounded up, so that a table grown in small steps does not pay for a remapping every few kilobytes. Pages
-// of the slack that nobody touches take no memory.
+// From this size on a resizing is rounded up, so that a table grown in small steps does not pay for
+// a remapping every few kilobytes. Pages of the slack that nobody touches take no memory.
 constexpr uint64_t kRoundedFrom = 128 * 1024;
 
 // malloc and realloc may answer NULL to a size of 0.
@@ -18,15 +19,12 @@ inline uint64_t atLeastOne(uint64_t nBytes) {
     return nBytes == 0 ? 1 : nBytes;
 }
 
-// nBytes rounded up to a multiple of an eighth of the power of two below it; small sizes as they are.
+// nBytes rounded up to a multiple of an eighth of the power of two below it; small sizes as they
+// are.
 inline uint64_t roundedForGrowth(uint64_t nBytes) {
-    if (nBytes < kRoundedFrom || nBytes > kMaxBytes / 2) {
-        return atLeastOne(nBytes);
-    }
+    if (nBytes < kRoundedFrom || nBytes > kMaxBytes / 2) { return atLeastOne(nBytes); }
     uint64_t nStep = kRoundedFrom / 8;
-    while (nStep * 16 <= nBytes) {
-        nStep *= 2;
-    }
+    while (nStep * 16 <= nBytes) { nStep *= 2; }
     return (nBytes + nStep - 1) / nStep * nStep;
 }
 
@@ -35,9 +33,7 @@ inline void *plainAlloc(uint64_t nBytes) {
 }
 
 inline void *plainRealloc(void *pMemory, uint64_t nBytes) {
-    if (nBytes > kMaxBytes) {
-        return nullptr;
-    }
+    if (nBytes > kMaxBytes) { return nullptr; }
     const uint64_t nRounded = roundedForGrowth(nBytes);
     void *pResized = realloc(pMemory, nRounded);
     if (pResized == nullptr && nRounded > nBytes) {

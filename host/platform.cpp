@@ -1,6 +1,6 @@
 #include "host/platform.hpp"
 
-#include <errno.h>
+#include <cerrno>
 #include <fcntl.h>
 
 #include <algorithm>
@@ -29,7 +29,8 @@ constexpr uint64_t kMaxTransfer = 1U << 30;  // bytes that one system call is as
 #ifdef _WIN32
 
 // Documented as RtlGenRandom; its own header would bring in all of the system's.
-extern "C" __declspec(dllimport) unsigned char __stdcall SystemFunction036(void *pBytes, unsigned long nBytes);
+extern "C" __declspec(dllimport) unsigned char __stdcall SystemFunction036(void *pBytes,
+                                                                           unsigned long nBytes);
 
 bool randomBytes(void *pBytes, size_t nBytes) {
     return SystemFunction036(pBytes, static_cast<unsigned long>(nBytes)) != 0;
@@ -43,7 +44,8 @@ int openForReading(const char *szPath) {
 }
 
 int openForWriting(const char *szPath) {
-    return ::_open(szPath, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+    return ::_open(szPath, _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT,
+                   _S_IREAD | _S_IWRITE);
 }
 
 void passBytesAsTheyAre(int nDescriptor) {
@@ -81,11 +83,10 @@ void adviseLargePages([[maybe_unused]] void *pMemory, [[maybe_unused]] uint64_t 
 #ifdef MADV_HUGEPAGE
     const auto nPage = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
     const uint64_t nSkipped = (nPage - reinterpret_cast<uintptr_t>(pMemory) % nPage) % nPage;
-    if (nBytes <= nSkipped) {
-        return;
-    }
+    if (nBytes <= nSkipped) { return; }
     // There is nothing to do when the system does not take the advice.
-    (void)::madvise(static_cast<char *>(pMemory) + nSkipped, (nBytes - nSkipped) / nPage * nPage, MADV_HUGEPAGE);
+    (void)::madvise(static_cast<char *>(pMemory) + nSkipped, (nBytes - nSkipped) / nPage * nPage,
+                    MADV_HUGEPAGE);
 #endif
 }
 
@@ -137,12 +138,8 @@ int64_t writeSome(int nDescriptor, const void *pBytes, uint64_t nBytes) {
 
 int syncFile(int nDescriptor) {
     while (::fsync(nDescriptor) != 0) {
-        if (errno == EINVAL || errno == ENOTSUP) {
-            return 0;
-        }
-        if (errno != EINTR) {
-            return errno;
-        }
+        if (errno == EINVAL || errno == ENOTSUP) { return 0; }
+        if (errno != EINTR) { return errno; }
     }
     return 0;
 }

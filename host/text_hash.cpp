@@ -12,7 +12,8 @@ namespace {
 HashSecret drawSecret() {
     HashSecret secret;
     if (!randomBytes(secret.bytes, sizeof secret.bytes)) {
-        const auto nTime = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+        const auto nTime =
+            static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
         XXH3_generateSecret_fromSeed(secret.bytes, nTime ^ reinterpret_cast<uintptr_t>(&secret));
     }
     return secret;

@@ -2,8 +2,8 @@
 #ifndef HOST_TEXT_HASH_HPP
 #define HOST_TEXT_HASH_HPP
 
-#include <stdint.h>
-#include <string.h>
+#include <cstdint>
+#include <cstring>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -19,7 +19,8 @@ struct HashSecret {
 const HashSecret &processSecret();
 
 inline KeyHash hashText(const HashSecret &secret, const char *szText) {
-    return keyHash(XXH3_64bits_withSecret(szText, strlen(szText), secret.bytes, sizeof secret.bytes));
+    return keyHash(
+        XXH3_64bits_withSecret(szText, std::strlen(szText), secret.bytes, sizeof secret.bytes));
 }
 
 }  // namespace host

@@ -1,6 +1,7 @@
-/* The consistency audit: every invariant of a manager, checked in one pass over its tables. A table, block or segment number that has just
- * been reported is not read through; everything else is still examined. */
-#include <string.h>
+// The consistency audit: every invariant of a manager, checked in one pass over its tables. A
+// table, block or segment number that has just been reported is not read through; everything else
+// is still examined.
+#include <cstring>
 
 #include <algorithm>
 
@@ -13,10 +14,10 @@ namespace {
 
 struct Audit {
     const NamesManager *mgr;
-    int32_t nViolated; /* invariants reported */
+    int32_t nViolated;  // invariants reported
 };
 
-/* Reports a violation; the line tells the checks apart. May not return. */
+// Reports a violation; the line tells the checks apart. May not return.
 void expect(Audit *pAudit, bool bHolds, int32_t nLine) {
     if (!bHolds) {
         ++pAudit->nViolated;
@@ -24,12 +25,12 @@ void expect(Audit *pAudit, bool bHolds, int32_t nLine) {
     }
 }
 
-/* Sums wrap around as the audited 32-bit numbers do. */
+// Sums wrap around as the audited 32-bit numbers do.
 int32_t sumOf(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-/* Counts that can be read up to, whatever the record claims. */
+// Counts that can be read up to, whatever the record claims.
 int32_t readableBlocks(const NamesManager *mgr) {
     return mgr->pBlocks != nullptr ? std::min(mgr->nBlocks, mgr->nBlocksAlloc) : 0;
 }
@@ -42,8 +43,8 @@ const NameStorageBlock *blockOrNull(const NamesManager *mgr, int32_t iBlock) {
     return 0 <= iBlock && iBlock < readableBlocks(mgr) ? &mgr->pBlocks[iBlock] : nullptr;
 }
 
-/* The name at an offset of a block; NULL if it does not lie, with its NUL, in the block's memory. What the block claims to use is a matter
- * of its own, which has been reported. */
+// The name at an offset of a block; NULL if it does not lie, with its NUL, in the block's memory.
+// What the block claims to use is a matter of its own, which has been reported.
 const char *nameOrNull(const NamesManager *mgr, int32_t iBlock, int32_t nOffset) {
     const NameStorageBlock *pBlock = blockOrNull(mgr, iBlock);
     if (pBlock == nullptr || pBlock->pData == nullptr || nOffset < 0 || nOffset >= pBlock->nSize) {
@@ -51,7 +52,7 @@ const char *nameOrNull(const NamesManager *mgr, int32_t iBlock, int32_t nOffset)
     }
     const char *pName = pBlock->pData + nOffset;
     const size_t nRest = static_cast<size_t>(pBlock->nSize - nOffset);
-    return memchr(pName, 0, nRest) != nullptr ? pName : nullptr;
+    return std::memchr(pName, 0, nRest) != nullptr ? pName : nullptr;
 }
 
 void auditCounts(Audit *pAudit) {
@@ -94,11 +95,13 @@ void auditSegments(Audit *pAudit) {
     }
     const bool bAllReadable = readableSegments(mgr) == mgr->nSegments;
     if (mgr->nNames > 0 && (bAllReadable || mgr->nSegments < 1)) {
-        expect(pAudit, mgr->nSegments > 0 && mgr->pSegments[mgr->nSegments - 1].iLast == mgr->nNames - 1, __LINE__);
+        expect(pAudit,
+               mgr->nSegments > 0 && mgr->pSegments[mgr->nSegments - 1].iLast == mgr->nNames - 1,
+               __LINE__);
     }
 }
 
-/* Names whose position can be read. */
+// Names whose position can be read.
 int32_t readablePositions(const NamesManager *mgr) {
     return mgr->pPositions != nullptr ? std::min(mgr->nNames, mgr->nPositionsAlloc) : 0;
 }
@@ -110,28 +113,24 @@ void auditPositions(Audit *pAudit) {
         const NamePosition position = mgr->pPositions[i];
         expect(pAudit, 0 <= position.iBlock && position.iBlock < mgr->nBlocks, __LINE__);
         const NameStorageBlock *pBlock = blockOrNull(mgr, position.iBlock);
-        if (pBlock != nullptr) {
-            expect(pAudit, position.nOffset < pBlock->nUsed, __LINE__);
-        }
+        if (pBlock != nullptr) { expect(pAudit, position.nOffset < pBlock->nUsed, __LINE__); }
     }
 }
 
 void auditCursor(Audit *pAudit) {
     const NamesManager *mgr = pAudit->mgr;
-    if (mgr->iCursorName < 0) {
-        return;
-    }
+    if (mgr->iCursorName < 0) { return; }
     expect(pAudit, mgr->iCursorName < mgr->nNames, __LINE__);
     expect(pAudit, 0 <= mgr->iCursorBlock && mgr->iCursorBlock < mgr->nBlocks, __LINE__);
     expect(pAudit, 0 <= mgr->iCursorSegment && mgr->iCursorSegment < mgr->nSegments, __LINE__);
-    if (mgr->pSegments != nullptr && 0 <= mgr->iCursorSegment && mgr->iCursorSegment < readableSegments(mgr)) {
+    if (mgr->pSegments != nullptr && 0 <= mgr->iCursorSegment &&
+        mgr->iCursorSegment < readableSegments(mgr)) {
         const NameSegment &segment = mgr->pSegments[mgr->iCursorSegment];
-        expect(pAudit, segment.iFirst <= mgr->iCursorName && mgr->iCursorName <= segment.iLast, __LINE__);
+        expect(pAudit, segment.iFirst <= mgr->iCursorName && mgr->iCursorName <= segment.iLast,
+               __LINE__);
     }
     const NameStorageBlock *pBlock = blockOrNull(mgr, mgr->iCursorBlock);
-    if (pBlock != nullptr) {
-        expect(pAudit, mgr->nCursorOffset < pBlock->nUsed, __LINE__);
-    }
+    if (pBlock != nullptr) { expect(pAudit, mgr->nCursorOffset < pBlock->nUsed, __LINE__); }
     expect(pAudit, mgr->nCursorMisses >= 0, __LINE__);
 }
 
@@ -139,25 +138,22 @@ bool findsName(const NamesManager *mgr, const char *pName, int32_t index) {
     return pName != nullptr && HostHashMap_Find(mgr->pLookupIndex, pName) == index;
 }
 
-/* A segment's names are no longer walked where one does not end inside its block. */
+// A segment's names are no longer walked where one does not end inside its block.
 void auditIndexedSegment(Audit *pAudit, const NameSegment &segment) {
     const NamesManager *mgr = pAudit->mgr;
     int32_t nOffset = segment.nOffset;
-    for (int64_t i = segment.iFirst; i <= segment.iLast && blockOrNull(mgr, segment.iBlock) != nullptr; ++i) {
+    for (int64_t i = segment.iFirst;
+         i <= segment.iLast && blockOrNull(mgr, segment.iBlock) != nullptr; ++i) {
         const char *pName = nameOrNull(mgr, segment.iBlock, nOffset);
         expect(pAudit, findsName(mgr, pName, static_cast<int32_t>(i)), __LINE__);
-        if (pName == nullptr) {
-            return;
-        }
-        nOffset += static_cast<int32_t>(strlen(pName)) + 1;
+        if (pName == nullptr) { return; }
+        nOffset += static_cast<int32_t>(std::strlen(pName)) + 1;
     }
 }
 
 void auditIndex(Audit *pAudit) {
     const NamesManager *mgr = pAudit->mgr;
-    if (mgr->pLookupIndex == nullptr) {
-        return;
-    }
+    if (mgr->pLookupIndex == nullptr) { return; }
     expect(pAudit, mgr->pLookupIndex->nEntries == mgr->nNames, __LINE__);
     if (mgr->pSegments != nullptr) {
         for (int32_t s = 0; s < readableSegments(mgr); ++s) {
@@ -168,7 +164,8 @@ void auditIndex(Audit *pAudit) {
     for (int32_t i = 0; i < readablePositions(mgr); ++i) {
         const NamePosition position = mgr->pPositions[i];
         if (blockOrNull(mgr, position.iBlock) != nullptr) {
-            expect(pAudit, findsName(mgr, nameOrNull(mgr, position.iBlock, position.nOffset), i), __LINE__);
+            expect(pAudit, findsName(mgr, nameOrNull(mgr, position.iBlock, position.nOffset), i),
+                   __LINE__);
         }
     }
 }

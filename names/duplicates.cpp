@@ -1,6 +1,6 @@
-/* The check for repeated names before they are stored. */
-#include <ctype.h>
-#include <string.h>
+// The check for repeated names before they are stored.
+#include <cctype>
+#include <cstring>
 
 #include <algorithm>
 
@@ -14,7 +14,8 @@ namespace {
 
 constexpr int32_t kCheckedAtOnce = 128;
 
-/* The names as they are compared, one pointer per index of the range, and the text of those that had to be rewritten. */
+// The names as they are compared, one pointer per index of the range, and the text of those that
+// had to be rewritten.
 struct PreparedNames {
     const char **ppNames;
     char *pTexts;
@@ -27,16 +28,16 @@ struct CheckedNames {
 };
 
 struct Clash {
-    int32_t iHeld;  /* 0-based index of the name that was there first; -1: no clash */
-    int32_t iGiven; /* 0-based index of the given name that repeats it */
+    int32_t iHeld;   // 0-based index of the name that was there first; -1: no clash
+    int32_t iGiven;  // 0-based index of the given name that repeats it
     const char *szName;
 };
 
 bool isWhiteSpace(char c) {
-    return isspace(static_cast<unsigned char>(c)) != 0;
+    return std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
-/* A name ends at its first NUL; behind that it has nothing to compare. */
+// A name ends at its first NUL; behind that it has nothing to compare.
 int32_t lengthToNul(const char *pName, int32_t nLength) {
     return static_cast<int32_t>(strnlen(pName, static_cast<size_t>(nLength)));
 }
@@ -63,7 +64,7 @@ void poolFree(void *pMemory) {
     HostPool_Free(HostPool_Get(), pMemory, 0, 0);
 }
 
-/* Room for every given name with a NUL. */
+// Room for every given name with a NUL.
 char *allocTexts(const CheckedNames &given) {
     uint64_t nBytes = 0;
     for (int32_t k = 0; k < given.nNames; ++k) {
@@ -72,34 +73,29 @@ char *allocTexts(const CheckedNames &given) {
     return static_cast<char *>(poolAlloc(nBytes));
 }
 
-/* Copies a name's text without trailing white space to *ppTexts and steps over it. */
+// Copies a name's text without trailing white space to *ppTexts and steps over it.
 const char *copyPrepared(const char *pName, int32_t nGiven, char **ppTexts) {
     char *pText = *ppTexts;
     int32_t nLength = lengthToNul(pName, nGiven);
-    while (nLength > 0 && isWhiteSpace(pName[nLength - 1])) {
-        --nLength;
-    }
-    memcpy(pText, pName, static_cast<size_t>(nLength));
+    while (nLength > 0 && isWhiteSpace(pName[nLength - 1])) { --nLength; }
+    std::memcpy(pText, pName, static_cast<size_t>(nLength));
     pText[nLength] = 0;
     *ppTexts = pText + nLength + 1;
     return pText;
 }
 
-/* A text area is made only when a name has to be rewritten. False without memory. */
+// A text area is made only when a name has to be rewritten. False without memory.
 bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
     pPrepared->pTexts = nullptr;
-    pPrepared->ppNames = static_cast<const char **>(poolAlloc(static_cast<uint64_t>(given.nNames) * sizeof(char *)));
-    if (pPrepared->ppNames == nullptr) {
-        return false;
-    }
+    pPrepared->ppNames =
+        static_cast<const char **>(poolAlloc(static_cast<uint64_t>(given.nNames) * sizeof(char *)));
+    if (pPrepared->ppNames == nullptr) { return false; }
     if (allUsableInPlace(given)) {
         std::copy_n(given.ppNames, given.nNames, pPrepared->ppNames);
         return true;
     }
     pPrepared->pTexts = allocTexts(given);
-    if (pPrepared->pTexts == nullptr) {
-        return false;
-    }
+    if (pPrepared->pTexts == nullptr) { return false; }
     char *pTexts = pPrepared->pTexts;
     for (int32_t k = 0; k < given.nNames; ++k) {
         const char *pName = given.ppNames[k];
@@ -109,44 +105,41 @@ bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
     return true;
 }
 
-/* Looks for two equal names among the given ones, the first of which is meant for index iFirst. 1 without memory. Names behind a clash do
- * not count, nor does memory that runs out for them. */
-int32_t insertUntilClash(HostHashMap *pMap, const char *const *ppNames, int32_t nNames, int32_t iFirst, Clash *pClash) {
+// Looks for two equal names among the given ones, the first of which is meant for index iFirst. 1
+// without memory. Names behind a clash do not count, nor does memory that runs out for them.
+int32_t insertUntilClash(HostHashMap *pMap, const char *const *ppNames, int32_t nNames,
+                         int32_t iFirst, Clash *pClash) {
     int32_t aEarlier[kCheckedAtOnce];
     for (int32_t first = 0; first < nNames; first += kCheckedAtOnce) {
         const int32_t nAtOnce = std::min(nNames - first, kCheckedAtOnce);
         std::fill_n(aEarlier, nAtOnce, -1);
         const int32_t nDone = insertKeys(pMap, ppNames + first, nAtOnce, iFirst + first, aEarlier);
-        const int32_t k = static_cast<int32_t>(std::find_if(aEarlier, aEarlier + nDone, [](int32_t i) { return i >= 0; }) - aEarlier);
+        const int32_t k = static_cast<int32_t>(
+            std::find_if(aEarlier, aEarlier + nDone, [](int32_t i) { return i >= 0; }) - aEarlier);
         if (k < nDone) {
             *pClash = {aEarlier[k], iFirst + first + k, ppNames[first + k]};
             return 0;
         }
-        if (nDone < nAtOnce) {
-            return 1;
-        }
+        if (nDone < nAtOnce) { return 1; }
     }
     return 0;
 }
 
 int32_t clashAmongGiven(const char *const *ppNames, int32_t nNames, int32_t iFirst, Clash *pClash) {
     HostHashMap *pMap = HostHashMap_Create(&HostHashMap_StringKeys, nNames);
-    if (pMap == nullptr) {
-        return 1;
-    }
+    if (pMap == nullptr) { return 1; }
     const int32_t nStatus = insertUntilClash(pMap, ppNames, nNames, iFirst, pClash);
     HostHashMap_Release(pMap);
     return nStatus;
 }
 
-/* Looks for a given name among those that the manager holds outside the range. */
+// Looks for a given name among those that the manager holds outside the range.
 void clashWithHeld(NamesManager *mgr, const char *const *ppNames, IndexRange range, Clash *pClash) {
-    if (range.first == 0 && range.last >= mgr->nNames - 1) {
-        return;
-    }
+    if (range.first == 0 && range.last >= mgr->nNames - 1) { return; }
     int32_t aFound[kCheckedAtOnce];
     for (int32_t first = 0; first < countOf(range);) {
-        const int32_t nFound = findTexts(mgr, ppNames + first, std::min(countOf(range) - first, kCheckedAtOnce), aFound);
+        const int32_t nFound = findTexts(mgr, ppNames + first,
+                                         std::min(countOf(range) - first, kCheckedAtOnce), aFound);
         for (int32_t k = 0; k < nFound; ++k) {
             if (aFound[k] >= 0 && (aFound[k] < range.first || aFound[k] > range.last)) {
                 *pClash = {aFound[k], range.first + first + k, ppNames[first + k]};
@@ -157,28 +150,23 @@ void clashWithHeld(NamesManager *mgr, const char *const *ppNames, IndexRange ran
     }
 }
 
-int32_t findClash(NamesManager *mgr, IndexRange range, const char *const *ppNames, const int32_t *pLengths, PreparedNames *pPrepared,
-                  Clash *pClash) {
-    if (NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0) {
-        return 1;
-    }
+int32_t findClash(NamesManager *mgr, IndexRange range, const char *const *ppNames,
+                  const int32_t *pLengths, PreparedNames *pPrepared, Clash *pClash) {
+    if (NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0) { return 1; }
     const int32_t nNames = countOf(range);
-    if (nNames == 0) {
-        return 0;
-    }
-    if (!prepareNames({ppNames, pLengths, nNames}, pPrepared) || clashAmongGiven(pPrepared->ppNames, nNames, range.first, pClash) != 0) {
+    if (nNames == 0) { return 0; }
+    if (!prepareNames({ppNames, pLengths, nNames}, pPrepared) ||
+        clashAmongGiven(pPrepared->ppNames, nNames, range.first, pClash) != 0) {
         return 1;
     }
-    if (pClash->iHeld < 0) {
-        clashWithHeld(mgr, pPrepared->ppNames, range, pClash);
-    }
+    if (pClash->iHeld < 0) { clashWithHeld(mgr, pPrepared->ppNames, range, pClash); }
     return 0;
 }
 
 void copyCut(char *pBuffer, int32_t nBufferSize, const char *szText) {
     if (nBufferSize >= 1) {
         const size_t nBytes = strnlen(szText, static_cast<size_t>(nBufferSize) - 1);
-        memcpy(pBuffer, szText, nBytes);
+        std::memcpy(pBuffer, szText, nBytes);
         pBuffer[nBytes] = 0;
     }
 }
@@ -189,15 +177,15 @@ void copyCut(char *pBuffer, int32_t nBufferSize, const char *szText) {
 
 using namespace names;
 
-int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *ppNames,
-                                         const int32_t *pnLengths, int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex,
+int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32_t last,
+                                         int32_t bOneBased, const char *const *ppNames,
+                                         const int32_t *pnLengths, int32_t *pbDuplicate,
+                                         int32_t *piFirstIndex, int32_t *piSecondIndex,
                                          char *szDuplicateName, int32_t nDuplicateNameSize) {
     ScopedLock lock(mgr);
     *pbDuplicate = 0;
     IndexRange range;
-    if (!toIndexRange(first, last, bOneBased, &range)) {
-        return 1;
-    }
+    if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
     PreparedNames prepared = {nullptr, nullptr};
     Clash clash = {-1, -1, nullptr};
     const int32_t nStatus = findClash(mgr, range, ppNames, pnLengths, &prepared, &clash);
@@ -213,26 +201,29 @@ int32_t NamesManager_CheckDuplicateNames(NamesManager *mgr, int32_t first, int32
     return nStatus;
 }
 
-int32_t NamesManager_CheckDuplicateNamesInBuffer(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *buffer,
-                                                 int32_t *pbDuplicate, int32_t *piFirstIndex, int32_t *piSecondIndex, char *szDuplicateName,
+int32_t NamesManager_CheckDuplicateNamesInBuffer(NamesManager *mgr, int32_t first, int32_t last,
+                                                 int32_t bOneBased, const char *buffer,
+                                                 int32_t *pbDuplicate, int32_t *piFirstIndex,
+                                                 int32_t *piSecondIndex, char *szDuplicateName,
                                                  int32_t nDuplicateNameSize) {
     IndexRange range;
-    if (!toIndexRange(first, last, bOneBased, &range)) {
-        return 1;
-    }
+    if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
     const uint64_t nNames = static_cast<uint64_t>(countOf(range));
-    int32_t *pLengths = static_cast<int32_t *>(HostMem_Alloc(nNames * sizeof(int32_t), kSourceTag, __LINE__));
-    const char **ppNames = static_cast<const char **>(HostMem_Alloc(nNames * sizeof(char *), kSourceTag, __LINE__));
+    int32_t *pLengths =
+        static_cast<int32_t *>(HostMem_Alloc(nNames * sizeof(int32_t), kSourceTag, __LINE__));
+    const char **ppNames =
+        static_cast<const char **>(HostMem_Alloc(nNames * sizeof(char *), kSourceTag, __LINE__));
     int32_t nStatus = 1;
     if (pLengths != nullptr && ppNames != nullptr) {
         for (int32_t k = 0; k < countOf(range); ++k) {
-            const size_t nLength = strlen(buffer);
+            const size_t nLength = std::strlen(buffer);
             const bool bTakesPart = nLength <= kMaxNameBytes;
             ppNames[k] = bTakesPart ? buffer : nullptr;
             pLengths[k] = bTakesPart ? static_cast<int32_t>(nLength) : 0;
             buffer += nLength + 1;
         }
-        nStatus = NamesManager_CheckDuplicateNames(mgr, first, last, bOneBased, ppNames, pLengths, pbDuplicate, piFirstIndex, piSecondIndex,
+        nStatus = NamesManager_CheckDuplicateNames(mgr, first, last, bOneBased, ppNames, pLengths,
+                                                   pbDuplicate, piFirstIndex, piSecondIndex,
                                                    szDuplicateName, nDuplicateNameSize);
     }
     HostMem_Free(ppNames, kSourceTag, __LINE__);

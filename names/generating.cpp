@@ -1,6 +1,6 @@
-/* Default names: the format's text, printed here rather than by the C library because formats also come from saved images, and the search
- * for a number that is not in use. */
-#include <string.h>
+// Default names: the format's text, printed here rather than by the C library because formats also
+// come from saved images, and the search for a number that is not in use.
+#include <cstring>
 
 #include <algorithm>
 
@@ -13,9 +13,9 @@ namespace {
 
 constexpr int32_t kFormatBytes = sizeof NamesManager::szNameFormat;
 
-/* A name format taken apart. */
+// A name format taken apart.
 struct NameFormat {
-    char aBefore[kFormatBytes]; /* text before and behind the number, %% being % */
+    char aBefore[kFormatBytes];  // text before and behind the number, %% being %
     char aBehind[kFormatBytes];
     int32_t nBefore;
     int32_t nBehind;
@@ -25,18 +25,16 @@ struct NameFormat {
     bool bAlternate;
     bool bZeros;
     int64_t nWidth;
-    int64_t nPrecision; /* -1: none */
+    int64_t nPrecision;  // -1: none
     char cConversion;
 };
 
-/* A number in decimal digits up to 2147483647; the first character behind it, NULL if it is larger. */
+// A number in decimal digits up to 2147483647; the first character behind it, NULL if it is larger.
 const char *parseNumber(const char *p, int64_t *pnNumber) {
     *pnNumber = 0;
     for (; *p >= '0' && *p <= '9'; ++p) {
         *pnNumber = *pnNumber * 10 + (*p - '0');
-        if (*pnNumber > INT32_MAX) {
-            return nullptr;
-        }
+        if (*pnNumber > INT32_MAX) { return nullptr; }
     }
     return p;
 }
@@ -54,22 +52,18 @@ const char *parseFlags(const char *p, NameFormat *pFormat) {
     }
 }
 
-/* A conversion from behind its % on; the first character behind it, NULL if it is not acceptable. */
+// A conversion from behind its % on; the first character behind it, NULL if it is not acceptable.
 const char *parseConversion(const char *p, NameFormat *pFormat) {
     p = parseNumber(parseFlags(p, pFormat), &pFormat->nWidth);
-    if (p != nullptr && *p == '.') {
-        p = parseNumber(p + 1, &pFormat->nPrecision);
-    }
-    if (p == nullptr || *p == 0 || strchr("diuoxX", *p) == nullptr) {
-        return nullptr;
-    }
+    if (p != nullptr && *p == '.') { p = parseNumber(p + 1, &pFormat->nPrecision); }
+    if (p == nullptr || *p == 0 || std::strchr("diuoxX", *p) == nullptr) { return nullptr; }
     pFormat->cConversion = *p;
     return p + 1;
 }
 
-/* szFormat is NUL-terminated and shorter than kFormatBytes. */
+// szFormat is NUL-terminated and shorter than kFormatBytes.
 bool parseFormat(const char *szFormat, NameFormat *pFormat) {
-    memset(pFormat, 0, sizeof *pFormat);
+    std::memset(pFormat, 0, sizeof *pFormat);
     pFormat->nPrecision = -1;
     const char *p = szFormat;
     while (p != nullptr && *p != 0) {
@@ -87,7 +81,7 @@ bool parseFormat(const char *szFormat, NameFormat *pFormat) {
     return p != nullptr && pFormat->cConversion != 0;
 }
 
-/* The parts of one printed number, in the order of printing; what is not there has length 0. */
+// The parts of one printed number, in the order of printing; what is not there has length 0.
 struct PrintedNumber {
     int64_t nBlanksBefore;
     char aSign[2];
@@ -102,23 +96,19 @@ char *lastDigit(PrintedNumber *pPrinted) {
     return pPrinted->aDigits + sizeof pPrinted->aDigits - 1;
 }
 
-/* Digits are put at the end of aDigits. */
+// Digits are put at the end of aDigits.
 void printDecimal(uint32_t nNumber, PrintedNumber *pPrinted) {
     char *p = lastDigit(pPrinted);
-    for (; nNumber > 9; nNumber /= 10) {
-        *p-- = static_cast<char>('0' + nNumber % 10);
-    }
+    for (; nNumber > 9; nNumber /= 10) { *p-- = static_cast<char>('0' + nNumber % 10); }
     *p = static_cast<char>('0' + nNumber);
     pPrinted->nDigits = static_cast<int32_t>(lastDigit(pPrinted) - p) + 1;
 }
 
-/* nBits: what each digit tells. */
+// nBits: what each digit tells.
 void printBits(uint32_t nNumber, uint32_t nBits, const char *pAlphabet, PrintedNumber *pPrinted) {
     char *p = lastDigit(pPrinted);
     const uint32_t nMask = (1U << nBits) - 1;
-    for (; nNumber > nMask; nNumber >>= nBits) {
-        *p-- = pAlphabet[nNumber & nMask];
-    }
+    for (; nNumber > nMask; nNumber >>= nBits) { *p-- = pAlphabet[nNumber & nMask]; }
     *p = pAlphabet[nNumber];
     pPrinted->nDigits = static_cast<int32_t>(lastDigit(pPrinted) - p) + 1;
 }
@@ -132,7 +122,7 @@ void printDigits(uint32_t nNumber, char cConversion, PrintedNumber *pPrinted) {
     }
 }
 
-/* nNumber is at least 1, which spares the rules for 0 and for negative numbers. */
+// nNumber is at least 1, which spares the rules for 0 and for negative numbers.
 void printNumber(const NameFormat &format, int32_t nNumber, PrintedNumber *pPrinted) {
     *pPrinted = {};
     const char c = format.cConversion;
@@ -149,7 +139,8 @@ void printNumber(const NameFormat &format, int32_t nNumber, PrintedNumber *pPrin
     if (format.bAlternate && c == 'o') {
         pPrinted->nZeros = std::max<int64_t>(pPrinted->nZeros, 1);
     }
-    const int64_t nFill = std::max<int64_t>(0, format.nWidth - pPrinted->nSign - pPrinted->nZeros - pPrinted->nDigits);
+    const int64_t nFill = std::max<int64_t>(0, format.nWidth - pPrinted->nSign - pPrinted->nZeros -
+                                                   pPrinted->nDigits);
     if (format.bLeft) {
         pPrinted->nBlanksBehind = nFill;
     } else if (format.bZeros && format.nPrecision < 0) {
@@ -160,21 +151,22 @@ void printNumber(const NameFormat &format, int32_t nNumber, PrintedNumber *pPrin
 }
 
 char *put(char *p, const char *pText, int32_t nBytes) {
-    memcpy(p, pText, static_cast<size_t>(nBytes));
+    std::memcpy(p, pText, static_cast<size_t>(nBytes));
     return p + nBytes;
 }
 
 char *putRepeated(char *p, char c, int64_t nCount) {
-    if (nCount > 0) { /* mostly it is not, and not worth a call */
-        memset(p, c, static_cast<size_t>(nCount));
+    if (nCount > 0) {  // mostly it is not, and not worth a call
+        std::memset(p, c, static_cast<size_t>(nCount));
     }
     return p + nCount;
 }
 
-/* A formatted name before it is written: without trailing blanks, which therefore need no memory, however many the width asks for. */
+// A formatted name before it is written: without trailing blanks, which therefore need no memory,
+// however many the width asks for.
 struct FormattedName {
     PrintedNumber number;
-    int32_t nBehind; /* of the text behind the number */
+    int32_t nBehind;  // of the text behind the number
     int64_t nLength;
 };
 
@@ -182,12 +174,11 @@ FormattedName formatName(const NameFormat &format, int32_t nNumber) {
     FormattedName name;
     PrintedNumber &number = name.number;
     printNumber(format, nNumber, &number);
-    name.nBehind = static_cast<int32_t>(trimmedLength(format.aBehind, static_cast<uint64_t>(format.nBehind)));
-    if (name.nBehind == 0) {
-        number.nBlanksBehind = 0;
-    }
-    name.nLength =
-        format.nBefore + number.nBlanksBefore + number.nSign + number.nZeros + number.nDigits + number.nBlanksBehind + name.nBehind;
+    name.nBehind =
+        static_cast<int32_t>(trimmedLength(format.aBehind, static_cast<uint64_t>(format.nBehind)));
+    if (name.nBehind == 0) { number.nBlanksBehind = 0; }
+    name.nLength = format.nBefore + number.nBlanksBefore + number.nSign + number.nZeros +
+                   number.nDigits + number.nBlanksBehind + name.nBehind;
     return name;
 }
 
@@ -197,17 +188,19 @@ void writeName(const NameFormat &format, const FormattedName &name, char *p) {
     p = putRepeated(p, ' ', number.nBlanksBefore);
     p = put(p, number.aSign, number.nSign);
     p = putRepeated(p, '0', number.nZeros);
-    p = put(p, number.aDigits + sizeof number.aDigits - static_cast<size_t>(number.nDigits), number.nDigits);
+    p = put(p, number.aDigits + sizeof number.aDigits - static_cast<size_t>(number.nDigits),
+            number.nDigits);
     p = putRepeated(p, ' ', number.nBlanksBehind);
     p = put(p, format.aBehind, name.nBehind);
     *p = 0;
 }
 
 constexpr int32_t kAhead = 32;
-constexpr int32_t kAheadBytes = 64; /* of a name that is looked up ahead, its NUL included; names that take more are looked up alone */
+constexpr int32_t kAheadBytes = 64;  // of a name that is looked up ahead, its NUL included; names
+                                     // that take more are looked up alone
 
-/* Names with consecutive numbers that were looked up together. A name that comes in later has a number of its own and so another text: the
- * answers hold as long as lookups find the same index. */
+// Names with consecutive numbers that were looked up together. A name that comes in later has a
+// number of its own and so another text: the answers hold as long as lookups find the same index.
 struct LookedAhead {
     int32_t nFirstNumber;
     int32_t nNames;
@@ -217,65 +210,62 @@ struct LookedAhead {
     char aTexts[kAhead][kAheadBytes];
 };
 
-/* A run of generation. */
+// A run of generation.
 struct Generation {
     NamesManager *mgr;
     NameFormat format;
-    int32_t nNumber;   /* of the last name tried */
-    int32_t nWanted;   /* names still to come */
-    TextBuffer buffer; /* of a name that is looked up alone */
+    int32_t nNumber;    // of the last name tried
+    int32_t nWanted;    // names still to come
+    TextBuffer buffer;  // of a name that is looked up alone
     LookedAhead ahead;
 };
 
-/* A name that is not in use, as it will be stored. */
+// A name that is not in use, as it will be stored.
 struct Candidate {
     const char *szText;
     int32_t nLength;
 };
 
-/* The fixed text for number 1. Only an empty manager gets here with it, so it cannot be in use. */
+// The fixed text for number 1. Only an empty manager gets here with it, so it cannot be in use.
 Candidate firstCandidate(Generation *pRun) {
     const char *szFirst = pRun->mgr->szFirstGeneratedName;
-    const int32_t nLength = static_cast<int32_t>(trimmedLength(szFirst, strlen(szFirst)));
+    const int32_t nLength = static_cast<int32_t>(trimmedLength(szFirst, std::strlen(szFirst)));
     copyText(pRun->buffer.aLocal, szFirst, nLength);
     pRun->nNumber = 1;
     return {pRun->buffer.aLocal, nLength};
 }
 
-/* Looks up as many of the next names as will be wanted in any case. False if not even the first is short enough. */
+// Looks up as many of the next names as will be wanted in any case. False if not even the first is
+// short enough.
 bool lookAhead(Generation *pRun) {
     LookedAhead *pAhead = &pRun->ahead;
     const int32_t nMost = std::min({kAhead, pRun->nWanted, INT32_MAX - pRun->nNumber});
     int32_t n = 0;
     for (; n < nMost; ++n) {
         const FormattedName name = formatName(pRun->format, pRun->nNumber + 1 + n);
-        if (name.nLength >= kAheadBytes) {
-            break;
-        }
+        if (name.nLength >= kAheadBytes) { break; }
         writeName(pRun->format, name, pAhead->aTexts[n]);
         pAhead->apTexts[n] = pAhead->aTexts[n];
         pAhead->aLengths[n] = static_cast<int32_t>(name.nLength);
     }
     pAhead->nNames = 0;
     if (n == 0) {
-        return false; /* among others because there is no next number */
+        return false;  // among others because there is no next number
     }
     pAhead->nFirstNumber = pRun->nNumber + 1;
     pAhead->nNames = findTexts(pRun->mgr, pAhead->apTexts, n, pAhead->aFound);
     return true;
 }
 
-/* Formats the name with the next number and looks it up: its index goes to *piFound. False if it cannot be made: it is too long to store,
- * or memory or numbers ran out. */
+// Formats the name with the next number and looks it up: its index goes to *piFound. False if it
+// cannot be made: it is too long to store, or memory or numbers ran out.
 bool tryNextAlone(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
-    if (pRun->nNumber == INT32_MAX) {
-        return false;
-    }
+    if (pRun->nNumber == INT32_MAX) { return false; }
     const FormattedName name = formatName(pRun->format, pRun->nNumber + 1);
-    char *pText = name.nLength <= kMaxNameBytes ? roomFor(&pRun->buffer, static_cast<uint64_t>(name.nLength) + 1) : nullptr;
-    if (pText == nullptr) {
-        return false;
-    }
+    char *pText = name.nLength <= kMaxNameBytes
+                      ? roomFor(&pRun->buffer, static_cast<uint64_t>(name.nLength) + 1)
+                      : nullptr;
+    if (pText == nullptr) { return false; }
     writeName(pRun->format, name, pText);
     *pCandidate = {pText, static_cast<int32_t>(name.nLength)};
     ++pRun->nNumber;
@@ -285,17 +275,16 @@ bool tryNextAlone(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
 
 bool tryNext(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
     const LookedAhead &ahead = pRun->ahead;
-    const bool bKnown = pRun->nNumber - ahead.nFirstNumber < ahead.nNames - 1 && isIndexCurrent(pRun->mgr);
-    if (!bKnown && !lookAhead(pRun)) {
-        return tryNextAlone(pRun, pCandidate, piFound);
-    }
+    const bool bKnown =
+        pRun->nNumber - ahead.nFirstNumber < ahead.nNames - 1 && isIndexCurrent(pRun->mgr);
+    if (!bKnown && !lookAhead(pRun)) { return tryNextAlone(pRun, pCandidate, piFound); }
     const int32_t k = ++pRun->nNumber - ahead.nFirstNumber;
     *pCandidate = {ahead.apTexts[k], ahead.aLengths[k]};
     *piFound = ahead.aFound[k];
     return true;
 }
 
-/* The next name that is not in use. False if a name on the way to it cannot be made. */
+// The next name that is not in use. False if a name on the way to it cannot be made.
 bool findFreeName(Generation *pRun, Candidate *pCandidate) {
     if (pRun->nNumber == 0 && pRun->mgr->szFirstGeneratedName[0] != 0) {
         *pCandidate = firstCandidate(pRun);
@@ -303,9 +292,7 @@ bool findFreeName(Generation *pRun, Candidate *pCandidate) {
     }
     int32_t iFound = -1;
     do {
-        if (!tryNext(pRun, pCandidate, &iFound)) {
-            return false;
-        }
+        if (!tryNext(pRun, pCandidate, &iFound)) { return false; }
     } while (iFound >= 0);
     return true;
 }
@@ -316,13 +303,15 @@ int32_t generateNames(NamesManager *mgr, int32_t iLastIndex) {
     run.nNumber = std::max(mgr->nGeneratedNameBase, mgr->nNames);
     run.ahead.nFirstNumber = 0;
     run.ahead.nNames = 0;
-    const bool bFormat = isNameFormat(mgr->szNameFormat) && parseFormat(mgr->szNameFormat, &run.format);
+    const bool bFormat =
+        isNameFormat(mgr->szNameFormat) && parseFormat(mgr->szNameFormat, &run.format);
     for (int32_t i = mgr->nNames; i <= iLastIndex; ++i) {
         Candidate candidate;
         run.nWanted = iLastIndex - i + 1;
         const bool bFound = bFormat && findFreeName(&run, &candidate);
         if (!bFound || addOneName(mgr, i, candidate.szText, candidate.nLength) != 0) {
-            Host_ReportError(kSourceTag, __LINE__, 0, "NamesManager_AddName failed - possibly out of memory?");
+            Host_ReportError(kSourceTag, __LINE__, 0,
+                             "NamesManager_AddName failed - possibly out of memory?");
             return 1;
         }
     }
@@ -350,9 +339,9 @@ int32_t NamesManager_GenerateNames(NamesManager *mgr, int32_t count) {
     return mgr->nNames < count ? NamesManager_GenerateNamesUpTo(mgr, count - 1) : 0;
 }
 
-/* The text may lie in the field itself. */
+// The text may lie in the field itself.
 void NamesManager_SetFirstGeneratedName(NamesManager *mgr, const char *szName) {
     const size_t nLength = strnlen(szName, sizeof mgr->szFirstGeneratedName - 1);
-    memmove(mgr->szFirstGeneratedName, szName, nLength);
-    memset(mgr->szFirstGeneratedName + nLength, 0, sizeof mgr->szFirstGeneratedName - nLength);
+    std::memmove(mgr->szFirstGeneratedName, szName, nLength);
+    std::memset(mgr->szFirstGeneratedName + nLength, 0, sizeof mgr->szFirstGeneratedName - nLength);
 }

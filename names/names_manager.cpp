@@ -1,8 +1,8 @@
-/* The record, its lifecycle, and the storage that every other source builds on: blocks, tables, copying, the switch to positions, the
- * release of empty blocks. */
+// The record, its lifecycle, and the storage that every other source builds on: blocks, tables,
+// copying, the switch to positions, the release of empty blocks.
 #include "names/names_manager.h"
 
-#include <string.h>
+#include <cstring>
 
 #include <algorithm>
 
@@ -16,24 +16,25 @@ namespace {
 
 constexpr char kDefaultFormat[] = "nm%d";
 
-/* A record table resized to nNewAlloc records, those beyond nAlloc zeroed. NULL without memory: the old table stays valid. */
-void *resizeTable(void *pTable, int32_t nAlloc, int64_t nNewAlloc, uint64_t nRecordBytes, int32_t nLine) {
-    if (nNewAlloc > INT32_MAX) {
-        return nullptr;
-    }
-    void *pNew = HostMem_Realloc(pTable, static_cast<uint64_t>(nNewAlloc) * nRecordBytes, kSourceTag, nLine);
+// A record table resized to nNewAlloc records, those beyond nAlloc zeroed. NULL without memory: the
+// old table stays valid.
+void *resizeTable(void *pTable, int32_t nAlloc, int64_t nNewAlloc, uint64_t nRecordBytes,
+                  int32_t nLine) {
+    if (nNewAlloc > INT32_MAX) { return nullptr; }
+    void *pNew =
+        HostMem_Realloc(pTable, static_cast<uint64_t>(nNewAlloc) * nRecordBytes, kSourceTag, nLine);
     if (pNew != nullptr && nNewAlloc > nAlloc) {
         const uint64_t nOldBytes = static_cast<uint64_t>(nAlloc) * nRecordBytes;
-        memset(static_cast<char *>(pNew) + nOldBytes, 0, static_cast<uint64_t>(nNewAlloc - nAlloc) * nRecordBytes);
+        std::memset(static_cast<char *>(pNew) + nOldBytes, 0,
+                    static_cast<uint64_t>(nNewAlloc - nAlloc) * nRecordBytes);
     }
     return pNew;
 }
 
 bool resizeBlockTable(NamesManager *mgr, int64_t nNewAlloc) {
-    void *pNew = resizeTable(mgr->pBlocks, mgr->nBlocksAlloc, nNewAlloc, sizeof(NameStorageBlock), __LINE__);
-    if (pNew == nullptr) {
-        return false;
-    }
+    void *pNew =
+        resizeTable(mgr->pBlocks, mgr->nBlocksAlloc, nNewAlloc, sizeof(NameStorageBlock), __LINE__);
+    if (pNew == nullptr) { return false; }
     mgr->pBlocks = static_cast<NameStorageBlock *>(pNew);
     mgr->nBlocksAlloc = static_cast<int32_t>(nNewAlloc);
     return true;
@@ -47,36 +48,34 @@ void freeMemory(void *pMemory) {
     HostMem_Free(pMemory, kSourceTag, __LINE__);
 }
 
-/* A block of nSize bytes at the end of the table, which must have the room. */
+// A block of nSize bytes at the end of the table, which must have the room.
 bool addBlock(NamesManager *mgr, int64_t nSize) {
     char *pData = allocText(nSize);
-    if (pData == nullptr) {
-        return false;
-    }
+    if (pData == nullptr) { return false; }
     mgr->pBlocks[mgr->nBlocks++] = {pData, static_cast<int32_t>(nSize), 0, 0};
     return true;
 }
 
-/* Fails over to ever smaller blocks rather than fail, as long as the text fits. */
+// Fails over to ever smaller blocks rather than fail, as long as the text fits.
 bool addBlockForText(NamesManager *mgr, int64_t nNeed) {
-    if (nNeed > INT32_MAX || (mgr->nBlocks == mgr->nBlocksAlloc && !resizeBlockTable(mgr, int64_t{mgr->nBlocksAlloc} + kTableStep))) {
+    if (nNeed > INT32_MAX || (mgr->nBlocks == mgr->nBlocksAlloc &&
+                              !resizeBlockTable(mgr, int64_t{mgr->nBlocksAlloc} + kTableStep))) {
         return false;
     }
     int64_t nSize = std::max<int64_t>(nNeed, kNewBlockBytes);
     while (!addBlock(mgr, nSize)) {
         nSize /= 2;
-        if (nSize <= std::max<int64_t>(nNeed, kLeastBlockBytes)) {
-            return false;
-        }
+        if (nSize <= std::max<int64_t>(nNeed, kLeastBlockBytes)) { return false; }
     }
     return true;
 }
 
-/* Block numbers that references take on when blocks go. */
+// Block numbers that references take on when blocks go.
 struct Renumbering {
-    const NameStorageBlock *pReleased; /* released records in table order, nSize their old block number */
+    const NameStorageBlock
+        *pReleased;  // released records in table order, nSize their old block number
     int32_t nReleased;
-    int32_t iLastOld; /* neighbours mostly lie in one block */
+    int32_t iLastOld;  // neighbours mostly lie in one block
     int32_t iLastNew;
 };
 
@@ -84,15 +83,17 @@ int32_t renumbered(Renumbering *pMap, int32_t iBlock) {
     if (iBlock != pMap->iLastOld) {
         const NameStorageBlock *pEnd = pMap->pReleased + pMap->nReleased;
         const NameStorageBlock *pFirstAbove = std::lower_bound(
-            pMap->pReleased, pEnd, iBlock, [](const NameStorageBlock &released, int32_t iOld) { return released.nSize < iOld; });
+            pMap->pReleased, pEnd, iBlock,
+            [](const NameStorageBlock &released, int32_t iOld) { return released.nSize < iOld; });
         pMap->iLastOld = iBlock;
         pMap->iLastNew = iBlock - static_cast<int32_t>(pFirstAbove - pMap->pReleased);
     }
     return pMap->iLastNew;
 }
 
-/* Frees the text of empty blocks and moves the blocks that stay to the front, in order; the records of the others, in table order, behind
- * them carry their old number in nSize. The number of blocks that stay: at least one, the last if all are empty. */
+// Frees the text of empty blocks and moves the blocks that stay to the front, in order; the records
+// of the others, in table order, behind them carry their old number in nSize. The number of blocks
+// that stay: at least one, the last if all are empty.
 int32_t partitionBlocks(NamesManager *mgr) {
     int32_t nKept = 0;
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
@@ -104,22 +105,19 @@ int32_t partitionBlocks(NamesManager *mgr) {
             mgr->pBlocks[b] = {nullptr, b, 0, 0};
         }
     }
-    std::sort(mgr->pBlocks + nKept, mgr->pBlocks + mgr->nBlocks,
-              [](const NameStorageBlock &a, const NameStorageBlock &b) { return a.nSize < b.nSize; });
+    std::sort(
+        mgr->pBlocks + nKept, mgr->pBlocks + mgr->nBlocks,
+        [](const NameStorageBlock &a, const NameStorageBlock &b) { return a.nSize < b.nSize; });
     return nKept;
 }
 
 }  // namespace
 
 char *roomFor(TextBuffer *pBuffer, uint64_t nBytes) {
-    if (nBytes <= kLocalTextBytes) {
-        return pBuffer->aLocal;
-    }
+    if (nBytes <= kLocalTextBytes) { return pBuffer->aLocal; }
     if (nBytes > pBuffer->nHeap) {
         void *pNew = HostMem_Realloc(pBuffer->pHeap, nBytes, kSourceTag, __LINE__);
-        if (pNew == nullptr) {
-            return nullptr;
-        }
+        if (pNew == nullptr) { return nullptr; }
         pBuffer->pHeap = static_cast<char *>(pNew);
         pBuffer->nHeap = nBytes;
     }
@@ -128,18 +126,15 @@ char *roomFor(TextBuffer *pBuffer, uint64_t nBytes) {
 
 int32_t searchBlock(NamesManager *mgr, int64_t nNeed) {
     for (int32_t b = mgr->nBlocks - 1; b >= 0; --b) {
-        if (roomIn(mgr->pBlocks[b]) >= nNeed) {
-            return b;
-        }
+        if (roomIn(mgr->pBlocks[b]) >= nNeed) { return b; }
     }
     return addBlockForText(mgr, nNeed) ? mgr->nBlocks - 1 : -1;
 }
 
 bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc) {
-    void *pNew = resizeTable(mgr->pSegments, mgr->nSegmentsAlloc, nNewAlloc, sizeof(NameSegment), __LINE__);
-    if (pNew == nullptr) {
-        return false;
-    }
+    void *pNew =
+        resizeTable(mgr->pSegments, mgr->nSegmentsAlloc, nNewAlloc, sizeof(NameSegment), __LINE__);
+    if (pNew == nullptr) { return false; }
     mgr->pSegments = static_cast<NameSegment *>(pNew);
     mgr->nSegmentsAlloc = static_cast<int32_t>(nNewAlloc);
     return true;
@@ -158,29 +153,32 @@ void freeSegmentTable(NamesManager *mgr) {
 
 bool growPositionTable(NamesManager *mgr, int32_t nPositions) {
     const int64_t nShortfall = int64_t{nPositions} - mgr->nPositionsAlloc;
-    const int64_t nNewAlloc = mgr->nPositionsAlloc + (nShortfall + kPositionsStep - 1) / kPositionsStep * kPositionsStep;
-    void *pNew = resizeTable(mgr->pPositions, mgr->nPositionsAlloc, nNewAlloc, sizeof(NamePosition), __LINE__);
-    if (pNew == nullptr) {
-        return false;
-    }
+    const int64_t nNewAlloc =
+        mgr->nPositionsAlloc + (nShortfall + kPositionsStep - 1) / kPositionsStep * kPositionsStep;
+    void *pNew = resizeTable(mgr->pPositions, mgr->nPositionsAlloc, nNewAlloc, sizeof(NamePosition),
+                             __LINE__);
+    if (pNew == nullptr) { return false; }
     mgr->pPositions = static_cast<NamePosition *>(pNew);
     mgr->nPositionsAlloc = static_cast<int32_t>(nNewAlloc);
     return true;
 }
 
-void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords, int32_t nRecords) {
+void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords,
+                    int32_t nRecords) {
     const int32_t nBehind = mgr->nSegments - iEnd;
     if (iBegin + nRecords != iEnd && nBehind > 0) {
-        memmove(mgr->pSegments + iBegin + nRecords, mgr->pSegments + iEnd, static_cast<size_t>(nBehind) * sizeof(NameSegment));
+        std::memmove(mgr->pSegments + iBegin + nRecords, mgr->pSegments + iEnd,
+                     static_cast<size_t>(nBehind) * sizeof(NameSegment));
     }
     std::copy_n(pRecords, nRecords, mgr->pSegments + iBegin);
     mgr->nSegments = iBegin + nRecords + nBehind;
 }
 
-/* A stretch of names that turn out to lie back to back moves in one piece; whatever stands between them there, NULs end them here. */
+// A stretch of names that turn out to lie back to back moves in one piece; whatever stands between
+// them there, NULs end them here.
 void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBytes) {
     if (given.names == nullptr) {
-        memcpy(pText, given.pText, static_cast<size_t>(nBytes));
+        std::memcpy(pText, given.pText, static_cast<size_t>(nBytes));
         return;
     }
     for (int32_t i = 0; i < nNames;) {
@@ -190,7 +188,7 @@ void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBy
         while (iEnd < nNames && given.names[iEnd] == pSource + nStretch + 1) {
             nStretch += 1 + given.lengths[iEnd++];
         }
-        memmove(pText, pSource, static_cast<size_t>(nStretch));
+        std::memmove(pText, pSource, static_cast<size_t>(nStretch));
         for (; i < iEnd; ++i) {
             pText += given.lengths[i];
             *pText++ = 0;
@@ -204,9 +202,7 @@ int32_t clearNames(NamesManager *mgr) {
     mgr->nMaxNameLengthCount = 0;
     mgr->nNames = 0;
     dropCursor(mgr);
-    for (int32_t b = 1; b < mgr->nBlocks; ++b) {
-        freeMemory(mgr->pBlocks[b].pData);
-    }
+    for (int32_t b = 1; b < mgr->nBlocks; ++b) { freeMemory(mgr->pBlocks[b].pData); }
     mgr->pBlocks[0].nUsed = 0;
     mgr->pBlocks[0].nNamesInBlock = 0;
     mgr->nBlocks = 1;
@@ -224,17 +220,15 @@ int32_t clearNames(NamesManager *mgr) {
 }
 
 int32_t storeIndividualPositions(NamesManager *mgr) {
-    if (mgr->pSegments == nullptr) {
-        return 1;
-    }
+    if (mgr->pSegments == nullptr) { return 1; }
     const uint64_t nBytes = static_cast<uint64_t>(mgr->nNames) * sizeof(NamePosition);
-    NamePosition *pPositions = static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (pPositions == nullptr) {
-        return 1;
-    }
+    NamePosition *pPositions =
+        static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (pPositions == nullptr) { return 1; }
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     NamePosition *pNext = pPositions;
-    for (const NameSegment *pSegment = mgr->pSegments; pSegment < mgr->pSegments + mgr->nSegments; ++pSegment) {
+    for (const NameSegment *pSegment = mgr->pSegments; pSegment < mgr->pSegments + mgr->nSegments;
+         ++pSegment) {
         const int32_t nNames = namesIn(*pSegment);
         findStartsIn(mgr, *pSegment, aStarts);
         for (int32_t k = 0; k < nNames; ++k) {
@@ -249,9 +243,7 @@ int32_t storeIndividualPositions(NamesManager *mgr) {
 }
 
 void switchIfFragmented(NamesManager *mgr) {
-    if (mgr->nSegments > mgr->nNames / 2) {
-        static_cast<void>(storeIndividualPositions(mgr));
-    }
+    if (mgr->nSegments > mgr->nNames / 2) { static_cast<void>(storeIndividualPositions(mgr)); }
 }
 
 void releaseEmptyBlocks(NamesManager *mgr) {
@@ -267,57 +259,48 @@ void releaseEmptyBlocks(NamesManager *mgr) {
     for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
         mgr->pPositions[i].iBlock = renumbered(&map, mgr->pPositions[i].iBlock);
     }
-    if (mgr->iCursorName >= 0) {
-        mgr->iCursorBlock = renumbered(&map, mgr->iCursorBlock);
-    }
+    if (mgr->iCursorName >= 0) { mgr->iCursorBlock = renumbered(&map, mgr->iCursorBlock); }
     mgr->nBlocks = nKept;
 }
 
 namespace {
 
-/* Capacity and mode of a cleared dst as of src. */
+// Capacity and mode of a cleared dst as of src.
 bool copyTables(NamesManager *dst, const NamesManager *src) {
-    if (!resizeBlockTable(dst, src->nBlocksAlloc)) {
-        return false;
-    }
-    if (src->pSegments != nullptr) {
-        return resizeSegmentTable(dst, src->nSegmentsAlloc);
-    }
+    if (!resizeBlockTable(dst, src->nBlocksAlloc)) { return false; }
+    if (src->pSegments != nullptr) { return resizeSegmentTable(dst, src->nSegmentsAlloc); }
     const uint64_t nBytes = static_cast<uint64_t>(src->nPositionsAlloc) * sizeof(NamePosition);
     dst->pPositions = static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (dst->pPositions == nullptr) {
-        return false;
-    }
+    if (dst->pPositions == nullptr) { return false; }
     dst->nPositionsAlloc = src->nPositionsAlloc;
-    memset(dst->pPositions + src->nNames, 0, static_cast<size_t>(src->nPositionsAlloc - src->nNames) * sizeof(NamePosition));
+    std::memset(dst->pPositions + src->nNames, 0,
+                static_cast<size_t>(src->nPositionsAlloc - src->nNames) * sizeof(NamePosition));
     freeSegmentTable(dst);
     return true;
 }
 
-/* Empty blocks of src's sizes; only block 0, which dst has already, may stay larger. */
+// Empty blocks of src's sizes; only block 0, which dst has already, may stay larger.
 bool copyBlockSizes(NamesManager *dst, const NamesManager *src) {
     NameStorageBlock *pFirst = &dst->pBlocks[0];
     if (pFirst->nSize < src->pBlocks[0].nSize) {
-        void *pData = HostMem_Realloc(pFirst->pData, static_cast<uint64_t>(src->pBlocks[0].nSize), kSourceTag, __LINE__);
-        if (pData == nullptr) {
-            return false;
-        }
+        void *pData = HostMem_Realloc(pFirst->pData, static_cast<uint64_t>(src->pBlocks[0].nSize),
+                                      kSourceTag, __LINE__);
+        if (pData == nullptr) { return false; }
         pFirst->pData = static_cast<char *>(pData);
         pFirst->nSize = src->pBlocks[0].nSize;
     }
     for (int32_t b = 1; b < src->nBlocks; ++b) {
-        if (!addBlock(dst, src->pBlocks[b].nSize)) {
-            return false;
-        }
+        if (!addBlock(dst, src->pBlocks[b].nSize)) { return false; }
     }
     return true;
 }
 
-/* The part of a copy that cannot fail. */
+// The part of a copy that cannot fail.
 void copyContent(NamesManager *dst, const NamesManager *src) {
     dst->nNames = src->nNames;
     for (int32_t b = 0; b < src->nBlocks; ++b) {
-        memcpy(dst->pBlocks[b].pData, src->pBlocks[b].pData, static_cast<size_t>(src->pBlocks[b].nUsed));
+        std::memcpy(dst->pBlocks[b].pData, src->pBlocks[b].pData,
+                    static_cast<size_t>(src->pBlocks[b].nUsed));
         dst->pBlocks[b].nUsed = src->pBlocks[b].nUsed;
         dst->pBlocks[b].nNamesInBlock = src->pBlocks[b].nNamesInBlock;
     }
@@ -330,7 +313,7 @@ void copyContent(NamesManager *dst, const NamesManager *src) {
     dst->nMaxNameLength = src->nMaxNameLength;
     dst->nMaxNameLengthCount = src->nMaxNameLengthCount;
     dst->nGeneratedNameBase = src->nGeneratedNameBase;
-    memcpy(dst->szNameFormat, src->szNameFormat, sizeof dst->szNameFormat);
+    std::memcpy(dst->szNameFormat, src->szNameFormat, sizeof dst->szNameFormat);
 }
 
 }  // namespace
@@ -340,26 +323,22 @@ void copyContent(NamesManager *dst, const NamesManager *src) {
 using namespace names;
 
 NamesManager *NamesManager_Create(void *pOwner, const char *szFormat) {
-    if (szFormat == nullptr) {
-        szFormat = kDefaultFormat;
-    }
-    if (!isNameFormat(szFormat)) {
-        return nullptr;
-    }
-    NamesManager *mgr = static_cast<NamesManager *>(HostMem_AllocRecord(sizeof(NamesManager), kSourceTag, __LINE__));
-    if (mgr == nullptr) {
-        return nullptr;
-    }
-    memset(mgr, 0, sizeof *mgr);
+    if (szFormat == nullptr) { szFormat = kDefaultFormat; }
+    if (!isNameFormat(szFormat)) { return nullptr; }
+    NamesManager *mgr = static_cast<NamesManager *>(
+        HostMem_AllocRecord(sizeof(NamesManager), kSourceTag, __LINE__));
+    if (mgr == nullptr) { return nullptr; }
+    std::memset(mgr, 0, sizeof *mgr);
     if (HostLock_Init(&mgr->lock) != 0) {
         freeMemory(mgr);
         return nullptr;
     }
     mgr->pOwner = pOwner;
-    strcpy(mgr->szNameFormat, szFormat);
+    std::strcpy(mgr->szNameFormat, szFormat);
     mgr->nMaxNameLength = -1;
     mgr->iCursorName = -1;
-    const bool bComplete = resizeBlockTable(mgr, kTableStep) && addBlock(mgr, kFirstBlockBytes) && growSegmentTable(mgr);
+    const bool bComplete = resizeBlockTable(mgr, kTableStep) && addBlock(mgr, kFirstBlockBytes) &&
+                           growSegmentTable(mgr);
     if (!bComplete) {
         NamesManager_Destroy(mgr);
         return nullptr;
@@ -368,15 +347,11 @@ NamesManager *NamesManager_Create(void *pOwner, const char *szFormat) {
 }
 
 void NamesManager_Destroy(NamesManager *mgr) {
-    if (mgr == nullptr) {
-        return;
-    }
+    if (mgr == nullptr) { return; }
     dropIndex(mgr);
     freeMemory(mgr->pSegments);
     freeMemory(mgr->pPositions);
-    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        freeMemory(mgr->pBlocks[b].pData);
-    }
+    for (int32_t b = 0; b < mgr->nBlocks; ++b) { freeMemory(mgr->pBlocks[b].pData); }
     freeMemory(mgr->pBlocks);
     HostLock_Destroy(&mgr->lock);
     freeMemory(mgr);
@@ -397,12 +372,11 @@ int32_t NamesManager_Version(void) {
 }
 
 int32_t NamesManager_Copy(NamesManager *dst, NamesManager *src) {
-    if (dst == src) {
-        return 1;
-    }
+    if (dst == src) { return 1; }
     ScopedLock lockDestination(dst);
     ScopedLock lockSource(src);
-    if (hasNoTables(src) || clearNames(dst) != 0 || !copyTables(dst, src) || !copyBlockSizes(dst, src)) {
+    if (hasNoTables(src) || clearNames(dst) != 0 || !copyTables(dst, src) ||
+        !copyBlockSizes(dst, src)) {
         return 1;
     }
     copyContent(dst, src);

@@ -1,8 +1,10 @@
-// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything here is one C call, whose declaration
-// tells what it does, when it fails and which views it ends; indices count from 0. No exceptions; an operation that cannot answer says so.
+// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything
+// here is one C call, whose declaration tells what it does, when it fails and which views it ends;
+// indices count from 0. No exceptions; an operation that cannot answer says so.
 //
-// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a NUL is refused (Status::failed) rather
-// than cut. Views and strings given many at a time are copied to NUL-terminated text for the time of the call.
+// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a
+// NUL is refused (Status::failed) rather than cut. Views and strings given many at a time are
+// copied to NUL-terminated text for the time of the call.
 #ifndef NAMES_NAMES_MANAGER_HPP
 #define NAMES_NAMES_MANAGER_HPP
 
@@ -37,8 +39,9 @@ enum class [[nodiscard]] Status : int32_t{
     tooSmall = 3  // the buffer given
 };
 
-// Existing names of an index range in ascending order: a view with a size, of string views. An iterator reads ahead, many names per lock,
-// so nothing may change the manager while it is in use. Views last as those of Manager::name do.
+// Existing names of an index range in ascending order: a view with a size, of string views. An
+// iterator reads ahead, many names per lock, so nothing may change the manager while it is in use.
+// Views last as those of Manager::name do.
 class NameRange {
 public:
     class Iterator {
@@ -50,7 +53,10 @@ public:
         using reference = std::string_view;
 
         Iterator() = default;
-        Iterator(NamesManager *mgr, int32_t iNext, int32_t iEnd) noexcept : pManager_(mgr), iNext_(iNext), iEnd_(iEnd) { readAhead(); }
+        Iterator(NamesManager *mgr, int32_t iNext, int32_t iEnd) noexcept
+            : pManager_(mgr), iNext_(iNext), iEnd_(iEnd) {
+            readAhead();
+        }
         std::string_view operator*() const noexcept { return apNames_[iAhead_]; }
         Iterator &operator++() noexcept {
             ++iNext_;
@@ -62,15 +68,22 @@ public:
             ++*this;
             return before;
         }
-        friend bool operator==(const Iterator &a, const Iterator &b) noexcept { return a.iNext_ == b.iNext_; }
-        friend bool operator!=(const Iterator &a, const Iterator &b) noexcept { return a.iNext_ != b.iNext_; }
-        friend difference_type operator-(const Iterator &a, const Iterator &b) noexcept { return difference_type{a.iNext_} - b.iNext_; }
+        friend bool operator==(const Iterator &a, const Iterator &b) noexcept {
+            return a.iNext_ == b.iNext_;
+        }
+        friend bool operator!=(const Iterator &a, const Iterator &b) noexcept {
+            return a.iNext_ != b.iNext_;
+        }
+        friend difference_type operator-(const Iterator &a, const Iterator &b) noexcept {
+            return difference_type{a.iNext_} - b.iNext_;
+        }
 
     private:
         void readAhead() noexcept {
             iAhead_ = 0;
             nAhead_ = iEnd_ - iNext_ < kAhead ? iEnd_ - iNext_ : kAhead;
-            if (nAhead_ > 0 && NamesManager_GetNamePointers(pManager_, iNext_, iNext_ + nAhead_ - 1, 0, apNames_) != 0) {
+            if (nAhead_ > 0 && NamesManager_GetNamePointers(pManager_, iNext_, iNext_ + nAhead_ - 1,
+                                                            0, apNames_) != 0) {
                 iNext_ = iEnd_;  // somebody has removed names meanwhile
             }
         }
@@ -85,7 +98,8 @@ public:
     };
 
     NameRange() = default;
-    // Of the names first to last those that exist; none if the range is outside the contract of reading.
+    // Of the names first to last those that exist; none if the range is outside the contract of
+    // reading.
     NameRange(NamesManager *mgr, int32_t first, int32_t last) noexcept : pManager_(mgr) {
         const int32_t nNames = NamesManager_GetNumNames(mgr);
         if (0 <= first && first < nNames && first <= last && last < INT32_MAX) {
@@ -112,18 +126,17 @@ struct [[nodiscard]] Duplicate {
     int32_t iSecond = -1;
 };
 
-// Owns a manager; moves, does not copy (see copyFrom). One that was moved from, or could not be created, is false and good for nothing
-// else.
+// Owns a manager; moves, does not copy (see copyFrom). One that was moved from, or could not be
+// created, is false and good for nothing else.
 class Manager {
 public:
     // False when it could not be created. The format of default names: see NamesManager_Create.
-    explicit Manager(const char *szFormat = nullptr, void *pOwner = nullptr) noexcept : pManager_(NamesManager_Create(pOwner, szFormat)) {}
+    explicit Manager(const char *szFormat = nullptr, void *pOwner = nullptr) noexcept
+        : pManager_(NamesManager_Create(pOwner, szFormat)) {}
     static Manager adopt(NamesManager *mgr) noexcept { return Manager(Adopted{mgr}); }
     Manager(Manager &&other) noexcept : pManager_(other.release()) {}
     Manager &operator=(Manager &&other) noexcept {
-        if (this != &other) {
-            NamesManager_Destroy(std::exchange(pManager_, other.release()));
-        }
+        if (this != &other) { NamesManager_Destroy(std::exchange(pManager_, other.release())); }
         return *this;
     }
     Manager(const Manager &) = delete;
@@ -131,20 +144,30 @@ public:
     ~Manager() { NamesManager_Destroy(pManager_); }
 
     explicit operator bool() const noexcept { return pManager_ != nullptr; }
-    NamesManager *get() const noexcept { return pManager_; }  // for every operation that has no method here
+    NamesManager *get() const noexcept {
+        return pManager_;
+    }  // for every operation that has no method here
     NamesManager *release() noexcept { return std::exchange(pManager_, nullptr); }
 
     int32_t size() const noexcept { return NamesManager_GetNumNames(pManager_); }
     bool empty() const noexcept { return size() == 0; }
     Status clear() noexcept { return Status{NamesManager_Clear(pManager_)}; }
-    Status copyFrom(const Manager &source) noexcept { return Status{NamesManager_Copy(pManager_, source.pManager_)}; }
-    Status usePositions() noexcept { return Status{NamesManager_StoreIndividualNamePositions(pManager_)}; }
+    Status copyFrom(const Manager &source) noexcept {
+        return Status{NamesManager_Copy(pManager_, source.pManager_)};
+    }
+    Status usePositions() noexcept {
+        return Status{NamesManager_StoreIndividualNamePositions(pManager_)};
+    }
 
     // ---- Storing ----
-    Status add(int32_t index, const char *szName) noexcept { return Status{NamesManager_AddName(pManager_, index, 0, szName)}; }
+    Status add(int32_t index, const char *szName) noexcept {
+        return Status{NamesManager_AddName(pManager_, index, 0, szName)};
+    }
     Status add(int32_t index, std::string_view name) noexcept {
         const Status status = check(name);
-        return status != Status::ok ? status : Status{NamesManager_AddNameWithMaxLength(pManager_, index, 0, textOf(name), lengthOf(name))};
+        return status != Status::ok ? status
+                                    : Status{NamesManager_AddNameWithMaxLength(
+                                          pManager_, index, 0, textOf(name), lengthOf(name))};
     }
     Status push_back(const char *szName) noexcept { return add(size(), szName); }
     Status push_back(std::string_view name) noexcept { return add(size(), name); }
@@ -153,22 +176,35 @@ public:
     }
     // nNames names at first and behind it.
     Status add(int32_t first, const char *const *pszNames, std::size_t nNames) noexcept {
-        return nNames == 0 ? Status::ok : fits(first, nNames) ? add(first, lastOf(first, nNames), pszNames) : Status::failed;
+        return nNames == 0           ? Status::ok
+               : fits(first, nNames) ? add(first, lastOf(first, nNames), pszNames)
+                                     : Status::failed;
     }
-    Status add(int32_t first, const std::string_view *pNames, std::size_t nNames) noexcept { return addTexts(first, pNames, nNames); }
-    Status add(int32_t first, const std::string *pNames, std::size_t nNames) noexcept { return addTexts(first, pNames, nNames); }
+    Status add(int32_t first, const std::string_view *pNames, std::size_t nNames) noexcept {
+        return addTexts(first, pNames, nNames);
+    }
+    Status add(int32_t first, const std::string *pNames, std::size_t nNames) noexcept {
+        return addTexts(first, pNames, nNames);
+    }
     Status addFromBuffer(int32_t first, int32_t last, const char *pBuffer) noexcept {
         return Status{NamesManager_AddNamesFromBuffer(pManager_, first, last, 0, pBuffer)};
     }
     // The source's name, behind the prefix. The source may be this manager.
-    Status addCopy(int32_t index, const Manager &source, int32_t iSource, const char *szPrefix = "") noexcept {
-        return Status{NamesManager_CopyNameWithPrefix(pManager_, index, 0, source.pManager_, iSource, 0, szPrefix)};
+    Status addCopy(int32_t index, const Manager &source, int32_t iSource,
+                   const char *szPrefix = "") noexcept {
+        return Status{NamesManager_CopyNameWithPrefix(pManager_, index, 0, source.pManager_,
+                                                      iSource, 0, szPrefix)};
     }
-    Status generate(int32_t nCount) noexcept { return Status{NamesManager_GenerateNames(pManager_, nCount)}; }
+    Status generate(int32_t nCount) noexcept {
+        return Status{NamesManager_GenerateNames(pManager_, nCount)};
+    }
 
     // ---- Reading ----
-    // A view with data() == nullptr when there is no such name. A manager that is not const makes default names up to it first.
-    std::string_view name(int32_t index) const noexcept { return 0 <= index && index < size() ? read(index) : std::string_view(); }
+    // A view with data() == nullptr when there is no such name. A manager that is not const makes
+    // default names up to it first.
+    std::string_view name(int32_t index) const noexcept {
+        return 0 <= index && index < size() ? read(index) : std::string_view();
+    }
     std::string_view name(int32_t index) noexcept { return read(index); }
     NameRange names() const noexcept { return {pManager_, 0, size() - 1}; }
     NameRange names(int32_t first, int32_t last) const noexcept { return {pManager_, first, last}; }
@@ -179,39 +215,51 @@ public:
     }
     int32_t maxNameLength() const noexcept { return NamesManager_GetMaxNameLength(pManager_); }
     // Plain names back to back, each with its NUL. pnRequired may be NULL.
-    Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes, uint64_t *pnRequired = nullptr) const noexcept {
-        return Status{NamesManager_GetNames(pManager_, first, last, 0, 0, 0, 0, pBuffer, nBytes, pnRequired)};
+    Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes,
+                   uint64_t *pnRequired = nullptr) const noexcept {
+        return Status{
+            NamesManager_GetNames(pManager_, first, last, 0, 0, 0, 0, pBuffer, nBytes, pnRequired)};
     }
 
     // ---- Looking up: the index, -1 for none ----
-    int32_t find(const char *szName) const noexcept { return NamesManager_FindName(pManager_, szName, 0); }
+    int32_t find(const char *szName) const noexcept {
+        return NamesManager_FindName(pManager_, szName, 0);
+    }
     int32_t find(std::string_view name) const noexcept {
-        return check(name) != Status::ok ? -1 : NamesManager_FindNameInField(pManager_, textOf(name), lengthOf(name), 0);
+        return check(name) != Status::ok
+                   ? -1
+                   : NamesManager_FindNameInField(pManager_, textOf(name), lengthOf(name), 0);
     }
     // Many at once, which is faster; pIndices has room for nNames.
     Status find(const char *const *pszNames, std::size_t nNames, int32_t *pIndices) const noexcept {
         if (!fits(0, nNames)) return Status::failed;
-        return Status{NamesManager_FindNameList(pManager_, pszNames, static_cast<int32_t>(nNames), 0, pIndices)};
+        return Status{NamesManager_FindNameList(pManager_, pszNames, static_cast<int32_t>(nNames),
+                                                0, pIndices)};
     }
-    Status find(const std::string_view *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
+    Status find(const std::string_view *pNames, std::size_t nNames,
+                int32_t *pIndices) const noexcept {
         return findTexts(pNames, nNames, pIndices);
     }
     Status find(const std::string *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
         return findTexts(pNames, nNames, pIndices);
     }
 
-    // ---- Checking, before names are added at first and behind it: see NamesManager_CheckDuplicateNames ----
-    Duplicate findDuplicate(int32_t first, const char *const *pszNames, std::size_t nNames) noexcept {
+    // ---- Checking, before names are added at first and behind it: see
+    // NamesManager_CheckDuplicateNames ----
+    Duplicate findDuplicate(int32_t first, const char *const *pszNames,
+                            std::size_t nNames) noexcept {
         const auto lengths = std::unique_ptr<int32_t[]>(new (std::nothrow) int32_t[nNames + 1]);
         if (lengths == nullptr || !fits(first, nNames)) return {};
         for (std::size_t k = 0; k < nNames; ++k) {
-            const std::size_t nLength = pszNames[k] != nullptr ? std::char_traits<char>::length(pszNames[k]) : 0;
+            const std::size_t nLength =
+                pszNames[k] != nullptr ? std::char_traits<char>::length(pszNames[k]) : 0;
             if (nLength > INT32_MAX) return {};
             lengths[k] = static_cast<int32_t>(nLength);
         }
         return findDuplicate(first, pszNames, lengths.get(), nNames);
     }
-    Duplicate findDuplicate(int32_t first, const std::string_view *pNames, std::size_t nNames) noexcept {
+    Duplicate findDuplicate(int32_t first, const std::string_view *pNames,
+                            std::size_t nNames) noexcept {
         return findDuplicateText(first, pNames, nNames);
     }
     Duplicate findDuplicate(int32_t first, const std::string *pNames, std::size_t nNames) noexcept {
@@ -220,16 +268,26 @@ public:
 
     // ---- Removing ----
     Status remove(int32_t index) noexcept { return remove(index, index); }
-    Status remove(int32_t first, int32_t last) noexcept { return Status{NamesManager_RemoveNames(pManager_, first, last, 0)}; }
+    Status remove(int32_t first, int32_t last) noexcept {
+        return Status{NamesManager_RemoveNames(pManager_, first, last, 0)};
+    }
     Status remove(const int32_t *pIndices, int32_t nCount) noexcept {
         return Status{NamesManager_RemoveNamesByIndices(pManager_, pIndices, nCount)};
     }
 
     // ---- Images: 0, -1, or the stream's code; by path on the shipped host alone ----
-    int32_t save(HostOutputStream *pStream) const noexcept { return NamesManager_Save(pManager_, nullptr, pStream); }
-    int32_t load(HostInputStream *pStream) noexcept { return NamesManager_Load(pManager_, nullptr, pStream); }
-    int32_t save(const char *szPath) const noexcept { return NamesManager_SaveToFile(pManager_, szPath); }
-    int32_t load(const char *szPath) noexcept { return NamesManager_LoadFromFile(pManager_, szPath); }
+    int32_t save(HostOutputStream *pStream) const noexcept {
+        return NamesManager_Save(pManager_, nullptr, pStream);
+    }
+    int32_t load(HostInputStream *pStream) noexcept {
+        return NamesManager_Load(pManager_, nullptr, pStream);
+    }
+    int32_t save(const char *szPath) const noexcept {
+        return NamesManager_SaveToFile(pManager_, szPath);
+    }
+    int32_t load(const char *szPath) noexcept {
+        return NamesManager_LoadFromFile(pManager_, szPath);
+    }
 
 #ifdef __cpp_lib_span
     Status add(int32_t first, std::span<const char *const> names) noexcept {
@@ -245,14 +303,17 @@ public:
     Status find(std::span<const char *const> names, std::span<int32_t> indices) const noexcept {
         return findIn(names, indices);
     }
-    Status find(std::span<const std::string_view> names, std::span<int32_t> indices) const noexcept {
+    Status find(std::span<const std::string_view> names,
+                std::span<int32_t> indices) const noexcept {
         return findIn(names, indices);
     }
     Status find(std::span<const std::string> names, std::span<int32_t> indices) const noexcept {
         return findIn(names, indices);
     }
     Status remove(std::span<const int32_t> indices) noexcept {
-        return indices.size() <= INT32_MAX ? remove(indices.data(), static_cast<int32_t>(indices.size())) : Status::failed;
+        return indices.size() <= INT32_MAX
+                   ? remove(indices.data(), static_cast<int32_t>(indices.size()))
+                   : Status::failed;
     }
 #endif
 
@@ -277,7 +338,8 @@ private:
     // What storing NUL-terminated text would say.
     static Status check(std::string_view name) noexcept {
         constexpr std::size_t kLongest = 1048575;
-        if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX) return Status::failed;
+        if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX)
+            return Status::failed;
         return name.find_last_not_of(' ') + 1 > kLongest ? Status::tooLong : Status::ok;
     }
 
@@ -291,7 +353,8 @@ private:
                 nBytes += pNames[k].size() + 1;
             }
             text.reset(status == Status::ok ? new (std::nothrow) char[nBytes + 1] : nullptr);
-            names.reset(status == Status::ok ? new (std::nothrow) const char *[nNames + 1] : nullptr);
+            names.reset(status == Status::ok ? new (std::nothrow) const char *[nNames + 1]
+                                             : nullptr);
             if (text == nullptr || names == nullptr) {
                 status = status == Status::ok ? Status::failed : status;
                 return;
@@ -316,25 +379,30 @@ private:
     template <typename Text>
     Status findTexts(const Text *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
         const Terminated texts(pNames, nNames);
-        return texts.status != Status::ok ? texts.status : find(texts.names.get(), nNames, pIndices);
+        return texts.status != Status::ok ? texts.status
+                                          : find(texts.names.get(), nNames, pIndices);
     }
     template <typename Text>
     Duplicate findDuplicateText(int32_t first, const Text *pNames, std::size_t nNames) noexcept {
         const Terminated texts(pNames, nNames);
-        return texts.status != Status::ok ? Duplicate{texts.status} : findDuplicate(first, texts.names.get(), nNames);
+        return texts.status != Status::ok ? Duplicate{texts.status}
+                                          : findDuplicate(first, texts.names.get(), nNames);
     }
-    Duplicate findDuplicate(int32_t first, const char *const *pszNames, const int32_t *pLengths, std::size_t nNames) noexcept {
+    Duplicate findDuplicate(int32_t first, const char *const *pszNames, const int32_t *pLengths,
+                            std::size_t nNames) noexcept {
         Duplicate duplicate;
         int32_t bFound = 0;
-        duplicate.status = Status{NamesManager_CheckDuplicateNames(pManager_, first, lastOf(first, nNames), 0, pszNames, pLengths, &bFound,
-                                                                   &duplicate.iFirst, &duplicate.iSecond, nullptr, 0)};
+        duplicate.status = Status{NamesManager_CheckDuplicateNames(
+            pManager_, first, lastOf(first, nNames), 0, pszNames, pLengths, &bFound,
+            &duplicate.iFirst, &duplicate.iSecond, nullptr, 0)};
         duplicate.found = bFound != 0;
         return duplicate;
     }
 #ifdef __cpp_lib_span
     template <typename Name>
     Status findIn(std::span<Name> names, std::span<int32_t> indices) const noexcept {
-        return indices.size() < names.size() ? Status::tooSmall : find(names.data(), names.size(), indices.data());
+        return indices.size() < names.size() ? Status::tooSmall
+                                             : find(names.data(), names.size(), indices.data());
     }
 #endif
     std::string_view read(int32_t index) const noexcept {

@@ -1,22 +1,25 @@
-/* Saving and loading a manager's exact image, which docs/image_format.md describes for other programs.
- *
- *     offset  bytes
- *          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc
- *                     (nNames -1: a saved NULL manager, nothing follows)
- *         24      32  szNameFormat
- *         56       4  nGeneratedNameBase
- *         60      32  szFirstGeneratedName
- *         92          nBlocks block records of 24: an address (8 bytes, 0, ignored), nSize, nUsed, nNamesInBlock, 0 (ignored)
- *                     nSegments segment records of 20: iFirst, iLast, iBlock, nOffset, nBytes
- *                     nNames position records of 8, if nPositionsAlloc > 0: iBlock, nOffset
- *                     the used text of every block, dead bytes included
- *                 20  iCursorName, iCursorSegment, iCursorBlock, nCursorOffset, nCursorMisses
- *
- * All numbers are signed, of 32 bits and in the machine's byte order.
- *
- * The loader trusts none of it. It builds everything aside, checks that each invariant of a manager holds, and only then gives up what the
- * manager held: a failed load leaves the manager as a clear does. */
-#include <string.h>
+// Saving and loading a manager's exact image, which docs/image_format.md describes for other
+// programs.
+//
+//     offset  bytes
+//          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc
+//                     (nNames -1: a saved NULL manager, nothing follows)
+//         24      32  szNameFormat
+//         56       4  nGeneratedNameBase
+//         60      32  szFirstGeneratedName
+//         92          nBlocks block records of 24: an address (8 bytes, 0, ignored), nSize, nUsed,
+//         nNamesInBlock, 0 (ignored)
+//                     nSegments segment records of 20: iFirst, iLast, iBlock, nOffset, nBytes
+//                     nNames position records of 8, if nPositionsAlloc > 0: iBlock, nOffset
+//                     the used text of every block, dead bytes included
+//                 20  iCursorName, iCursorSegment, iCursorBlock, nCursorOffset, nCursorMisses
+//
+// All numbers are signed, of 32 bits and in the machine's byte order.
+//
+// The loader trusts none of it. It builds everything aside, checks that each invariant of a manager
+// holds, and only then gives up what the manager held: a failed load leaves the manager as a clear
+// does.
+#include <cstring>
 
 #include <algorithm>
 
@@ -38,13 +41,13 @@ struct ImageBlock {
 
 constexpr int32_t kCursorNumbers = 5;
 
-/* Tables are written and read as they lie in memory. */
+// Tables are written and read as they lie in memory.
 static_assert(sizeof(ImageBlock) == 24 && sizeof(NameStorageBlock) == sizeof(ImageBlock));
 static_assert(sizeof(NameSegment) == 20 && sizeof(NamePosition) == 8);
 
-/* ---- Saving ---- */
+// ---- Saving ----
 
-/* Writes until a write fails. */
+// Writes until a write fails.
 struct Writer {
     HostOutputStream *pStream;
     int32_t nStatus;
@@ -64,7 +67,8 @@ uint64_t tableBytes(int32_t nRecords, uint64_t nRecordBytes) {
     return static_cast<uint64_t>(nRecords) * nRecordBytes;
 }
 
-/* No address leaves the process, and equal managers save equal bytes, unless there is no memory to put that table together. */
+// No address leaves the process, and equal managers save equal bytes, unless there is no memory to
+// put that table together.
 void writeBlockTable(Writer *pWriter, const NamesManager *mgr) {
     const uint64_t nBytes = tableBytes(mgr->nBlocks, sizeof(ImageBlock));
     ImageBlock *pTable = static_cast<ImageBlock *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
@@ -73,7 +77,8 @@ void writeBlockTable(Writer *pWriter, const NamesManager *mgr) {
         return;
     }
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        pTable[b] = {0, mgr->pBlocks[b].nSize, mgr->pBlocks[b].nUsed, mgr->pBlocks[b].nNamesInBlock, 0};
+        pTable[b] = {0, mgr->pBlocks[b].nSize, mgr->pBlocks[b].nUsed, mgr->pBlocks[b].nNamesInBlock,
+                     0};
     }
     write(pWriter, pTable, nBytes);
     HostMem_Free(pTable, kSourceTag, __LINE__);
@@ -100,29 +105,31 @@ int32_t save(const NamesManager *mgr, HostOutputStream *pStream) {
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
         write(&writer, mgr->pBlocks[b].pData, static_cast<uint64_t>(mgr->pBlocks[b].nUsed));
     }
-    const int32_t aCursor[kCursorNumbers] = {mgr->iCursorName, mgr->iCursorSegment, mgr->iCursorBlock, mgr->nCursorOffset,
+    const int32_t aCursor[kCursorNumbers] = {mgr->iCursorName, mgr->iCursorSegment,
+                                             mgr->iCursorBlock, mgr->nCursorOffset,
                                              mgr->nCursorMisses};
     write(&writer, aCursor, sizeof aCursor);
     return writer.nStatus;
 }
 
-/* ---- Loading ---- */
+// ---- Loading ----
 
-/* A manager's state while it is being read: the fields of the record, pBlocks, pSegments and pPositions owned. */
+// A manager's state while it is being read: the fields of the record, pBlocks, pSegments and
+// pPositions owned.
 struct Image {
     NamesManager record;
-    int32_t nBlocksWithText; /* blocks that have their pData */
+    int32_t nBlocksWithText;  // blocks that have their pData
 };
 
-constexpr int32_t kRefused = -1; /* the image is not sound, or memory ran out */
+constexpr int32_t kRefused = -1;  // the image is not sound, or memory ran out
 
-/* Reads until a read fails. */
+// Reads until a read fails.
 struct Reader {
     HostInputStream *pStream;
     int32_t nStatus;
 };
 
-/* Tells whether it and all reads before it succeeded. */
+// Tells whether it and all reads before it succeeded.
 bool read(Reader *pReader, void *pBuffer, uint64_t nBytes) {
     if (pReader->nStatus == 0) {
         pReader->nStatus = HostStream_Read(pReader->pStream, pBuffer, nBytes);
@@ -145,30 +152,38 @@ bool readHeader(Reader *pReader, NamesManager *pRecord) {
     return read(pReader, pRecord->szFirstGeneratedName, sizeof pRecord->szFirstGeneratedName);
 }
 
-/* Counts and capacities: in each other's bounds, of one storage mode, and such that the next growth of a table or the next generated name
- * does not leave the 32-bit range. */
+// Counts and capacities: in each other's bounds, of one storage mode, and such that the next growth
+// of a table or the next generated name does not leave the 32-bit range.
 bool isSoundHeader(const NamesManager &record) {
     const bool bCounts = record.nNames >= 0 && record.nBlocks >= 1 && record.nSegments >= 0;
-    const bool bCapacities = record.nBlocks <= record.nBlocksAlloc && record.nBlocksAlloc <= INT32_MAX - kTableStep &&
-                             record.nSegments <= record.nSegmentsAlloc && record.nSegmentsAlloc <= INT32_MAX - kTableStep;
-    const bool bSegments = record.nPositionsAlloc == 0 && record.nSegmentsAlloc > 0 && record.nSegments <= record.nNames;
+    const bool bCapacities = record.nBlocks <= record.nBlocksAlloc &&
+                             record.nBlocksAlloc <= INT32_MAX - kTableStep &&
+                             record.nSegments <= record.nSegmentsAlloc &&
+                             record.nSegmentsAlloc <= INT32_MAX - kTableStep;
+    const bool bSegments = record.nPositionsAlloc == 0 && record.nSegmentsAlloc > 0 &&
+                           record.nSegments <= record.nNames;
     const bool bPositions = record.nSegmentsAlloc == 0 && record.nPositionsAlloc >= record.nNames;
-    const bool bTexts = isNameFormat(record.szNameFormat) && memchr(record.szFirstGeneratedName, 0, sizeof record.szFirstGeneratedName);
-    return bCounts && bCapacities && (bSegments || bPositions) && bTexts && record.nGeneratedNameBase >= 0 &&
-           record.nGeneratedNameBase < INT32_MAX;
+    const bool bTexts =
+        isNameFormat(record.szNameFormat) &&
+        std::memchr(record.szFirstGeneratedName, 0, sizeof record.szFirstGeneratedName);
+    return bCounts && bCapacities && (bSegments || bPositions) && bTexts &&
+           record.nGeneratedNameBase >= 0 && record.nGeneratedNameBase < INT32_MAX;
 }
 
 void *allocTable(int32_t nRecords, uint64_t nRecordBytes) {
     return HostMem_Alloc(tableBytes(nRecords, nRecordBytes), kSourceTag, __LINE__);
 }
 
-/* Makes tables at their full capacity; of what the image does not deliver no byte is touched. */
+// Makes tables at their full capacity; of what the image does not deliver no byte is touched.
 bool allocTables(NamesManager *pRecord) {
-    pRecord->pBlocks = static_cast<NameStorageBlock *>(allocTable(pRecord->nBlocksAlloc, sizeof(NameStorageBlock)));
+    pRecord->pBlocks = static_cast<NameStorageBlock *>(
+        allocTable(pRecord->nBlocksAlloc, sizeof(NameStorageBlock)));
     if (pRecord->nSegmentsAlloc > 0) {
-        pRecord->pSegments = static_cast<NameSegment *>(allocTable(pRecord->nSegmentsAlloc, sizeof(NameSegment)));
+        pRecord->pSegments =
+            static_cast<NameSegment *>(allocTable(pRecord->nSegmentsAlloc, sizeof(NameSegment)));
     } else {
-        pRecord->pPositions = static_cast<NamePosition *>(allocTable(pRecord->nPositionsAlloc, sizeof(NamePosition)));
+        pRecord->pPositions =
+            static_cast<NamePosition *>(allocTable(pRecord->nPositionsAlloc, sizeof(NamePosition)));
     }
     return pRecord->pBlocks != nullptr && !hasNoTables(pRecord);
 }
@@ -185,10 +200,12 @@ bool readTables(Reader *pReader, NamesManager *pRecord) {
 }
 
 bool areSoundBlocks(const NamesManager &record) {
-    return std::all_of(record.pBlocks, record.pBlocks + record.nBlocks, [](const NameStorageBlock &block) {
-        const bool bBothOrNeither = (block.nUsed == 0) == (block.nNamesInBlock == 0);
-        return 0 <= block.nUsed && block.nUsed <= block.nSize && block.nNamesInBlock >= 0 && bBothOrNeither;
-    });
+    return std::all_of(
+        record.pBlocks, record.pBlocks + record.nBlocks, [](const NameStorageBlock &block) {
+            const bool bBothOrNeither = (block.nUsed == 0) == (block.nNamesInBlock == 0);
+            return 0 <= block.nUsed && block.nUsed <= block.nSize && block.nNamesInBlock >= 0 &&
+                   bBothOrNeither;
+        });
 }
 
 bool areSoundSegments(const NamesManager &record) {
@@ -196,7 +213,8 @@ bool areSoundSegments(const NamesManager &record) {
     for (int32_t s = 0; s < record.nSegments; ++s) {
         const NameSegment &segment = record.pSegments[s];
         if (segment.iFirst != iNext || segment.iLast < iNext || segment.iLast >= record.nNames ||
-            segment.iLast - iNext >= kMaxSegmentNames || segment.iBlock < 0 || segment.iBlock >= record.nBlocks) {
+            segment.iLast - iNext >= kMaxSegmentNames || segment.iBlock < 0 ||
+            segment.iBlock >= record.nBlocks) {
             return false;
         }
         const int32_t nUsed = record.pBlocks[segment.iBlock].nUsed;
@@ -210,21 +228,22 @@ bool areSoundSegments(const NamesManager &record) {
 }
 
 bool areSoundPositions(const NamesManager &record) {
-    return std::all_of(record.pPositions, record.pPositions + record.nNames, [&record](const NamePosition &position) {
-        return 0 <= position.iBlock && position.iBlock < record.nBlocks && 0 <= position.nOffset &&
-               position.nOffset < record.pBlocks[position.iBlock].nUsed;
-    });
+    return std::all_of(record.pPositions, record.pPositions + record.nNames,
+                       [&record](const NamePosition &position) {
+                           return 0 <= position.iBlock && position.iBlock < record.nBlocks &&
+                                  0 <= position.nOffset &&
+                                  position.nOffset < record.pBlocks[position.iBlock].nUsed;
+                       });
 }
 
-/* Gives every block its memory, over the addresses that came with the image. */
+// Gives every block its memory, over the addresses that came with the image.
 bool allocTexts(Image *pImage) {
     NamesManager *pRecord = &pImage->record;
     for (int32_t b = 0; b < pRecord->nBlocks; ++b) {
         NameStorageBlock *pBlock = &pRecord->pBlocks[b];
-        pBlock->pData = static_cast<char *>(HostMem_Alloc(static_cast<uint64_t>(pBlock->nSize), kSourceTag, __LINE__));
-        if (pBlock->pData == nullptr) {
-            return false;
-        }
+        pBlock->pData = static_cast<char *>(
+            HostMem_Alloc(static_cast<uint64_t>(pBlock->nSize), kSourceTag, __LINE__));
+        if (pBlock->pData == nullptr) { return false; }
         ++pImage->nBlocksWithText;
     }
     return true;
@@ -237,15 +256,15 @@ bool readTexts(Reader *pReader, const NamesManager &record) {
     return pReader->nStatus == 0;
 }
 
-/* What the names claim of one block. */
+// What the names claim of one block.
 struct BlockClaims {
-    uint64_t iFirstBit; /* the block's first byte in the bits that stand for claimed bytes */
+    uint64_t iFirstBit;  // the block's first byte in the bits that stand for claimed bytes
     int32_t nNames;
 };
 
 struct Claims {
     BlockClaims *pBlocks;
-    uint64_t *pBits; /* one for every used byte of every block */
+    uint64_t *pBits;  // one for every used byte of every block
 };
 
 void freeClaims(Claims *pClaims) {
@@ -253,13 +272,11 @@ void freeClaims(Claims *pClaims) {
     HostMem_Free(pClaims->pBits, kSourceTag, __LINE__);
 }
 
-/* Memory in proportion to what the image delivered. */
+// Memory in proportion to what the image delivered.
 bool allocClaims(const NamesManager &record, Claims *pClaims) {
     pClaims->pBits = nullptr;
     pClaims->pBlocks = static_cast<BlockClaims *>(allocTable(record.nBlocks, sizeof(BlockClaims)));
-    if (pClaims->pBlocks == nullptr) {
-        return false;
-    }
+    if (pClaims->pBlocks == nullptr) { return false; }
     uint64_t nBits = 0;
     for (int32_t b = 0; b < record.nBlocks; ++b) {
         pClaims->pBlocks[b] = {nBits, 0};
@@ -271,11 +288,11 @@ bool allocClaims(const NamesManager &record, Claims *pClaims) {
         freeClaims(pClaims);
         return false;
     }
-    memset(pClaims->pBits, 0, nBytes);
+    std::memset(pClaims->pBits, 0, nBytes);
     return true;
 }
 
-/* Claims text for names; false if some of it has been claimed before. */
+// Claims text for names; false if some of it has been claimed before.
 bool claimText(Claims *pClaims, int32_t iBlock, int32_t nOffset, int32_t nBytes, int32_t nNames) {
     pClaims->pBlocks[iBlock].nNames += nNames;
     uint64_t iBit = pClaims->pBlocks[iBlock].iFirstBit + static_cast<uint64_t>(nOffset);
@@ -283,25 +300,22 @@ bool claimText(Claims *pClaims, int32_t iBlock, int32_t nOffset, int32_t nBytes,
     while (iBit < iEnd) {
         const uint64_t nTake = std::min<uint64_t>(iEnd - iBit, 64 - iBit % 64);
         const uint64_t nMask = (~uint64_t{0} >> (64 - nTake)) << (iBit % 64);
-        if ((pClaims->pBits[iBit / 64] & nMask) != 0) {
-            return false;
-        }
+        if ((pClaims->pBits[iBit / 64] & nMask) != 0) { return false; }
         pClaims->pBits[iBit / 64] |= nMask;
         iBit += nTake;
     }
     return true;
 }
 
-/* Tells whether exactly nNames names, none of them ending in a blank, fill the nBytes bytes at pText. */
+// Tells whether exactly nNames names, none of them ending in a blank, fill the nBytes bytes at
+// pText.
 bool areSoundTexts(const char *pText, int32_t nBytes, int32_t nNames) {
     int32_t nFound = 0;
-    uint64_t nBlankBefore = 0; /* bit 0: the window before ended in a blank */
+    uint64_t nBlankBefore = 0;  // bit 0: the window before ended in a blank
     for (const char *p = pText; p < pText + nBytes; p += kWindowBytes) {
         const uint64_t nNuls = matchWindow(p, pText + nBytes, 0);
         const uint64_t nBlanks = matchWindow(p, pText + nBytes, ' ');
-        if ((nNuls & (nBlanks << 1 | nBlankBefore)) != 0) {
-            return false;
-        }
+        if ((nNuls & (nBlanks << 1 | nBlankBefore)) != 0) { return false; }
         nBlankBefore = nBlanks >> 63;
         nFound += countBits(nNuls);
     }
@@ -309,29 +323,36 @@ bool areSoundTexts(const char *pText, int32_t nBytes, int32_t nNames) {
 }
 
 bool claimSegments(const NamesManager &record, Claims *pClaims) {
-    return std::all_of(record.pSegments, record.pSegments + record.nSegments, [&record, pClaims](const NameSegment &segment) {
-        return areSoundTexts(textAt(&record, segment.iBlock, segment.nOffset), segment.nBytes, namesIn(segment)) &&
-               claimText(pClaims, segment.iBlock, segment.nOffset, segment.nBytes, namesIn(segment));
-    });
+    return std::all_of(record.pSegments, record.pSegments + record.nSegments,
+                       [&record, pClaims](const NameSegment &segment) {
+                           return areSoundTexts(textAt(&record, segment.iBlock, segment.nOffset),
+                                                segment.nBytes, namesIn(segment)) &&
+                                  claimText(pClaims, segment.iBlock, segment.nOffset,
+                                            segment.nBytes, namesIn(segment));
+                       });
 }
 
 bool claimPositions(const NamesManager &record, Claims *pClaims) {
-    return std::all_of(record.pPositions, record.pPositions + record.nNames, [&record, pClaims](const NamePosition &position) {
-        const char *pText = textAt(&record, position.iBlock, position.nOffset);
-        const size_t nRest = static_cast<size_t>(record.pBlocks[position.iBlock].nUsed - position.nOffset);
-        const char *pEnd = static_cast<const char *>(memchr(pText, 0, nRest));
-        return pEnd != nullptr && (pEnd == pText || pEnd[-1] != ' ') &&
-               claimText(pClaims, position.iBlock, position.nOffset, static_cast<int32_t>(pEnd - pText) + 1, 1);
-    });
+    return std::all_of(record.pPositions, record.pPositions + record.nNames,
+                       [&record, pClaims](const NamePosition &position) {
+                           const char *pText = textAt(&record, position.iBlock, position.nOffset);
+                           const size_t nRest = static_cast<size_t>(
+                               record.pBlocks[position.iBlock].nUsed - position.nOffset);
+                           const char *pEnd =
+                               static_cast<const char *>(std::memchr(pText, 0, nRest));
+                           return pEnd != nullptr && (pEnd == pText || pEnd[-1] != ' ') &&
+                                  claimText(pClaims, position.iBlock, position.nOffset,
+                                            static_cast<int32_t>(pEnd - pText) + 1, 1);
+                       });
 }
 
-/* Every name ends inside its block, no two overlap, and every block holds as many as it says. Without memory to find out, no. */
+// Every name ends inside its block, no two overlap, and every block holds as many as it says.
+// Without memory to find out, no.
 bool areSoundNames(const NamesManager &record) {
     Claims claims;
-    if (!allocClaims(record, &claims)) {
-        return false;
-    }
-    bool bSound = record.pSegments != nullptr ? claimSegments(record, &claims) : claimPositions(record, &claims);
+    if (!allocClaims(record, &claims)) { return false; }
+    bool bSound = record.pSegments != nullptr ? claimSegments(record, &claims)
+                                              : claimPositions(record, &claims);
     for (int32_t b = 0; bSound && b < record.nBlocks; ++b) {
         bSound = claims.pBlocks[b].nNames == record.pBlocks[b].nNamesInBlock;
     }
@@ -350,32 +371,30 @@ bool readCursor(Reader *pReader, NamesManager *pRecord) {
     return pReader->nStatus == 0;
 }
 
-/* A cursor that is set points exactly at its name; its companions are stale, and free, while it is not. */
+// A cursor that is set points exactly at its name; its companions are stale, and free, while it is
+// not.
 bool isSoundCursor(NamesManager *pRecord) {
     const int32_t iName = pRecord->iCursorName;
-    if (pRecord->nCursorMisses < 0 || iName < -1) {
-        return false;
-    }
-    if (iName == -1) {
-        return true;
-    }
-    if (pRecord->pSegments == nullptr || iName >= pRecord->nNames) {
-        return false;
-    }
-    pRecord->iCursorName = -1; /* so that the name is looked for, not taken from the cursor */
+    if (pRecord->nCursorMisses < 0 || iName < -1) { return false; }
+    if (iName == -1) { return true; }
+    if (pRecord->pSegments == nullptr || iName >= pRecord->nNames) { return false; }
+    pRecord->iCursorName = -1;  // so that the name is looked for, not taken from the cursor
     const Place place = locateName(pRecord, iName);
     pRecord->iCursorName = iName;
-    return pRecord->iCursorSegment == place.iSegment && pRecord->iCursorBlock == pRecord->pSegments[place.iSegment].iBlock &&
+    return pRecord->iCursorSegment == place.iSegment &&
+           pRecord->iCursorBlock == pRecord->pSegments[place.iSegment].iBlock &&
            pRecord->nCursorOffset == place.nOffset;
 }
 
-/* Reads what follows nNames. False if a read failed, the image is not sound or memory ran out. */
+// Reads what follows nNames. False if a read failed, the image is not sound or memory ran out.
 bool readImage(Reader *pReader, Image *pImage) {
     NamesManager *pRecord = &pImage->record;
-    return readHeader(pReader, pRecord) && isSoundHeader(*pRecord) && allocTables(pRecord) && readTables(pReader, pRecord) &&
-           areSoundBlocks(*pRecord) && (pRecord->pSegments != nullptr ? areSoundSegments(*pRecord) : areSoundPositions(*pRecord)) &&
-           allocTexts(pImage) && readTexts(pReader, *pRecord) && areSoundNames(*pRecord) && readCursor(pReader, pRecord) &&
-           isSoundCursor(pRecord);
+    return readHeader(pReader, pRecord) && isSoundHeader(*pRecord) && allocTables(pRecord) &&
+           readTables(pReader, pRecord) && areSoundBlocks(*pRecord) &&
+           (pRecord->pSegments != nullptr ? areSoundSegments(*pRecord)
+                                          : areSoundPositions(*pRecord)) &&
+           allocTexts(pImage) && readTexts(pReader, *pRecord) && areSoundNames(*pRecord) &&
+           readCursor(pReader, pRecord) && isSoundCursor(pRecord);
 }
 
 void freeTables(NamesManager *pRecord, int32_t nBlocksWithText) {
@@ -387,13 +406,14 @@ void freeTables(NamesManager *pRecord, int32_t nBlocksWithText) {
     HostMem_Free(pRecord->pPositions, kSourceTag, __LINE__);
 }
 
-/* Puts a sound image in place of what a cleared manager holds. */
+// Puts a sound image in place of what a cleared manager holds.
 void takeOver(NamesManager *mgr, const NamesManager &record) {
     freeTables(mgr, mgr->nBlocks);
     mgr->nNames = record.nNames;
-    memcpy(mgr->szNameFormat, record.szNameFormat, sizeof mgr->szNameFormat);
+    std::memcpy(mgr->szNameFormat, record.szNameFormat, sizeof mgr->szNameFormat);
     mgr->nGeneratedNameBase = record.nGeneratedNameBase;
-    memcpy(mgr->szFirstGeneratedName, record.szFirstGeneratedName, sizeof mgr->szFirstGeneratedName);
+    std::memcpy(mgr->szFirstGeneratedName, record.szFirstGeneratedName,
+                sizeof mgr->szFirstGeneratedName);
     mgr->pBlocks = record.pBlocks;
     mgr->nBlocks = record.nBlocks;
     mgr->nBlocksAlloc = record.nBlocksAlloc;
@@ -410,11 +430,9 @@ void takeOver(NamesManager *mgr, const NamesManager &record) {
 }
 
 int32_t load(NamesManager *mgr, HostInputStream *pStream) {
-    if (clearNames(mgr) != 0) {
-        return kRefused;
-    }
+    if (clearNames(mgr) != 0) { return kRefused; }
     Image image;
-    memset(&image, 0, sizeof image);
+    std::memset(&image, 0, sizeof image);
     Reader reader = {pStream, 0};
     if (!readNumber(&reader, &image.record.nNames) || image.record.nNames == -1) {
         return reader.nStatus;

@@ -1,16 +1,16 @@
-/* Replacing stored names.
- *
- * In segment mode the range is taken run by run, a run being what lies in one segment:
- *
- *     segment s        [ front | run | back ]        front and back keep their text where it is
- *                              |
- *                 rewritten in place, grown at the end of its block, or moved to another
- *                              |
- *     s-1 [ ... ]  [ front ][ run ][ back ]  [ ... ] s+1
- *                  merged again with neighbours that its text still touches
- *
- * The records that this leaves are worked out first; the table then changes once. */
-#include <string.h>
+// Replacing stored names.
+//
+// In segment mode the range is taken run by run, a run being what lies in one segment:
+//
+//     segment s        [ front | run | back ]        front and back keep their text where it is
+//                              |
+//                 rewritten in place, grown at the end of its block, or moved to another
+//                              |
+//     s-1 [ ... ]  [ front ][ run ][ back ]  [ ... ] s+1
+//                  merged again with neighbours that its text still touches
+//
+// The records that this leaves are worked out first; the table then changes once.
+#include <cstring>
 
 #include <algorithm>
 
@@ -22,7 +22,7 @@ namespace names {
 
 namespace {
 
-/* The new length of a name that had nOld bytes, against the known maximum. */
+// The new length of a name that had nOld bytes, against the known maximum.
 void noteReplacedLength(NamesManager *mgr, int32_t nOld, int32_t nNew) {
     if (nNew > nOld && nNew > mgr->nMaxNameLength) {
         mgr->nMaxNameLength = nNew;
@@ -32,7 +32,7 @@ void noteReplacedLength(NamesManager *mgr, int32_t nOld, int32_t nNew) {
     }
 }
 
-/* Brings a known maximum up to date before any text changes. */
+// Brings a known maximum up to date before any text changes.
 void updateMaxLength(NamesManager *mgr, IndexRange range, const int32_t *lengths) {
     int32_t *oldLengths = lengthsForMaximum(mgr, range);
     for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
@@ -41,29 +41,26 @@ void updateMaxLength(NamesManager *mgr, IndexRange range, const int32_t *lengths
     HostMem_Free(oldLengths, kSourceTag, __LINE__);
 }
 
-/* Takes the old texts out of the index before any of them changes: they are its keys. */
+// Takes the old texts out of the index before any of them changes: they are its keys.
 void removeFromIndex(NamesManager *mgr, IndexRange range) {
-    if (mgr->pLookupIndex == nullptr) {
-        return;
-    }
+    if (mgr->pLookupIndex == nullptr) { return; }
     const char *apNames[kMaxSegmentNames];
     NameReader reader = startReading(mgr, range);
-    for (int32_t n = readNames(&reader, apNames, nullptr); n > 0; n = readNames(&reader, apNames, nullptr)) {
-        for (int32_t k = 0; k < n; ++k) {
-            HostHashMap_Remove(mgr->pLookupIndex, apNames[k]);
-        }
+    for (int32_t n = readNames(&reader, apNames, nullptr); n > 0;
+         n = readNames(&reader, apNames, nullptr)) {
+        for (int32_t k = 0; k < n; ++k) { HostHashMap_Remove(mgr->pLookupIndex, apNames[k]); }
     }
 }
 
-/* ---- Individual-positions mode ---- */
+// ---- Individual-positions mode ----
 
-/* Finds new room for a name that outgrew its old one. *piBlock: the block tried first, then the one taken. False without memory. */
-bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int64_t nNeed, int32_t *piBlock) {
+// Finds new room for a name that outgrew its old one. *piBlock: the block tried first, then the one
+// taken. False without memory.
+bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int64_t nNeed,
+              int32_t *piBlock) {
     if (roomIn(mgr->pBlocks[*piBlock]) < nNeed) {
         const int32_t iChosen = chooseBlock(mgr, nNeed);
-        if (iChosen < 0) {
-            return false;
-        }
+        if (iChosen < 0) { return false; }
         *piBlock = iChosen;
     }
     NameStorageBlock *pBlock = &mgr->pBlocks[*piBlock];
@@ -76,15 +73,15 @@ bool moveName(NamesManager *mgr, NamePosition *pPosition, int32_t nOldBytes, int
     return true;
 }
 
-/* iBlock: the block that text that has to move is tried in first. */
+// iBlock: the block that text that has to move is tried in first.
 int32_t replaceByPosition(NamesManager *mgr, IndexRange range, GivenNames given, int32_t iBlock) {
     for (int32_t i = range.first; i <= range.last; ++i, given = skipGiven(given, 1)) {
         NamePosition *pPosition = &mgr->pPositions[i];
-        const int32_t nOldBytes = static_cast<int32_t>(strlen(textAt(mgr, pPosition->iBlock, pPosition->nOffset))) + 1;
+        const int32_t nOldBytes =
+            static_cast<int32_t>(std::strlen(textAt(mgr, pPosition->iBlock, pPosition->nOffset))) +
+            1;
         const int64_t nNeed = int64_t{given.lengths[0]} + 1;
-        if (nNeed > nOldBytes && !moveName(mgr, pPosition, nOldBytes, nNeed, &iBlock)) {
-            return 1;
-        }
+        if (nNeed > nOldBytes && !moveName(mgr, pPosition, nOldBytes, nNeed, &iBlock)) { return 1; }
         char *pText = mgr->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
         copyText(pText, firstGiven(given), given.lengths[0]);
         indexTexts(mgr, pText, given.lengths, 1, i);
@@ -92,9 +89,10 @@ int32_t replaceByPosition(NamesManager *mgr, IndexRange range, GivenNames given,
     return 0;
 }
 
-/* ---- Segment mode ---- */
+// ---- Segment mode ----
 
-/* A run and what is left of its segment around it. A piece without names has an iLast below its iFirst. */
+// A run and what is left of its segment around it. A piece without names has an iLast below its
+// iFirst.
 struct Cut {
     int32_t iSegment;
     NameSegment front;
@@ -111,7 +109,9 @@ Cut cutSegment(const NamesManager *mgr, int32_t iSegment, int32_t iFirst, int32_
     const char *pText = textAt(mgr, whole.iBlock, whole.nOffset);
     const char *pLimit = textLimit(mgr, whole.iBlock);
     const int32_t nFront = bytesOfNames(pText, pLimit, iFirst - whole.iFirst);
-    const int32_t nFrontAndRun = iLast == whole.iLast ? whole.nBytes : nFront + bytesOfNames(pText + nFront, pLimit, iLast - iFirst + 1);
+    const int32_t nFrontAndRun =
+        iLast == whole.iLast ? whole.nBytes
+                             : nFront + bytesOfNames(pText + nFront, pLimit, iLast - iFirst + 1);
     Cut cut = {iSegment, whole, whole, whole};
     cut.front.iLast = iFirst - 1;
     cut.front.nBytes = nFront;
@@ -123,20 +123,26 @@ Cut cutSegment(const NamesManager *mgr, int32_t iSegment, int32_t iFirst, int32_
 }
 
 bool canMerge(const NameSegment &a, const NameSegment &b) {
-    return a.iBlock == b.iBlock && a.nOffset + a.nBytes == b.nOffset && b.iLast - a.iFirst + 1 <= kMaxMergedNames;
+    return a.iBlock == b.iBlock && a.nOffset + a.nBytes == b.nOffset &&
+           b.iLast - a.iFirst + 1 <= kMaxMergedNames;
 }
 
-/* Puts the pieces of a cut into the table in place of the segment they came from; the run is merged with what its text touches, forwards
- * only where it ends the range. Without bMerge the bare cut stays. The table must have room for two more records. The number of the segment
- * that holds the run afterwards. */
+// Puts the pieces of a cut into the table in place of the segment they came from; the run is merged
+// with what its text touches, forwards only where it ends the range. Without bMerge the bare cut
+// stays. The table must have room for two more records. The number of the segment that holds the
+// run afterwards.
 int32_t putBack(NamesManager *mgr, const Cut &cut, bool bMerge, bool bEndsRange) {
     int32_t iBegin = cut.iSegment;
     int32_t iEnd = cut.iSegment + 1;
     const bool bFront = isPiece(cut.front);
     const bool bBack = isPiece(cut.back);
     NameSegment run = cut.run;
-    const NameSegment *pBefore = bFront ? &cut.front : iBegin > 0 ? &mgr->pSegments[iBegin - 1] : nullptr;
-    const NameSegment *pAfter = bBack ? &cut.back : iEnd < mgr->nSegments ? &mgr->pSegments[iEnd] : nullptr;
+    const NameSegment *pBefore = bFront       ? &cut.front
+                                 : iBegin > 0 ? &mgr->pSegments[iBegin - 1]
+                                              : nullptr;
+    const NameSegment *pAfter = bBack                   ? &cut.back
+                                : iEnd < mgr->nSegments ? &mgr->pSegments[iEnd]
+                                                        : nullptr;
     const bool bMergeBefore = bMerge && pBefore != nullptr && canMerge(*pBefore, run);
     if (bMergeBefore) {
         run.iFirst = pBefore->iFirst;
@@ -152,31 +158,24 @@ int32_t putBack(NamesManager *mgr, const Cut &cut, bool bMerge, bool bEndsRange)
     }
     NameSegment aRecords[3];
     int32_t nRecords = 0;
-    if (bFront && !bMergeBefore) {
-        aRecords[nRecords++] = cut.front;
-    }
+    if (bFront && !bMergeBefore) { aRecords[nRecords++] = cut.front; }
     const int32_t iRun = iBegin + nRecords;
     aRecords[nRecords++] = run;
-    if (bBack && !bMergeAfter) {
-        aRecords[nRecords++] = cut.back;
-    }
+    if (bBack && !bMergeAfter) { aRecords[nRecords++] = cut.back; }
     spliceSegments(mgr, iBegin, iEnd, aRecords, nRecords);
     return iRun;
 }
 
-/* Gives the run room for nNew bytes: where it is, by growing at its block's end, or elsewhere. False without memory. */
+// Gives the run room for nNew bytes: where it is, by growing at its block's end, or elsewhere.
+// False without memory.
 bool makeRoom(NamesManager *mgr, NameSegment *pRun, int64_t nNew) {
     NameStorageBlock *pBlock = &mgr->pBlocks[pRun->iBlock];
     const bool bAtEnd = pRun->nOffset + pRun->nBytes == pBlock->nUsed;
     if (nNew <= pRun->nBytes || (bAtEnd && nNew <= int64_t{pBlock->nSize} - pRun->nOffset)) {
-        if (bAtEnd) {
-            pBlock->nUsed = pRun->nOffset + static_cast<int32_t>(nNew);
-        }
+        if (bAtEnd) { pBlock->nUsed = pRun->nOffset + static_cast<int32_t>(nNew); }
     } else {
         const int32_t iChosen = chooseBlock(mgr, nNew);
-        if (iChosen < 0) {
-            return false;
-        }
+        if (iChosen < 0) { return false; }
         giveBackText(&mgr->pBlocks[pRun->iBlock], pRun->nOffset, pRun->nBytes, namesIn(*pRun));
         pBlock = &mgr->pBlocks[iChosen];
         pRun->iBlock = iChosen;
@@ -188,15 +187,13 @@ bool makeRoom(NamesManager *mgr, NameSegment *pRun, int64_t nNew) {
     return true;
 }
 
-/* Replaces the part of the range that lies in segment iSegment. The segment that holds it afterwards, or -1: it keeps its old text, and the
- * cuts that separate it stay. */
+// Replaces the part of the range that lies in segment iSegment. The segment that holds it
+// afterwards, or -1: it keeps its old text, and the cuts that separate it stay.
 int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const GivenNames &given) {
     const NameSegment *pSegment = &mgr->pSegments[iSegment];
     const int32_t iLast = std::min(pSegment->iLast, range.last);
     const bool bCuts = pSegment->iFirst < range.first || pSegment->iLast > range.last;
-    if (bCuts && mgr->nSegmentsAlloc - mgr->nSegments < 2 && !growSegmentTable(mgr)) {
-        return -1;
-    }
+    if (bCuts && mgr->nSegmentsAlloc - mgr->nSegments < 2 && !growSegmentTable(mgr)) { return -1; }
     Cut cut = cutSegment(mgr, iSegment, range.first, iLast);
     const int32_t nRun = namesIn(cut.run);
     if (!makeRoom(mgr, &cut.run, bytesFor(given.lengths, nRun))) {
@@ -209,20 +206,18 @@ int32_t replaceRun(NamesManager *mgr, int32_t iSegment, IndexRange range, const 
     return putBack(mgr, cut, true, iLast == range.last);
 }
 
-/* Run by run, until the range is done or the segments are given up. What is left of both is in *pRange and *pGiven then. */
+// Run by run, until the range is done or the segments are given up. What is left of both is in
+// *pRange and *pGiven then.
 int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, GivenNames *pGiven) {
     int32_t iSegment = 0;
     while (pRange->first <= pRange->last && mgr->pSegments != nullptr) {
-        const bool bNext = iSegment < mgr->nSegments && mgr->pSegments[iSegment].iFirst <= pRange->first &&
+        const bool bNext = iSegment < mgr->nSegments &&
+                           mgr->pSegments[iSegment].iFirst <= pRange->first &&
                            pRange->first <= mgr->pSegments[iSegment].iLast;
-        if (!bNext) {
-            iSegment = findSegment(mgr, pRange->first);
-        }
+        if (!bNext) { iSegment = findSegment(mgr, pRange->first); }
         const int32_t iLast = std::min(mgr->pSegments[iSegment].iLast, pRange->last);
         const int32_t iRun = replaceRun(mgr, iSegment, *pRange, *pGiven);
-        if (iRun < 0) {
-            return 1;
-        }
+        if (iRun < 0) { return 1; }
         iSegment = iRun + 1;
         *pGiven = skipGiven(*pGiven, iLast - pRange->first + 1);
         pRange->first = iLast + 1;
@@ -245,7 +240,8 @@ int32_t replaceNames(NamesManager *mgr, IndexRange range, GivenNames given) {
     if (nStatus == 0 && range.first <= range.last) {
         nStatus = replaceByPosition(mgr, range, given, iBlock);
     }
-    if (nStatus != 0) { /* old texts of names not reached are out of the index, and lengths of new ones may be in the maximum */
+    if (nStatus != 0) {  // old texts of names not reached are out of the index, and lengths of new
+                         // ones may be in the maximum
         mgr->nMaxNameLength = -1;
         dropIndex(mgr);
     }

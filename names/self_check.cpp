@@ -1,14 +1,16 @@
-/* The built-in self-check. Most scenarios are tables of steps: each runs one operation, its status and what can then be read are compared
- * with the table, and the audit is run. Lists in these tables have a bar after each name; "x*300|" is a name of 300 characters, and
- * "00000..00299/2|" stands for every second number of five digits in that range.
- *
- * All of it holds on any host: names are never repeated, because maps differ in what they do with equal keys, and only services that every
- * host has are used. NamesManager_WriteNameToText and NamesManager_Load need a HostText and a HostInputStream, which only the host can
- * make: they are run where this file is compiled with NAMES_HOST_HAS_MAKERS defined, for a host with the makers that the shipped one has.
- */
-#include <limits.h>
-#include <stdio.h>
-#include <string.h>
+// The built-in self-check. Most scenarios are tables of steps: each runs one operation, its status
+// and what can then be read are compared with the table, and the audit is run. Lists in these
+// tables have a bar after each name; "x*300|" is a name of 300 characters, and "00000..00299/2|"
+// stands for every second number of five digits in that range.
+//
+// All of it holds on any host: names are never repeated, because maps differ in what they do with
+// equal keys, and only services that every host has are used. NamesManager_WriteNameToText and
+// NamesManager_Load need a HostText and a HostInputStream, which only the host can make: they are
+// run where this file is compiled with NAMES_HOST_HAS_MAKERS defined, for a host with the makers
+// that the shipped one has.
+#include <climits>
+#include <cstdio>
+#include <cstring>
 
 #include <algorithm>
 #include <exception>
@@ -32,11 +34,12 @@ struct ManagerRelease {
 };
 using ManagerHandle = std::unique_ptr<NamesManager, ManagerRelease>;
 
-/* One run of a scenario. */
+// One run of a scenario.
 struct Run {
     const char *szTitle;
-    bool bPositions; /* managers are switched to individual positions */
-    bool bIndexed;   /* all names are looked up after each change, so that each meets an index; buffers are given where both are taken */
+    bool bPositions;  // managers are switched to individual positions
+    bool bIndexed;    // all names are looked up after each change, so that each meets an index;
+                      // buffers are given where both are taken
     ManagerHandle mgr;
     ManagerHandle other;
     int32_t nFailed;
@@ -45,8 +48,9 @@ struct Run {
 void expectEqual(Run &run, int32_t nLine, const char *szWhat, int64_t nExpected, int64_t nFound) {
     if (nExpected != nFound) {
         ++run.nFailed;
-        Host_ReportAssertion(kSourceTag, nLine, 0, "self-check, %s, %s: expected %lld, found %lld", run.szTitle, szWhat,
-                             static_cast<long long>(nExpected), static_cast<long long>(nFound));
+        Host_ReportAssertion(kSourceTag, nLine, 0, "self-check, %s, %s: expected %lld, found %lld",
+                             run.szTitle, szWhat, static_cast<long long>(nExpected),
+                             static_cast<long long>(nFound));
     }
 }
 
@@ -60,18 +64,18 @@ void expectText(Run &run, int32_t nLine, const std::string &expected, const std:
     Host_AssertStringsEqual(kSourceTag, nLine, withBars(expected).c_str(), withBars(found).c_str());
 }
 
-/* The audit reports what it finds. */
+// The audit reports what it finds.
 void expectSound(Run &run, const ManagerHandle &mgr) {
     run.nFailed += countViolations(mgr.get());
 }
 
-/* The operation behind the line succeeded, and the manager is sound. */
+// The operation behind the line succeeded, and the manager is sound.
 void expectDone(Run &run, int32_t nLine, int32_t nStatus) {
     expectEqual(run, nLine, "status", 0, nStatus);
     expectSound(run, run.mgr);
 }
 
-/* The names of a list, NUL-terminated and back to back. */
+// The names of a list, NUL-terminated and back to back.
 struct Words {
     explicit Words(const std::string &list);
     Words(const Words &) = delete;
@@ -110,7 +114,8 @@ Words::Words(const std::string &list) {
     }
 }
 
-/* The bytes of all names. The other ways of reading, and looking up in an indexed run, must agree with them. */
+// The bytes of all names. The other ways of reading, and looking up in an indexed run, must agree
+// with them.
 std::string readAll(Run &run) {
     NamesManager *mgr = run.mgr.get();
     const int32_t iLast = NamesManager_GetNumNames(mgr) - 1;
@@ -120,48 +125,58 @@ std::string readAll(Run &run) {
     std::vector<const char *> names(static_cast<size_t>(iLast) + 1);
     std::vector<int32_t> lengths(names.size());
     std::vector<int32_t> indices(names.size());
-    int32_t nStatus = NamesManager_GetNames(mgr, 0, iLast, 0, 0, 0, 0, text.data(), nBytes, nullptr);
+    int32_t nStatus =
+        NamesManager_GetNames(mgr, 0, iLast, 0, 0, 0, 0, text.data(), nBytes, nullptr);
     nStatus += NamesManager_GetNamePointers(mgr, 0, iLast, 0, names.data());
-    nStatus += run.bIndexed && nStatus == 0 ? NamesManager_FindNameList(mgr, names.data(), iLast + 1, 0, indices.data()) : 0;
+    nStatus += run.bIndexed && nStatus == 0
+                   ? NamesManager_FindNameList(mgr, names.data(), iLast + 1, 0, indices.data())
+                   : 0;
     NamesManager_GetNameLengths(mgr, 0, iLast, 0, lengths.data());
     expectEqual(run, __LINE__, "status of reading all names", 0, nStatus);
     int32_t nAgreed = 0;
     size_t nAt = 0;
     for (size_t i = 0; i < names.size() && nAt < text.size() && nStatus == 0; ++i) {
-        const size_t nLength = strlen(text.c_str() + nAt);
+        const size_t nLength = std::strlen(text.c_str() + nAt);
         const bool bFound = !run.bIndexed || indices[i] == static_cast<int32_t>(i);
-        nAgreed += bFound && lengths[i] == static_cast<int32_t>(nLength) && text.compare(nAt, nLength, names[i]) == 0 ? 1 : 0;
+        nAgreed += bFound && lengths[i] == static_cast<int32_t>(nLength) &&
+                           text.compare(nAt, nLength, names[i]) == 0
+                       ? 1
+                       : 0;
         nAt += nLength + 1;
     }
     expectEqual(run, __LINE__, "names on which all readers agree", iLast + 1, nAgreed);
     return text;
 }
 
-/* The segments, then bytes used and size of each block. */
+// The segments, then bytes used and size of each block.
 std::string layoutOf(const NamesManager *mgr) {
     std::string layout = mgr->pSegments == nullptr ? "positions" : "";
     for (int32_t s = 0; s < mgr->nSegments; ++s) {
-        layout += std::to_string(mgr->pSegments[s].iFirst) + "-" + std::to_string(mgr->pSegments[s].iLast) + " ";
+        layout += std::to_string(mgr->pSegments[s].iFirst) + "-" +
+                  std::to_string(mgr->pSegments[s].iLast) + " ";
     }
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        layout.append("+").append(std::to_string(mgr->pBlocks[b].nUsed)).append("/").append(std::to_string(mgr->pBlocks[b].nSize));
+        layout.append("+")
+            .append(std::to_string(mgr->pBlocks[b].nUsed))
+            .append("/")
+            .append(std::to_string(mgr->pBlocks[b].nSize));
     }
     return layout;
 }
 
-/* ---- Steps ---- */
+// ---- Steps ----
 
-/* A change is expected to leave a list of names and, where something stands behind its last bar, a layout that begins so in segment mode.
- * A reading is expected to tell a text. */
-/* clang-format off */
+// A change is expected to leave a list of names and, where something stands behind its last bar, a
+// layout that begins so in segment mode. A reading is expected to tell a text.
+// clang-format off
 enum Operation {
-    /* Changes */
+    // Changes
     kStart, kAdd, kAddBuffer, kAddField, kCopyName, kCopyOwnName, kCopyAll, kSwap, kFirstName, kGenerate, kMakeExist, kClear, kSwitch,
     kReleaseBlocks, kRemove, kRemoveEach, kRemoveListed, kReverse, kLoad,
-    /* Readings */
+    // Readings
     kName, kText, kFields, kWalk, kFind, kIndex, kBuildIndex, kDuplicates, kLongest, kKnownLongest, kBlocks, kImage, kNoImage
 };
-/* clang-format on */
+// clang-format on
 
 struct Step {
     int32_t nLine;
@@ -178,17 +193,21 @@ int32_t add(Run &run, const Step &step, const Words &words) {
     if (step.first == step.last) {
         return NamesManager_AddName(mgr, step.first, step.bOneBased, words.names[0]);
     }
-    return run.bIndexed ? NamesManager_AddNamesFromBuffer(mgr, step.first, step.last, step.bOneBased, words.text.c_str())
-                        : NamesManager_AddNames(mgr, step.first, step.last, step.bOneBased, words.names.data());
+    return run.bIndexed ? NamesManager_AddNamesFromBuffer(mgr, step.first, step.last,
+                                                          step.bOneBased, words.text.c_str())
+                        : NamesManager_AddNames(mgr, step.first, step.last, step.bOneBased,
+                                                words.names.data());
 }
 
 int32_t removeListed(NamesManager *mgr, const Words &words) {
     std::vector<int32_t> indices;
-    std::transform(words.names.begin(), words.names.end(), std::back_inserter(indices), [](const char *sz) { return std::stoi(sz); });
-    return NamesManager_RemoveNamesByIndices(mgr, indices.data(), static_cast<int32_t>(indices.size()));
+    std::transform(words.names.begin(), words.names.end(), std::back_inserter(indices),
+                   [](const char *sz) { return std::stoi(sz); });
+    return NamesManager_RemoveNamesByIndices(mgr, indices.data(),
+                                             static_cast<int32_t>(indices.size()));
 }
 
-/* Gives the manager its own names the other way round. */
+// Gives the manager its own names the other way round.
 int32_t reverse(NamesManager *mgr) {
     std::vector<const char *> names(static_cast<size_t>(NamesManager_GetNumNames(mgr)));
     const int32_t iLast = static_cast<int32_t>(names.size()) - 1;
@@ -197,9 +216,9 @@ int32_t reverse(NamesManager *mgr) {
     return nStatus + NamesManager_AddNames(mgr, 0, iLast, 0, names.data());
 }
 
-/* An output stream that keeps what is written and fails at the write where nLeft has come to 0. */
+// An output stream that keeps what is written and fails at the write where nLeft has come to 0.
 struct Image {
-    HostOutputStream stream; /* first, so that its address is the image's */
+    HostOutputStream stream;  // first, so that its address is the image's
     int32_t nLeft;
     uint64_t nBytes;
     char aBytes[1024];
@@ -212,7 +231,7 @@ int32_t writeImage(HostOutputStream *pStream, const void *pData, uint64_t nBytes
     if (pImage->nLeft-- == 0 || nBytes > sizeof pImage->aBytes - pImage->nBytes) {
         return kWriteError;
     }
-    memcpy(pImage->aBytes + pImage->nBytes, pData, nBytes);
+    std::memcpy(pImage->aBytes + pImage->nBytes, pData, nBytes);
     pImage->nBytes += nBytes;
     return 0;
 }
@@ -220,17 +239,14 @@ int32_t writeImage(HostOutputStream *pStream, const void *pData, uint64_t nBytes
 constexpr HostOutputStreamOps kImageOps = {writeImage};
 
 #ifdef NAMES_HOST_HAS_MAKERS
-/* Saves the manager and loads the image, less nMissing bytes at its end, into the other one, which takes its place. 1 where that is
- * refused. */
+// Saves the manager and loads the image, less nMissing bytes at its end, into the other one, which
+// takes its place. 1 where that is refused.
 int32_t load(Run &run, uint64_t nMissing) {
     Image image = {{&kImageOps}, INT_MAX, 0, {}};
-    if (NamesManager_Save(run.mgr.get(), nullptr, &image.stream) != 0) {
-        return -1;
-    }
-    HostInputStream *pStream = HostInputStream_CreateInMemory(image.aBytes, image.nBytes - nMissing);
-    if (pStream == nullptr) {
-        throw std::bad_alloc();
-    }
+    if (NamesManager_Save(run.mgr.get(), nullptr, &image.stream) != 0) { return -1; }
+    HostInputStream *pStream =
+        HostInputStream_CreateInMemory(image.aBytes, image.nBytes - nMissing);
+    if (pStream == nullptr) { throw std::bad_alloc(); }
     const int32_t nStatus = NamesManager_Load(run.other.get(), nullptr, pStream);
     HostInputStream_Close(pStream);
     std::swap(run.mgr, run.other);
@@ -249,11 +265,15 @@ int32_t change(Run &run, const Step &step) {
         nStatus = NamesManager_Clear(mgr) + add(run, step, words);
         return nStatus + (run.bPositions ? NamesManager_StoreIndividualNamePositions(mgr) : 0);
     case kAdd: return add(run, step, words);
-    case kAddBuffer: return NamesManager_AddNamesFromBuffer(mgr, step.first, step.last, b, words.text.c_str());
-    case kAddField: return NamesManager_AddNameWithMaxLength(mgr, step.first, b, words.text.c_str(), step.nWidth);
+    case kAddBuffer:
+        return NamesManager_AddNamesFromBuffer(mgr, step.first, step.last, b, words.text.c_str());
+    case kAddField:
+        return NamesManager_AddNameWithMaxLength(mgr, step.first, b, words.text.c_str(),
+                                                 step.nWidth);
     case kCopyName:
         return words.names.empty() ? NamesManager_CopyName(mgr, step.first, b, other, step.last, b)
-                                   : NamesManager_CopyNameWithPrefix(mgr, step.first, b, other, step.last, b, words.names[0]);
+                                   : NamesManager_CopyNameWithPrefix(mgr, step.first, b, other,
+                                                                     step.last, b, words.names[0]);
     case kCopyOwnName: return NamesManager_CopyName(mgr, step.first, b, mgr, step.last, b);
     case kCopyAll: nStatus = NamesManager_Copy(other, mgr); [[fallthrough]];
     case kSwap: std::swap(run.mgr, run.other); return nStatus;
@@ -282,87 +302,100 @@ int32_t countOf(const Step &step) {
     return static_cast<int32_t>(std::clamp<int64_t>(int64_t{step.last} - step.first + 1, 0, 1000));
 }
 
-/* szInput tells the size of the buffer. */
+// szInput tells the size of the buffer.
 int32_t readFields(NamesManager *mgr, const Step &step, std::string *pTold) {
     std::string buffer(std::stoul(step.szInput), '#');
     uint64_t nSize = 0;
     const int32_t nStatus = step.first == step.last
-                                ? NamesManager_GetNameIntoBuffer(mgr, step.first, step.bOneBased, step.bPad, step.bTruncate, step.nWidth,
-                                                                 buffer.data(), buffer.size(), &nSize)
-                                : NamesManager_GetNames(mgr, step.first, step.last, step.bOneBased, step.bPad, step.bTruncate, step.nWidth,
+                                ? NamesManager_GetNameIntoBuffer(
+                                      mgr, step.first, step.bOneBased, step.bPad, step.bTruncate,
+                                      step.nWidth, buffer.data(), buffer.size(), &nSize)
+                                : NamesManager_GetNames(mgr, step.first, step.last, step.bOneBased,
+                                                        step.bPad, step.bTruncate, step.nWidth,
                                                         buffer.data(), buffer.size(), &nSize);
     *pTold = std::to_string(nSize) + " " + withBars(buffer);
     return nStatus;
 }
 
 #ifdef NAMES_HOST_HAS_MAKERS
-/* bTruncate asks for blanks behind the name. */
+// bTruncate asks for blanks behind the name.
 int32_t writeToText(NamesManager *mgr, const Step &step, std::string *pTold) {
     HostText *pText = HostText_Create();
-    if (pText == nullptr) {
-        throw std::bad_alloc();
-    }
-    const int32_t nStatus = NamesManager_WriteNameToText(mgr, step.first, step.bOneBased, step.bTruncate, step.bPad, step.nWidth, pText);
+    if (pText == nullptr) { throw std::bad_alloc(); }
+    const int32_t nStatus = NamesManager_WriteNameToText(
+        mgr, step.first, step.bOneBased, step.bTruncate, step.bPad, step.nWidth, pText);
     *pTold = HostText_GetString(pText);
     HostText_Destroy(pText);
     return nStatus;
 }
 #endif
 
-/* Reads a range as pointers, or into a buffer if bPad is set, and tells its first name and the cursor. */
+// Reads a range as pointers, or into a buffer if bPad is set, and tells its first name and the
+// cursor.
 int32_t walk(NamesManager *mgr, const Step &step, std::string *pTold) {
     std::vector<const char *> names(static_cast<size_t>(countOf(step)), "");
     std::string buffer(6 * names.size(), '#');
-    const int32_t nStatus = step.bPad == 0
-                                ? NamesManager_GetNamePointers(mgr, step.first, step.last, 0, names.data())
-                                : NamesManager_GetNames(mgr, step.first, step.last, 0, 0, 0, 0, buffer.data(), buffer.size(), nullptr);
-    *pTold = std::string(step.bPad == 0 ? names[0] : buffer.c_str()) + ", cursor " + std::to_string(mgr->iCursorName) + ", misses " +
-             std::to_string(mgr->nCursorMisses) + (mgr->pSegments == nullptr ? ", positions" : "");
+    const int32_t nStatus =
+        step.bPad == 0 ? NamesManager_GetNamePointers(mgr, step.first, step.last, 0, names.data())
+                       : NamesManager_GetNames(mgr, step.first, step.last, 0, 0, 0, 0,
+                                               buffer.data(), buffer.size(), nullptr);
+    *pTold = std::string(step.bPad == 0 ? names[0] : buffer.c_str()) + ", cursor " +
+             std::to_string(mgr->iCursorName) + ", misses " + std::to_string(mgr->nCursorMisses) +
+             (mgr->pSegments == nullptr ? ", positions" : "");
     return nStatus;
 }
 
-/* Looks names up, delimited by nWidth, through every entry point that takes them so. */
+// Looks names up, delimited by nWidth, through every entry point that takes them so.
 int32_t find(Run &run, const Step &step, std::string *pTold) {
     NamesManager *mgr = run.mgr.get();
     const Words words(step.szInput);
     const int32_t nNames = static_cast<int32_t>(words.names.size());
     std::vector<int32_t> indices(words.names.size());
-    int32_t nStatus = NamesManager_FindNames(mgr, words.names.data(), nNames, step.nWidth, step.bOneBased, indices.data());
+    int32_t nStatus = NamesManager_FindNames(mgr, words.names.data(), nNames, step.nWidth,
+                                             step.bOneBased, indices.data());
     if (step.nWidth == -1) {
-        nStatus += NamesManager_FindNameList(mgr, words.names.data(), nNames, step.bOneBased, indices.data());
+        nStatus += NamesManager_FindNameList(mgr, words.names.data(), nNames, step.bOneBased,
+                                             indices.data());
     }
     for (size_t i = 0; i < indices.size(); ++i) {
-        const int32_t iSingle = step.nWidth == -1 ? NamesManager_FindName(mgr, words.names[i], step.bOneBased)
-                                                  : NamesManager_FindNameInField(mgr, words.names[i], step.nWidth, step.bOneBased);
+        const int32_t iSingle =
+            step.nWidth == -1
+                ? NamesManager_FindName(mgr, words.names[i], step.bOneBased)
+                : NamesManager_FindNameInField(mgr, words.names[i], step.nWidth, step.bOneBased);
         expectEqual(run, step.nLine, "index of a single name", indices[i], iSingle);
         *pTold += std::to_string(indices[i]) + "|";
     }
     return nStatus;
 }
 
-/* nWidth is the room for the repeated name; "~" stands for a NULL, which a buffer cannot hold. */
+// nWidth is the room for the repeated name; "~" stands for a NULL, which a buffer cannot hold.
 int32_t checkDuplicates(Run &run, const Step &step, std::string *pTold) {
     NamesManager *mgr = run.mgr.get();
     Words words(step.szInput);
-    const bool bBuffer = run.bIndexed && strchr(step.szInput, '~') == nullptr;
+    const bool bBuffer = run.bIndexed && std::strchr(step.szInput, '~') == nullptr;
     std::vector<int32_t> lengths;
     for (const char *&szName : words.names) {
-        lengths.push_back(static_cast<int32_t>(strlen(szName)));
+        lengths.push_back(static_cast<int32_t>(std::strlen(szName)));
         szName = *szName == '~' ? nullptr : szName;
     }
     int32_t aFound[3] = {-7, -7, -7};
     char szFound[64] = "-";
     const int32_t nStatus =
-        bBuffer ? NamesManager_CheckDuplicateNamesInBuffer(mgr, step.first, step.last, step.bOneBased, words.text.c_str(), &aFound[0],
-                                                           &aFound[1], &aFound[2], szFound, step.nWidth)
-                : NamesManager_CheckDuplicateNames(mgr, step.first, step.last, step.bOneBased, words.names.data(), lengths.data(),
-                                                   &aFound[0], &aFound[1], &aFound[2], szFound, step.nWidth);
-    *pTold = std::to_string(aFound[0]) + " " + std::to_string(aFound[1]) + " " + std::to_string(aFound[2]) + " " + szFound;
+        bBuffer
+            ? NamesManager_CheckDuplicateNamesInBuffer(mgr, step.first, step.last, step.bOneBased,
+                                                       words.text.c_str(), &aFound[0], &aFound[1],
+                                                       &aFound[2], szFound, step.nWidth)
+            : NamesManager_CheckDuplicateNames(mgr, step.first, step.last, step.bOneBased,
+                                               words.names.data(), lengths.data(), &aFound[0],
+                                               &aFound[1], &aFound[2], szFound, step.nWidth);
+    *pTold = std::to_string(aFound[0]) + " " + std::to_string(aFound[1]) + " " +
+             std::to_string(aFound[2]) + " " + szFound;
     return nStatus;
 }
 
-/* Saves a manager of one block, with a failure at the first write, at the second and so on until all succeed. Tells the size of the image,
- * the name format, the text of the block and all numbers: of the header, the block, the segments or positions, and the cursor. */
+// Saves a manager of one block, with a failure at the first write, at the second and so on until
+// all succeed. Tells the size of the image, the name format, the text of the block and all numbers:
+// of the header, the block, the segments or positions, and the cursor.
 int32_t saveImage(NamesManager *mgr, std::string *pTold) {
     Image image = {{&kImageOps}, 0, 0, {}};
     int32_t nStatus = kWriteError;
@@ -373,17 +406,17 @@ int32_t saveImage(NamesManager *mgr, std::string *pTold) {
     }
     const uint64_t nCursor = mgr != nullptr ? 20 : 0;
     const uint64_t nUsed = mgr != nullptr ? static_cast<uint64_t>(mgr->pBlocks[0].nUsed) : 0;
-    if (nStatus != 0 || image.nBytes < nCursor + nUsed) {
-        return -1;
-    }
+    if (nStatus != 0 || image.nBytes < nCursor + nUsed) { return -1; }
     const uint64_t nTextEnd = image.nBytes - nCursor;
     const uint64_t nText = nTextEnd - nUsed;
-    *pTold = std::to_string(image.nBytes) + " " + (image.aBytes + 24) + " " + withBars({image.aBytes + nText, image.aBytes + nTextEnd});
-    const uint64_t aParts[][2] = {{0, 24}, {56, 60}, {100, 112}, {116, nText}, {nTextEnd, image.nBytes}};
+    *pTold = std::to_string(image.nBytes) + " " + (image.aBytes + 24) + " " +
+             withBars({image.aBytes + nText, image.aBytes + nTextEnd});
+    const uint64_t aParts[][2] = {
+        {0, 24}, {56, 60}, {100, 112}, {116, nText}, {nTextEnd, image.nBytes}};
     for (const auto &[nBegin, nEnd] : aParts) {
         for (uint64_t nAt = nBegin; nAt < std::min(nEnd, image.nBytes); nAt += sizeof(int32_t)) {
             int32_t nNumber = 0;
-            memcpy(&nNumber, image.aBytes + nAt, sizeof nNumber);
+            std::memcpy(&nNumber, image.aBytes + nAt, sizeof nNumber);
             pTold->append(" ").append(std::to_string(nNumber));
         }
     }
@@ -412,7 +445,10 @@ int32_t read(Run &run, const Step &step, std::string *pTold) {
         nLongest = NamesManager_GetMaxNameLength(mgr);
         expectEqual(run, step.nLine, "longest name", nLongest, mgr->nMaxNameLength);
         [[fallthrough]];
-    case kKnownLongest: *pTold = std::to_string(mgr->nMaxNameLength) + " of " + std::to_string(mgr->nMaxNameLengthCount); return 0;
+    case kKnownLongest:
+        *pTold =
+            std::to_string(mgr->nMaxNameLength) + " of " + std::to_string(mgr->nMaxNameLengthCount);
+        return 0;
     case kBlocks: *pTold = layoutOf(mgr).substr(layoutOf(mgr).find('+')); return 0;
     case kImage: return saveImage(mgr, pTold);
     case kNoImage: return saveImage(nullptr, pTold);
@@ -424,7 +460,8 @@ void runStep(Run &run, const Step &step) {
     const bool bReads = step.operation >= kName;
     std::string told;
     std::string expected = step.szExpected;
-    expectEqual(run, step.nLine, "status", step.nStatus, bReads ? read(run, step, &told) : change(run, step));
+    expectEqual(run, step.nLine, "status", step.nStatus,
+                bReads ? read(run, step, &told) : change(run, step));
     if (!bReads) {
         const std::string layout = expected.substr(expected.rfind('|') + 1);
         if (!layout.empty() && !run.bPositions) {
@@ -438,23 +475,28 @@ void runStep(Run &run, const Step &step) {
     expectSound(run, run.other);
 }
 
-/* ---- The tables ---- */
+// ---- The tables ----
 
 constexpr char kFive[] = "one|two|three|four|five|";
 constexpr char kTen[] = "one|two|three|four|five|six|seven|eight|nine|ten|";
-constexpr char kFifteen[] = "one|two|three|four|five|six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|";
+constexpr char kFifteen[] =
+    "one|two|three|four|five|six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|";
 constexpr char kNumbers[] = "0|1|2|3|4|5|6|7|8|9|10|11|12|13|14|";
 constexpr char kLetters[] = "aaa|bbb|ccc|ddd|eee|fff|ggg|hhh|iii|jjj|";
 
 const Step kStoring[] = {
     {__LINE__, kStart, 1, 5, 1, kFive, 0, "one|two|three|four|five|0-4 +24/4096"},
-    {__LINE__, kAdd, 6, 10, 1, "six|seven|eight|nine|ten|", 0, "one|two|three|four|five|six|seven|eight|nine|ten|0-9 +49/4096"},
+    {__LINE__, kAdd, 6, 10, 1, "six|seven|eight|nine|ten|", 0,
+     "one|two|three|four|five|six|seven|eight|nine|ten|0-9 +49/4096"},
     {__LINE__, kStart, 0, 4, 0, kFive, 0, kFive},
-    {__LINE__, kAdd, 2, 6, 1, "six|seven|eight|nine|ten|", 0, "one|six|seven|eight|nine|ten|0-5 +29/4096"},
-    {__LINE__, kAdd, 2, 5, 1, "eleven|twelve|13|fourteen|", 0, "one|eleven|twelve|13|fourteen|ten|0-0 1-4 5-5 +55/4096"},
+    {__LINE__, kAdd, 2, 6, 1, "six|seven|eight|nine|ten|", 0,
+     "one|six|seven|eight|nine|ten|0-5 +29/4096"},
+    {__LINE__, kAdd, 2, 5, 1, "eleven|twelve|13|fourteen|", 0,
+     "one|eleven|twelve|13|fourteen|ten|0-0 1-4 5-5 +55/4096"},
     {__LINE__, kAdd, 0, 14, 0, kFifteen, 0, kFifteen},
     {__LINE__, kAdd, 15, 14, 0, "", 0, kFifteen},
-    {__LINE__, kStart, 0, 2, 0, "hello world   |   |  in  side\t |", 0, "hello world||  in  side\t|"},
+    {__LINE__, kStart, 0, 2, 0, "hello world   |   |  in  side\t |", 0,
+     "hello world||  in  side\t|"},
     {__LINE__, kAdd, 0, 2, 0, "hello world   |   |  in  side\t |", 0, "hello world||  in  side\t|"},
     {__LINE__, kStart, 0, 0, 0, "x|", 0, "x|"},
     {__LINE__, kAddField, 0, 0, 0, "hello world   ", 0, "hello world|", 14},
@@ -470,13 +512,17 @@ const Step kReplacing[] = {
     {__LINE__, kAdd, 5, 5, 0, "FFF|", 0, "aaa|bbb|ccc|ddd|eee|FFF|ggg|hhh|iii|jjj|0-9 +40/4096"},
     {__LINE__, kAdd, 5, 5, 0, "F|", 0, "aaa|bbb|ccc|ddd|eee|F|ggg|hhh|iii|jjj|0-5 6-9 +40/4096"},
     {__LINE__, kStart, 0, 9, 0, kLetters, 0, kLetters},
-    {__LINE__, kAdd, 6, 6, 1, "long|", 0, "aaa|bbb|ccc|ddd|eee|long|ggg|hhh|iii|jjj|0-4 5-5 6-9 +45/4096"},
+    {__LINE__, kAdd, 6, 6, 1, "long|", 0,
+     "aaa|bbb|ccc|ddd|eee|long|ggg|hhh|iii|jjj|0-4 5-5 6-9 +45/4096"},
     {__LINE__, kFind, 0, 0, 0, "fff|long|", 0, "-1|5|"},
     {__LINE__, kStart, 0, 9, 0, kLetters, 0, kLetters},
     {__LINE__, kAdd, 9, 9, 0, "long|", 0, "aaa|bbb|ccc|ddd|eee|fff|ggg|hhh|iii|long|0-9 +41/4096"},
-    {__LINE__, kAdd, 1, 1, 0, "longb|", 0, "aaa|longb|ccc|ddd|eee|fff|ggg|hhh|iii|long|0-0 1-1 2-9 +47/4096"},
-    {__LINE__, kAdd, 3, 3, 0, "longd|", 0, "aaa|longb|ccc|longd|eee|fff|ggg|hhh|iii|long|0-0 1-1 2-2 3-3 4-9 +53/4096"},
-    {__LINE__, kAdd, 5, 5, 0, "longf|", 0, "aaa|longb|ccc|longd|eee|longf|ggg|hhh|iii|long|positions+59/4096"},
+    {__LINE__, kAdd, 1, 1, 0, "longb|", 0,
+     "aaa|longb|ccc|ddd|eee|fff|ggg|hhh|iii|long|0-0 1-1 2-9 +47/4096"},
+    {__LINE__, kAdd, 3, 3, 0, "longd|", 0,
+     "aaa|longb|ccc|longd|eee|fff|ggg|hhh|iii|long|0-0 1-1 2-2 3-3 4-9 +53/4096"},
+    {__LINE__, kAdd, 5, 5, 0, "longf|", 0,
+     "aaa|longb|ccc|longd|eee|longf|ggg|hhh|iii|long|positions+59/4096"},
 };
 
 const Step kGenerating[] = {
@@ -489,7 +535,8 @@ const Step kGenerating[] = {
     {__LINE__, kAdd, 4, 4, 0, "given|", 0, "name1|name2|name3|name4|given|"},
     {__LINE__, kName, 6, 6, 1, "", 0, "name6"},
     {__LINE__, kFields, 6, 7, 0, "12", 0, "12 name7|name8|"},
-    {__LINE__, kFirstName, 0, 0, 0, "Hello World|", 0, "name1|name2|name3|name4|given|name6|name7|name8|"},
+    {__LINE__, kFirstName, 0, 0, 0, "Hello World|", 0,
+     "name1|name2|name3|name4|given|name6|name7|name8|"},
     {__LINE__, kClear, 0, 0, 0, "", 0, "+0/4096"},
     {__LINE__, kGenerate, 0, 2, 0, "", 0, "Hello World|name2|"},
     {__LINE__, kRemove, 0, 1, 0, "", 0, "+0/4096"},
@@ -507,13 +554,16 @@ const Step kFieldsOfNames[] = {
     {__LINE__, kFields, 2, 3, 1, "22", 0, "21 name5|fourteen chars|#"},
     {__LINE__, kFields, 2, 2, 1, "6", 0, "6 name5|"},
     {__LINE__, kFields, 0, 3, 0, "7", 0, "7 o|n|f||", 2, 0, 1},
-    {__LINE__, kFields, 0, 3, 0, "44", 0, "44 one       |name5     |fourteen c|          |", 11, 1, 1},
-    {__LINE__, kFields, 0, 3, 0, "48", 0, "48 one       |name5     |fourteen chars|          |", 11, 1, 0},
+    {__LINE__, kFields, 0, 3, 0, "44", 0, "44 one       |name5     |fourteen c|          |", 11, 1,
+     1},
+    {__LINE__, kFields, 0, 3, 0, "48", 0, "48 one       |name5     |fourteen chars|          |", 11,
+     1, 0},
     {__LINE__, kFields, 2, 1, 0, "3", 0, "0 ###"},
 };
 
 const Step kReadingInOrder[] = {
-    {__LINE__, kAdd, 0, 299, 0, "00000..00299|", 0, "00000..00299|0-127 128-255 256-299 +1800/4096"},
+    {__LINE__, kAdd, 0, 299, 0, "00000..00299|", 0,
+     "00000..00299|0-127 128-255 256-299 +1800/4096"},
     {__LINE__, kLongest, 0, 0, 0, "", 0, "5 of 300"},
     {__LINE__, kWalk, 0, 9, 0, "", 0, "00000, cursor 10, misses 0"},
     {__LINE__, kWalk, 10, 127, 0, "", 0, "00010, cursor -1, misses 0", 0, 1},
@@ -540,9 +590,11 @@ const Step kLongestNames[] = {
     {__LINE__, kKnownLongest, 0, 0, 0, "", 0, "5 of 3"},
     {__LINE__, kAdd, 11, 15, 1, "eleven|twelve|thirteen|fourteen|fifteen|", 0, kFifteen},
     {__LINE__, kKnownLongest, 0, 0, 0, "", 0, "8 of 2"},
-    {__LINE__, kRemove, 12, 12, 0, "", 0, "one|two|three|four|five|six|seven|eight|nine|ten|eleven|twelve|fourteen|fifteen|"},
+    {__LINE__, kRemove, 12, 12, 0, "", 0,
+     "one|two|three|four|five|six|seven|eight|nine|ten|eleven|twelve|fourteen|fifteen|"},
     {__LINE__, kKnownLongest, 0, 0, 0, "", 0, "8 of 1"},
-    {__LINE__, kRemoveListed, 0, 0, 0, "12|", 0, "one|two|three|four|five|six|seven|eight|nine|ten|eleven|twelve|fifteen|"},
+    {__LINE__, kRemoveListed, 0, 0, 0, "12|", 0,
+     "one|two|three|four|five|six|seven|eight|nine|ten|eleven|twelve|fifteen|"},
     {__LINE__, kLongest, 0, 0, 0, "", 0, "7 of 1"},
     {__LINE__, kAdd, 0, 14, 0, kNumbers, 0, kNumbers},
     {__LINE__, kLongest, 0, 0, 0, "", 0, "2 of 5"},
@@ -574,9 +626,11 @@ const Step kLookingUp[] = {
     {__LINE__, kFind, 0, 0, 1, "one|zero|Nine|nine  |", 0, "1|-1|-1|9|"},
     {__LINE__, kRemove, 15, 20, 0, "", 0, kFifteen},
     {__LINE__, kIndex, 0, 0, 0, "", 0, "present"},
-    {__LINE__, kRemove, 0, 4, 0, "", 0, "six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|"},
+    {__LINE__, kRemove, 0, 4, 0, "", 0,
+     "six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|"},
     {__LINE__, kIndex, 0, 0, 0, "", 0, "absent"},
-    {__LINE__, kFind, 0, 0, 0, "six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|", 0, "0|1|2|3|4|5|6|7|8|9|"},
+    {__LINE__, kFind, 0, 0, 0, "six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|",
+     0, "0|1|2|3|4|5|6|7|8|9|"},
     {__LINE__, kAdd, 0, 14, 0, kNumbers, 0, kNumbers},
     {__LINE__, kIndex, 0, 0, 0, "", 0, "present"},
     {__LINE__, kFind, 0, 0, 0, "14|0|six|9|", 0, "14|0|-1|9|"},
@@ -591,15 +645,21 @@ const Step kLookingUp[] = {
 
 const Step kRemoving[] = {
     {__LINE__, kStart, 0, 14, 0, kFifteen, 0, kFifteen},
-    {__LINE__, kRemove, 0, 4, 0, "", 0, "six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|"},
+    {__LINE__, kRemove, 0, 4, 0, "", 0,
+     "six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|"},
     {__LINE__, kRemove, 6, 10, 1, "", 0, "six|seven|eight|nine|ten|0-4 +49/4096"},
     {__LINE__, kStart, 0, 14, 0, kFifteen, 0, kFifteen},
-    {__LINE__, kRemove, 6, 10, 1, "", 0, "one|two|three|four|five|eleven|twelve|thirteen|fourteen|fifteen|0-4 5-9 +89/4096"},
+    {__LINE__, kRemove, 6, 10, 1, "", 0,
+     "one|two|three|four|five|eleven|twelve|thirteen|fourteen|fifteen|0-4 5-9 +89/4096"},
     {__LINE__, kStart, 0, 14, 0, kFifteen, 0, kFifteen},
-    {__LINE__, kRemove, 4, 5, 1, "", 0, "one|two|three|six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|"},
-    {__LINE__, kRemove, 13, 13, 1, "", 0, "one|two|three|six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|0-2 3-11 +81/4096"},
-    {__LINE__, kRemove, 10, INT_MAX, 0, "", 0, "one|two|three|six|seven|eight|nine|ten|eleven|twelve|0-2 3-9 +63/4096"},
-    {__LINE__, kRemove, 10, INT_MAX, 0, "", 0, "one|two|three|six|seven|eight|nine|ten|eleven|twelve|"},
+    {__LINE__, kRemove, 4, 5, 1, "", 0,
+     "one|two|three|six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|fifteen|"},
+    {__LINE__, kRemove, 13, 13, 1, "", 0,
+     "one|two|three|six|seven|eight|nine|ten|eleven|twelve|thirteen|fourteen|0-2 3-11 +81/4096"},
+    {__LINE__, kRemove, 10, INT_MAX, 0, "", 0,
+     "one|two|three|six|seven|eight|nine|ten|eleven|twelve|0-2 3-9 +63/4096"},
+    {__LINE__, kRemove, 10, INT_MAX, 0, "", 0,
+     "one|two|three|six|seven|eight|nine|ten|eleven|twelve|"},
     {__LINE__, kRemove, 0, 9, 0, "", 0, "+0/4096"},
     {__LINE__, kStart, 0, 4, 0, kFive, 0, kFive},
     {__LINE__, kRemoveListed, 0, 0, 0, "1|3|4|", 0, "one|three|"},
@@ -614,7 +674,8 @@ const Step kRemoving[] = {
 
 const Step kCopying[] = {
     {__LINE__, kStart, 0, 9, 0, kTen, 0, kTen},
-    {__LINE__, kCopyAll, 0, 0, 0, "", 0, "one|two|three|four|five|six|seven|eight|nine|ten|0-9 +49/4096"},
+    {__LINE__, kCopyAll, 0, 0, 0, "", 0,
+     "one|two|three|four|five|six|seven|eight|nine|ten|0-9 +49/4096"},
     {__LINE__, kRemove, 1, 8, 0, "", 0, "one|ten|"},
     {__LINE__, kSwap, 0, 0, 0, "", 0, kTen},
     {__LINE__, kReverse, 0, 0, 0, "", 0, "ten|nine|eight|seven|six|five|four|three|two|one|"},
@@ -625,7 +686,8 @@ const Step kCopying[] = {
     {__LINE__, kCopyName, 0, 10, 0, "", 0, "name11|ten|twenty-three|"},
     {__LINE__, kCopyOwnName, 1, 1, 0, "", 0, "name11|ten|twenty-three|"},
     {__LINE__, kSwap, 0, 0, 0, "", 0, "one|two|three|four|five|six|seven|eight|nine|ten|name11|"},
-    {__LINE__, kCopyAll, 0, 0, 0, "", 0, "one|two|three|four|five|six|seven|eight|nine|ten|name11|"},
+    {__LINE__, kCopyAll, 0, 0, 0, "", 0,
+     "one|two|three|four|five|six|seven|eight|nine|ten|name11|"},
     {__LINE__, kRemove, 1, 10, 0, "", 0, "one|"},
     {__LINE__, kGenerate, 0, 2, 0, "", 0, "one|name11|"},
 };
@@ -635,9 +697,11 @@ const Step kImages[] = {
     {__LINE__, kNoImage, 0, 0, 0, "", 0, "4   -1"},
     {__LINE__, kAdd, 0, 4, 0, kFive, 0, kFive},
     {__LINE__, kRemove, 1, 1, 0, "", 0, "one|three|four|five|0-0 1-3 +24/4096"},
-    {__LINE__, kImage, 0, 0, 0, "", 0, "200 nm%d one|two|three|four|five| 4 1 16 2 16 0 0 4096 24 4 0 0 0 0 4 1 3 0 8 16 -1 0 0 0 0"},
+    {__LINE__, kImage, 0, 0, 0, "", 0,
+     "200 nm%d one|two|three|four|five| 4 1 16 2 16 0 0 4096 24 4 0 0 0 0 4 1 3 0 8 16 -1 0 0 0 0"},
     {__LINE__, kSwitch, 0, 0, 0, "", 0, "one|three|four|five|positions+24/4096"},
-    {__LINE__, kImage, 0, 0, 0, "", 0, "192 nm%d one|two|three|four|five| 4 1 16 0 0 4 0 4096 24 4 0 0 0 8 0 14 0 19 -1 0 0 0 0"},
+    {__LINE__, kImage, 0, 0, 0, "", 0,
+     "192 nm%d one|two|three|four|five| 4 1 16 0 0 4 0 4096 24 4 0 0 0 8 0 14 0 19 -1 0 0 0 0"},
     {__LINE__, kSwitch, 0, 0, 0, "", 1, "one|three|four|five|positions+24/4096"},
     {__LINE__, kClear, 0, 0, 0, "", 0, "+0/4096"},
     {__LINE__, kImage, 0, 0, 0, "", 0, "136 nm%d  0 1 16 0 16 0 0 4096 0 0 -1 0 0 0 0"},
@@ -671,7 +735,8 @@ const Step kLongNames[] = {
     {__LINE__, kAddField, 1, 1, 0, "y*1048576|", 0, "x*1048575|y*1048576|", 1048576},
     {__LINE__, kAdd, 2, 2, 0, "z*200000|", 0, "x*1048575|y*1048576|z*200000|"},
     {__LINE__, kBlocks, 0, 0, 0, "", 0, "+1048576/1048576+1048577/1048577+200001/200001"},
-    {__LINE__, kAdd, 0, 6, 0, "a*1|b*127|c*128|d*129|e*255|f*256|g*300|", 0, "a*1|b*127|c*128|d*129|e*255|f*256|g*300|"},
+    {__LINE__, kAdd, 0, 6, 0, "a*1|b*127|c*128|d*129|e*255|f*256|g*300|", 0,
+     "a*1|b*127|c*128|d*129|e*255|f*256|g*300|"},
     {__LINE__, kFind, 0, 0, 0, "a |b*127|c*128|d*129|e*255|f*256|g*300|", 0, "0|1|2|3|4|5|6|"},
     {__LINE__, kFind, 0, 0, 0, "b*127|g*301|g*302|c*128|g*300|", 0, "1|6|6|2|6|", 300},
     {__LINE__, kCopyAll, 0, 0, 0, "", 0, "a*1|b*127|c*128|d*129|e*255|f*256|g*300|"},
@@ -708,26 +773,31 @@ const Step kManyNames[] = {
     {__LINE__, kRemove, 2, 7490, 1, "", 0, "00020|"},
 };
 
-/* Those of 2,000,000 names whose index is a multiple of nStep, back to back; every fourth name has inner blanks. */
+// Those of 2,000,000 names whose index is a multiple of nStep, back to back; every fourth name has
+// inner blanks.
 std::string veryManyNames(int32_t nStep) {
     static const char *const aFormats[4] = {"%08d", "b%08d", "%04d", "wamalamadingdong% 8d"};
     std::string text;
     char aName[32];
     for (int32_t i = 0; i < 2000000; i += nStep) {
-        text.append(aName, static_cast<size_t>(snprintf(aName, sizeof aName, aFormats[i % 4], i)) + 1);
+        text.append(
+            aName, static_cast<size_t>(std::snprintf(aName, sizeof aName, aFormats[i % 4], i)) + 1);
     }
     return text;
 }
 
-/* The bytes of a range of those names as they were stored. */
+// The bytes of a range of those names as they were stored.
 std::string readRange(Run &run, int32_t first, int32_t last) {
     std::string text(60000, '#');
     uint64_t nBytes = 0;
-    expectDone(run, __LINE__, NamesManager_GetNames(run.mgr.get(), first, last, 0, 0, 0, 0, text.data(), text.size(), &nBytes));
+    expectDone(run, __LINE__,
+               NamesManager_GetNames(run.mgr.get(), first, last, 0, 0, 0, 0, text.data(),
+                                     text.size(), &nBytes));
     return text.substr(0, nBytes);
 }
 
-/* Stored in 80 calls, read in ranges of 250, half replaced, checked and looked up, every other one removed. */
+// Stored in 80 calls, read in ranges of 250, half replaced, checked and looked up, every other one
+// removed.
 void checkVeryManyNames(Run &run) {
     constexpr int32_t kNames = 2000000;
     constexpr int32_t kBatch = 25000;
@@ -736,48 +806,49 @@ void checkVeryManyNames(Run &run) {
     const std::string text = veryManyNames(1);
     size_t nAt = 0;
     for (int32_t first = 0; first < kNames; first += kBatch) {
-        expectDone(run, __LINE__, NamesManager_AddNamesFromBuffer(mgr, first, first + kBatch - 1, 0, text.data() + nAt));
-        for (int32_t i = 0; i < kBatch; ++i) {
-            nAt = text.find('\0', nAt) + 1;
-        }
+        expectDone(
+            run, __LINE__,
+            NamesManager_AddNamesFromBuffer(mgr, first, first + kBatch - 1, 0, text.data() + nAt));
+        for (int32_t i = 0; i < kBatch; ++i) { nAt = text.find('\0', nAt) + 1; }
     }
     std::vector<const char *> names(kRange, "");
     std::string read;
     for (int32_t first = 0; first < kNames; first += kRange) {
-        expectEqual(run, __LINE__, "status", 0, NamesManager_GetNamePointers(mgr, first, first + kRange - 1, 0, names.data()));
-        for (const char *szName : names) {
-            read.append(szName).append(1, '\0');
-        }
+        expectEqual(run, __LINE__, "status", 0,
+                    NamesManager_GetNamePointers(mgr, first, first + kRange - 1, 0, names.data()));
+        for (const char *szName : names) { read.append(szName).append(1, '\0'); }
     }
     expectEqual(run, __LINE__, "names read in ranges", 1, read == text ? 1 : 0);
-    expectEqual(run, __LINE__, "mode kept", run.bPositions ? 0 : 1, mgr->pSegments != nullptr ? 1 : 0);
+    expectEqual(run, __LINE__, "mode kept", run.bPositions ? 0 : 1,
+                mgr->pSegments != nullptr ? 1 : 0);
     const size_t nPart = text.find("00089500");
-    const bool bPart = readRange(run, 89500, 91499) == text.substr(nPart, text.find("00091500") - nPart);
+    const bool bPart =
+        readRange(run, 89500, 91499) == text.substr(nPart, text.find("00091500") - nPart);
     expectEqual(run, __LINE__, "names of a part", 1, bPart ? 1 : 0);
     expectDone(run, __LINE__, NamesManager_AddNamesFromBuffer(mgr, 0, 500000, 0, text.data()));
     expectEqual(run, __LINE__, "all names", 1, readAll(run) == text ? 1 : 0);
-    if (run.bPositions) { /* each fills a map, and a host's may be slow */
-        expectEqual(run, __LINE__, "index of a name", 1234565, NamesManager_FindName(mgr, "b01234565", 0));
+    if (run.bPositions) {  // each fills a map, and a host's may be slow
+        expectEqual(run, __LINE__, "index of a name", 1234565,
+                    NamesManager_FindName(mgr, "b01234565", 0));
     } else {
         int32_t bFound = -1;
         expectDone(run, __LINE__,
-                   NamesManager_CheckDuplicateNamesInBuffer(mgr, 0, kNames - 1, 0, text.data(), &bFound, nullptr, nullptr, nullptr, 0));
+                   NamesManager_CheckDuplicateNamesInBuffer(mgr, 0, kNames - 1, 0, text.data(),
+                                                            &bFound, nullptr, nullptr, nullptr, 0));
         expectEqual(run, __LINE__, "repeated names", 0, bFound);
     }
     std::vector<int32_t> odd;
-    for (int32_t i = 1; i < kNames; i += 2) {
-        odd.push_back(i);
-    }
+    for (int32_t i = 1; i < kNames; i += 2) { odd.push_back(i); }
     expectDone(run, __LINE__, NamesManager_RemoveNamesByIndices(mgr, odd.data(), kNames / 2));
     expectEqual(run, __LINE__, "names left", 1, readAll(run) == veryManyNames(2) ? 1 : 0);
 }
 
-/* ---- Running them ---- */
+// ---- Running them ----
 
 struct Scenario {
     const char *szTitle;
     const char *szFormat;
-    int32_t nRuns; /* 1: in segment mode; 2: in both modes; 4: both once more with bIndexed */
+    int32_t nRuns;  // 1: in segment mode; 2: in both modes; 4: both once more with bIndexed
     std::span<const Step> steps;
 };
 
@@ -807,26 +878,20 @@ const Scenario kScenarios[] = {
 void runOnce(Run &run, const Scenario &scenario, void *pOwner) {
     run.mgr.reset(NamesManager_Create(pOwner, scenario.szFormat));
     run.other.reset(NamesManager_Create(pOwner, scenario.szFormat));
-    if (run.mgr == nullptr || run.other == nullptr) {
-        throw std::bad_alloc();
-    }
+    if (run.mgr == nullptr || run.other == nullptr) { throw std::bad_alloc(); }
     expectEqual(run, __LINE__, "owner kept", 1, run.mgr->pOwner == pOwner ? 1 : 0);
     if (run.bPositions) {
         expectDone(run, __LINE__, NamesManager_StoreIndividualNamePositions(run.mgr.get()));
     }
-    for (const Step &step : scenario.steps) {
-        runStep(run, step);
-    }
-    if (scenario.steps.empty()) {
-        checkVeryManyNames(run);
-    }
+    for (const Step &step : scenario.steps) { runStep(run, step); }
+    if (scenario.steps.empty()) { checkVeryManyNames(run); }
 }
 
-/* The failed expectations. A run that lacks the memory to go on is one, too. */
+// The failed expectations. A run that lacks the memory to go on is one, too.
 int32_t runScenario(const Scenario &scenario, void *pOwner) {
     int32_t nFailed = 0;
-    printf("self-check: %s: ", scenario.szTitle);
-    fflush(stdout);
+    std::printf("self-check: %s: ", scenario.szTitle);
+    std::fflush(stdout);
     for (int32_t i = 0; i < scenario.nRuns; ++i) {
         Run run = {scenario.szTitle, (i & 1) != 0, (i & 2) != 0, nullptr, nullptr, 0};
         try {
@@ -836,8 +901,8 @@ int32_t runScenario(const Scenario &scenario, void *pOwner) {
         }
         nFailed += run.nFailed;
     }
-    printf("%d failed\n", nFailed);
-    fflush(stdout);
+    std::printf("%d failed\n", nFailed);
+    std::fflush(stdout);
     return nFailed;
 }
 
@@ -851,15 +916,12 @@ int32_t NamesManager_SelfCheck(void) {
     ZOLTprob prob = nullptr;
     int32_t nFailed = ZOLTcreateprob(&prob) == 0 ? 0 : 1;
     if (nFailed == 0) {
-        for (const Scenario &scenario : kScenarios) {
-            nFailed += runScenario(scenario, prob);
-        }
+        for (const Scenario &scenario : kScenarios) { nFailed += runScenario(scenario, prob); }
         NamesManager_Destroy(nullptr);
-        if (ZOLTdestroyprob(prob) == 0) {
-            return nFailed;
-        }
+        if (ZOLTdestroyprob(prob) == 0) { return nFailed; }
         ++nFailed;
     }
-    Host_ReportAssertion(kSourceTag, __LINE__, 0, "self-check: expected the host to make and destroy a problem object");
+    Host_ReportAssertion(kSourceTag, __LINE__, 0,
+                         "self-check: expected the host to make and destroy a problem object");
     return nFailed;
 }

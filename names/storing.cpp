@@ -1,6 +1,7 @@
-/* Storing names: the public entries, the way from a range to its replaced and appended parts, and appending. */
-#include <assert.h>
-#include <string.h>
+// Storing names: the public entries, the way from a range to its replaced and appended parts, and
+// appending.
+#include <cassert>
+#include <cstring>
 
 #include <algorithm>
 
@@ -11,31 +12,29 @@ namespace names {
 
 namespace {
 
-/* Names that go to one block in one piece. */
+// Names that go to one block in one piece.
 struct Batch {
     int32_t iBlock;
     int32_t nNames;
-    int32_t nBytes; /* NULs included */
+    int32_t nBytes;  // NULs included
 };
 
-/* Chooses the block for the first of the names, and how many of those behind it go along. False without memory. */
+// Chooses the block for the first of the names, and how many of those behind it go along. False
+// without memory.
 bool chooseBatch(NamesManager *mgr, const int32_t *lengths, int32_t nNames, Batch *pBatch) {
     pBatch->iBlock = chooseBlock(mgr, int64_t{lengths[0]} + 1);
-    if (pBatch->iBlock < 0) {
-        return false;
-    }
+    if (pBatch->iBlock < 0) { return false; }
     const int64_t nRoom = roomIn(mgr->pBlocks[pBatch->iBlock]);
     int32_t nTaken = std::min(nNames, kMaxSegmentNames);
     int64_t nBytes = bytesFor(lengths, nTaken);
-    while (nBytes > nRoom) {
-        nBytes -= int64_t{lengths[--nTaken]} + 1;
-    }
+    while (nBytes > nRoom) { nBytes -= int64_t{lengths[--nTaken]} + 1; }
     pBatch->nNames = nTaken;
     pBatch->nBytes = static_cast<int32_t>(nBytes);
     return true;
 }
 
-/* Lets the last segment go on with the batch if the texts touch, else adds a segment. False without memory. */
+// Lets the last segment go on with the batch if the texts touch, else adds a segment. False without
+// memory.
 [[gnu::always_inline]] inline bool recordSegment(NamesManager *mgr, const Batch &batch) {
     const int32_t nUsed = mgr->pBlocks[batch.iBlock].nUsed;
     if (mgr->nSegments > 0) {
@@ -47,10 +46,9 @@ bool chooseBatch(NamesManager *mgr, const int32_t *lengths, int32_t nNames, Batc
             return true;
         }
     }
-    if (mgr->nSegments == mgr->nSegmentsAlloc && !growSegmentTable(mgr)) {
-        return false;
-    }
-    mgr->pSegments[mgr->nSegments++] = {mgr->nNames, mgr->nNames + batch.nNames - 1, batch.iBlock, nUsed, batch.nBytes};
+    if (mgr->nSegments == mgr->nSegmentsAlloc && !growSegmentTable(mgr)) { return false; }
+    mgr->pSegments[mgr->nSegments++] = {mgr->nNames, mgr->nNames + batch.nNames - 1, batch.iBlock,
+                                        nUsed, batch.nBytes};
     return true;
 }
 
@@ -73,8 +71,10 @@ void countMaxLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) 
     }
 }
 
-/* Appends the names of a batch. False without memory: nothing is stored then. Inlined, so that a single name takes a straight way. */
-[[gnu::always_inline]] inline bool appendBatch(NamesManager *mgr, const GivenNames &given, const Batch &batch) {
+// Appends the names of a batch. False without memory: nothing is stored then. Inlined, so that a
+// single name takes a straight way.
+[[gnu::always_inline]] inline bool appendBatch(NamesManager *mgr, const GivenNames &given,
+                                               const Batch &batch) {
     if (mgr->pSegments == nullptr) {
         recordPositions(mgr, batch, given.lengths);
     } else if (!recordSegment(mgr, batch)) {
@@ -98,16 +98,15 @@ void countMaxLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) 
     return true;
 }
 
-/* Makes room for positions of nNames more names, where positions are kept. False without memory. */
+// Makes room for positions of nNames more names, where positions are kept. False without memory.
 inline bool makeRoomForPositions(NamesManager *mgr, int32_t nNames) {
-    const bool bNeeded = mgr->pSegments == nullptr && int64_t{mgr->nNames} + nNames > mgr->nPositionsAlloc;
+    const bool bNeeded =
+        mgr->pSegments == nullptr && int64_t{mgr->nNames} + nNames > mgr->nPositionsAlloc;
     return !bNeeded || growPositionTable(mgr, mgr->nNames + nNames);
 }
 
 int32_t appendNames(NamesManager *mgr, GivenNames given, int32_t nNames) {
-    if (!makeRoomForPositions(mgr, nNames)) {
-        return 1;
-    }
+    if (!makeRoomForPositions(mgr, nNames)) { return 1; }
     while (nNames > 0) {
         Batch batch;
         if (!chooseBatch(mgr, given.lengths, nNames, &batch) || !appendBatch(mgr, given, batch)) {
@@ -119,55 +118,49 @@ int32_t appendNames(NamesManager *mgr, GivenNames given, int32_t nNames) {
     return 0;
 }
 
-/* Lookups rely on it. */
+// Lookups rely on it.
 [[maybe_unused]] bool areTrimmed(const GivenNames &given, int32_t nNames) {
     const char *pName = given.pText;
     for (int32_t k = 0; k < nNames; ++k) {
         pName = given.names != nullptr ? given.names[k] : pName;
         const int32_t nLength = given.lengths[k];
-        if (nLength > 0 && pName[nLength - 1] == ' ') {
-            return false;
-        }
+        if (nLength > 0 && pName[nLength - 1] == ' ') { return false; }
         pName += nLength + 1;
     }
     return true;
 }
 
-/* storeRange for one name. */
+// storeRange for one name.
 int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
     const GivenNames given = {&pName, nullptr, &nLength};
-    if (index != mgr->nNames || hasNoTables(mgr)) {
-        return storeRange(mgr, {index, index}, given);
-    }
+    if (index != mgr->nNames || hasNoTables(mgr)) { return storeRange(mgr, {index, index}, given); }
     assert(areTrimmed(given, 1));
     dropCursor(mgr);
-    if (!makeRoomForPositions(mgr, 1)) {
-        return 1;
-    }
+    if (!makeRoomForPositions(mgr, 1)) { return 1; }
     const int64_t nBytes = int64_t{nLength} + 1;
     const int32_t iBlock = chooseBlock(mgr, nBytes);
-    return iBlock >= 0 && appendBatch(mgr, given, {iBlock, 1, static_cast<int32_t>(nBytes)}) ? 0 : 1;
+    return iBlock >= 0 && appendBatch(mgr, given, {iBlock, 1, static_cast<int32_t>(nBytes)}) ? 0
+                                                                                             : 1;
 }
 
-/* Length of a name without trailing blanks. False if that is too long. */
+// Length of a name without trailing blanks. False if that is too long.
 bool measureTrimmed(const char *pName, int32_t *pLength) {
-    const uint64_t nLength = trimmedLength(pName, strlen(pName));
+    const uint64_t nLength = trimmedLength(pName, std::strlen(pName));
     *pLength = static_cast<int32_t>(nLength);
     return nLength <= kMaxNameBytes;
 }
 
-/* Status 2 if one of the names is too long. */
+// Status 2 if one of the names is too long.
 int32_t trimNames(const char *const *names, int32_t nNames, int32_t *lengths) {
     for (int32_t k = 0; k < nNames; ++k) {
-        if (!measureTrimmed(names[k], &lengths[k])) {
-            return 2;
-        }
+        if (!measureTrimmed(names[k], &lengths[k])) { return 2; }
     }
     return 0;
 }
 
-/* All names of a range in one store; lengths is their work array, given back here. */
-int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *names, int32_t *lengths) {
+// All names of a range in one store; lengths is their work array, given back here.
+int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *names,
+                    int32_t *lengths) {
     int32_t nStatus = trimNames(names, countOf(range), lengths);
     if (nStatus == 0) {
         nStatus = storeRange(mgr, range, {names, nullptr, lengths});
@@ -184,20 +177,17 @@ int32_t trimAndStoreOne(NamesManager *mgr, int32_t index, const char *pName) {
     return measureTrimmed(pName, &nLength) ? storeOne(mgr, index, pName, nLength) : 2;
 }
 
-/* NamesManager_AddName; the index is in the caller's base, which decides when empty blocks are released. */
+// NamesManager_AddName; the index is in the caller's base, which decides when empty blocks are
+// released.
 int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *pName) {
     IndexRange range;
-    if (!toIndexRange(index, index, bOneBased, &range)) {
-        return 1;
-    }
+    if (!toIndexRange(index, index, bOneBased, &range)) { return 1; }
     const int32_t nStatus = trimAndStoreOne(mgr, range.first, pName);
-    if (nStatus == 0 && index % kReleaseInterval == 0) {
-        releaseEmptyBlocks(mgr);
-    }
+    if (nStatus == 0 && index % kReleaseInterval == 0) { releaseEmptyBlocks(mgr); }
     return nStatus;
 }
 
-/* Addresses from nBegin on that lie in one block, or in none. */
+// Addresses from nBegin on that lie in one block, or in none.
 struct Surroundings {
     uintptr_t nBegin;
     uintptr_t nBytes;
@@ -225,55 +215,48 @@ Surroundings surroundingsOf(const NamesManager *mgr, const char *pName) {
     return {nBegin, nEnd - nBegin, false};
 }
 
-/* *pLast: the surroundings of the name asked for before, mostly those of the next one, too. */
+// *pLast: the surroundings of the name asked for before, mostly those of the next one, too.
 inline bool liesInBlock(const NamesManager *mgr, const char *pName, Surroundings *pLast) {
-    if (addressOf(pName) - pLast->nBegin >= pLast->nBytes) {
-        *pLast = surroundingsOf(mgr, pName);
-    }
+    if (addressOf(pName) - pLast->nBegin >= pLast->nBytes) { *pLast = surroundingsOf(mgr, pName); }
     return pLast->bInBlock;
 }
 
 bool anyLiesInBlock(const NamesManager *mgr, const char *const *names, int32_t nNames) {
     Surroundings last = {0, 0, false};
-    return std::any_of(names, names + nNames, [mgr, &last](const char *pName) { return liesInBlock(mgr, pName, &last); });
+    return std::any_of(names, names + nNames,
+                       [mgr, &last](const char *pName) { return liesInBlock(mgr, pName, &last); });
 }
 
-/* Where those of the names that lie in the manager itself are put for the time of a store: as many pointers, then their texts. NULL without
- * memory. */
+// Where those of the names that lie in the manager itself are put for the time of a store: as many
+// pointers, then their texts. NULL without memory.
 const char **copyOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames) {
     uint64_t nBytes = static_cast<uint64_t>(nNames) * sizeof(char *);
     Surroundings last = {0, 0, false};
     for (int32_t k = 0; k < nNames; ++k) {
-        nBytes += liesInBlock(mgr, names[k], &last) ? strlen(names[k]) + 1 : 0;
+        nBytes += liesInBlock(mgr, names[k], &last) ? std::strlen(names[k]) + 1 : 0;
     }
     const char **ppCopies = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (ppCopies == nullptr) {
-        return nullptr;
-    }
+    if (ppCopies == nullptr) { return nullptr; }
     char *pText = reinterpret_cast<char *>(ppCopies + nNames);
     for (int32_t k = 0; k < nNames; ++k) {
         ppCopies[k] = names[k];
         if (liesInBlock(mgr, names[k], &last)) {
-            const size_t nName = strlen(names[k]) + 1;
-            ppCopies[k] = static_cast<const char *>(memcpy(pText, names[k], nName));
+            const size_t nName = std::strlen(names[k]) + 1;
+            ppCopies[k] = static_cast<const char *>(std::memcpy(pText, names[k], nName));
             pText += nName;
         }
     }
     return ppCopies;
 }
 
-/* The names of a range at once, or one after the other where there is no memory for their lengths. */
+// The names of a range at once, or one after the other where there is no memory for their lengths.
 int32_t storeSeveral(NamesManager *mgr, IndexRange range, const char *const *names) {
     const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
     int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (lengths != nullptr) {
-        return storeAtOnce(mgr, range, names, lengths);
-    }
+    if (lengths != nullptr) { return storeAtOnce(mgr, range, names, lengths); }
     for (int32_t i = range.first; i <= range.last; ++i) {
         const int32_t nStatus = trimAndStoreOne(mgr, i, names[i - range.first]);
-        if (nStatus != 0) {
-            return nStatus;
-        }
+        if (nStatus != 0) { return nStatus; }
     }
     releaseEmptyBlocks(mgr);
     return 0;
@@ -281,19 +264,17 @@ int32_t storeSeveral(NamesManager *mgr, IndexRange range, const char *const *nam
 
 }  // namespace
 
-int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
+int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
+                 const char *const *names) {
     IndexRange range;
-    if (first == last) {
-        return addName(mgr, first, bOneBased, names[0]);
-    }
+    if (first == last) { return addName(mgr, first, bOneBased, names[0]); }
     if (last < first) {
         releaseEmptyBlocks(mgr);
         return 0;
     }
-    if (!toIndexRange(first, last, bOneBased, &range)) {
-        return 1;
-    }
-    /* Of names that replace others, those that lie in the manager itself would be overwritten by those stored before them. */
+    if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
+    // Of names that replace others, those that lie in the manager itself would be overwritten by
+    // those stored before them.
     if (range.first >= mgr->nNames || !anyLiesInBlock(mgr, names, countOf(range))) {
         return storeSeveral(mgr, range, names);
     }
@@ -305,41 +286,47 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
 
 int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
     const int32_t nStatus = storeOne(mgr, index, pName, nLength);
-    if (nStatus == 0 && index % kReleaseInterval == 0) {
-        releaseEmptyBlocks(mgr);
-    }
+    if (nStatus == 0 && index % kReleaseInterval == 0) { releaseEmptyBlocks(mgr); }
     return nStatus;
 }
 
 int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given) {
     assert(areTrimmed(given, countOf(range)));
-    if (hasNoTables(mgr) || (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
+    if (hasNoTables(mgr) ||
+        (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
         return 1;
     }
     dropCursor(mgr);
     const int32_t nReplaced = std::max(0, std::min(range.last + 1, mgr->nNames) - range.first);
-    if (nReplaced > 0 && replaceNames(mgr, {range.first, range.first + nReplaced - 1}, given) != 0) {
+    if (nReplaced > 0 &&
+        replaceNames(mgr, {range.first, range.first + nReplaced - 1}, given) != 0) {
         return 1;
     }
-    return nReplaced == countOf(range) ? 0 : appendNames(mgr, skipGiven(given, nReplaced), countOf(range) - nReplaced);
+    return nReplaced == countOf(range)
+               ? 0
+               : appendNames(mgr, skipGiven(given, nReplaced), countOf(range) - nReplaced);
 }
 
 }  // namespace names
 
 using namespace names;
 
-int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names,
-                                const int32_t *lengths) {
+int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
+                                const char *const *names, const int32_t *lengths) {
     IndexRange range;
-    return toIndexRange(first, last, bOneBased, &range) ? storeRange(mgr, range, {names, nullptr, lengths}) : 1;
+    return toIndexRange(first, last, bOneBased, &range)
+               ? storeRange(mgr, range, {names, nullptr, lengths})
+               : 1;
 }
 
-int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased, const char *const *names) {
+int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
+                              const char *const *names) {
     ScopedLock lock(mgr);
     return addNames(mgr, first, last, bOneBased, names);
 }
 
-int32_t NamesManager_AddName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *name) {
+int32_t NamesManager_AddName(NamesManager *mgr, int32_t index, int32_t bOneBased,
+                             const char *name) {
     ScopedLock lock(mgr);
     return addName(mgr, index, bOneBased, name);
 }

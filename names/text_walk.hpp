@@ -1,11 +1,13 @@
-/* Walking stored text from NUL to NUL. Texts lie back to back in a block, each ended by its NUL, so everything that the module knows about
- * where names begin comes from here. Text is looked at in windows of 64 bytes, one mask bit per byte: two to five times faster than strlen
- * per name. All loads stay below the given limit, the end of the block's memory, and every caller knows that the NULs it asks for exist. */
+// Walking stored text from NUL to NUL. Texts lie back to back in a block, each ended by its NUL, so
+// everything that the module knows about where names begin comes from here. Text is looked at in
+// windows of 64 bytes, one mask bit per byte: two to five times faster than strlen per name. All
+// loads stay below the given limit, the end of the block's memory, and every caller knows that the
+// NULs it asks for exist.
 #ifndef NAMES_TEXT_WALK_HPP
 #define NAMES_TEXT_WALK_HPP
 
-#include <stdint.h>
-#include <string.h>
+#include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -17,14 +19,16 @@ namespace names {
 
 constexpr int32_t kWindowBytes = 64;
 
-/* Bit i of the result: byte i of the 64 bytes at p equals c. */
+// Bit i of the result: byte i of the 64 bytes at p equals c.
 #if defined(__SSE2__)
 inline uint64_t matchBytes(const char *p, char c) {
     const __m128i wanted = _mm_set1_epi8(c);
     uint64_t nMask = 0;
     for (int i = 0; i < 4; ++i) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + 16 * i));
-        nMask |= static_cast<uint64_t>(static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted)))) << (16 * i);
+        nMask |= static_cast<uint64_t>(
+                     static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted))))
+                 << (16 * i);
     }
     return nMask;
 }
@@ -48,36 +52,33 @@ inline uint64_t matchBytes(const char *p, char c) {
     uint64_t nMask = 0;
     for (int i = 0; i < kWindowBytes; i += 8) {
         uint64_t nWord = 0;
-        for (int j = 0; j < 8; ++j) { /* the first byte lowest, whatever the machine's byte order */
+        for (int j = 0; j < 8; ++j) {  // the first byte lowest, whatever the machine's byte order
             nWord |= static_cast<uint64_t>(static_cast<uint8_t>(p[i + j])) << (8 * j);
         }
         nWord ^= nWanted;
-        const uint64_t nZeros = (~(((nWord & kLow7) + kLow7) | nWord | kLow7)) >> 7; /* 1 in each byte that was equal */
+        const uint64_t nZeros =
+            (~(((nWord & kLow7) + kLow7) | nWord | kLow7)) >> 7;  // 1 in each byte that was equal
         nMask |= ((nZeros * 0x0102040810204080) >> 56) << i;
     }
     return nMask;
 }
 #endif
 
-/* matchBytes for a window of which only the bytes before pLimit exist; the others match nothing. */
+// matchBytes for a window of which only the bytes before pLimit exist; the others match nothing.
 inline uint64_t matchWindow(const char *p, const char *pLimit, char c) {
-    if (pLimit - p >= kWindowBytes) {
-        return matchBytes(p, c);
-    }
+    if (pLimit - p >= kWindowBytes) { return matchBytes(p, c); }
     char aWindow[kWindowBytes];
-    memset(aWindow, ~c, sizeof aWindow);
-    if (p < pLimit) {
-        memcpy(aWindow, p, static_cast<size_t>(pLimit - p));
-    }
+    std::memset(aWindow, ~c, sizeof aWindow);
+    if (p < pLimit) { std::memcpy(aWindow, p, static_cast<size_t>(pLimit - p)); }
     return matchBytes(aWindow, c);
 }
 
-/* Position of the lowest bit; any position for 0. */
+// Position of the lowest bit; any position for 0.
 inline uint32_t lowestBit(uint64_t nMask) {
     return static_cast<uint32_t>(__builtin_ctzll(nMask | (1ULL << 63)));
 }
 
-/* Without a population count in the baseline instructions the compiler would call a function. */
+// Without a population count in the baseline instructions the compiler would call a function.
 inline int32_t countBits(uint64_t n) {
     n -= (n >> 1) & 0x5555555555555555;
     n = (n & 0x3333333333333333) + ((n >> 2) & 0x3333333333333333);
@@ -85,7 +86,7 @@ inline int32_t countBits(uint64_t n) {
     return static_cast<int32_t>((n * 0x0101010101010101) >> 56);
 }
 
-/* Length of the name at pText, without its NUL. */
+// Length of the name at pText, without its NUL.
 inline int32_t lengthOfName(const char *pText, const char *pLimit) {
     const char *p = pText;
 #if defined(__SSE2__)
@@ -99,25 +100,25 @@ inline int32_t lengthOfName(const char *pText, const char *pLimit) {
 #else
     static_cast<void>(pLimit);
 #endif
-    return static_cast<int32_t>(p - pText) + static_cast<int32_t>(strlen(p));
+    return static_cast<int32_t>(p - pText) + static_cast<int32_t>(std::strlen(p));
 }
 
-/* Room for the starts of nNames names and the end of the last, with what findNameStarts may write beyond. */
+// Room for the starts of nNames names and the end of the last, with what findNameStarts may write
+// beyond.
 constexpr int32_t roomForStarts(int32_t nNames) {
     return nNames + 1 + kWindowBytes;
 }
 
-/* Writes the offsets from pText at which names start, up to nNames of them, and behind them the offset at which the last one ends, NULs
- * included. With bToLimit no further than pLimit, else all of them exist. Four NULs are taken per step, wanted or not, so that the number
- * of names in a window costs no unpredictable branch per name. The number of names found. */
+// Writes the offsets from pText at which names start, up to nNames of them, and behind them the
+// offset at which the last one ends, NULs included. With bToLimit no further than pLimit, else all
+// of them exist. Four NULs are taken per step, wanted or not, so that the number of names in a
+// window costs no unpredictable branch per name. The number of names found.
 template <bool bToLimit>
 int32_t walkNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
     aStarts[0] = 0;
     int32_t nFound = 0;
     for (int64_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
-        if (bToLimit && nBase > pLimit - pText) {
-            return nFound;
-        }
+        if (bToLimit && nBase > pLimit - pText) { return nFound; }
         uint64_t nNuls = matchWindow(pText + (nBase - 1), pLimit, 0);
         int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
@@ -131,21 +132,22 @@ int32_t walkNameStarts(const char *pText, const char *pLimit, int32_t nNames, in
     return nNames;
 }
 
-/* Where the nNames names at pText start and the last one ends: aStarts[k + 1] - aStarts[k] - 1 is the length of name k. */
-inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+// Where the nNames names at pText start and the last one ends: aStarts[k + 1] - aStarts[k] - 1 is
+// the length of name k.
+inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames,
+                           int32_t *aStarts) {
     walkNameStarts<false>(pText, pLimit, nNames, aStarts);
 }
 
-/* The same for those of the names that end before pLimit; their number. */
-inline int32_t findNameStartsBefore(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+// The same for those of the names that end before pLimit; their number.
+inline int32_t findNameStartsBefore(const char *pText, const char *pLimit, int32_t nNames,
+                                    int32_t *aStarts) {
     return walkNameStarts<true>(pText, pLimit, nNames, aStarts);
 }
 
-/* Number of bytes that the nNames names at pText take, NULs included. */
+// Number of bytes that the nNames names at pText take, NULs included.
 inline int32_t bytesOfNames(const char *pText, const char *pLimit, int32_t nNames) {
-    if (nNames <= 0) {
-        return 0;
-    }
+    if (nNames <= 0) { return 0; }
     uint32_t nBase = 0;
     uint64_t nNuls = matchWindow(pText, pLimit, 0);
     for (int32_t nInWindow = countBits(nNuls); nInWindow < nNames; nInWindow = countBits(nNuls)) {
@@ -153,9 +155,7 @@ inline int32_t bytesOfNames(const char *pText, const char *pLimit, int32_t nName
         nBase += kWindowBytes;
         nNuls = matchWindow(pText + nBase, pLimit, 0);
     }
-    while (--nNames > 0) {
-        nNuls &= nNuls - 1;
-    }
+    while (--nNames > 0) { nNuls &= nNuls - 1; }
     return static_cast<int32_t>(nBase + lowestBit(nNuls) + 1);
 }
 

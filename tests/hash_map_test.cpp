@@ -23,11 +23,10 @@ using Entry = std::pair<const char *, int32_t>;  // key and value
 class Model {
 public:
     explicit Model(unsigned nSeed, bool bWithoutMemory = false)
-        : random(nSeed), map(HostHashMap_Create(&HostHashMap_StringKeys, pick(30) - 5)), keys(300), bStarved(bWithoutMemory) {}
+        : random(nSeed), map(HostHashMap_Create(&HostHashMap_StringKeys, pick(30) - 5)), keys(300),
+          bStarved(bWithoutMemory) {}
     ~Model() {
-        if (map != nullptr) {
-            HostHashMap_Release(map);
-        }
+        if (map != nullptr) { HostHashMap_Release(map); }
     }
 
     // An empty map has given everything back but itself and its table.
@@ -65,26 +64,31 @@ private:
     const char *anyKeyOrNull() { return pick(9) == 0 ? nullptr : anyKey(); }
 
     static auto lowest(Entries &entries, const char *szKey) {
-        const auto rank = [szKey](const Entry &entry) { return std::pair(entry.first != szKey, entry.second); };
-        return std::min_element(entries.begin(), entries.end(), [&rank](auto &one, auto &other) { return rank(one) < rank(other); });
+        const auto rank = [szKey](const Entry &entry) {
+            return std::pair(entry.first != szKey, entry.second);
+        };
+        return std::min_element(entries.begin(), entries.end(), [&rank](auto &one, auto &other) {
+            return rank(one) < rank(other);
+        });
     }
     int32_t lowestValue(const char *szKey) {
         Entries &entries = held[szKey];
         return entries.empty() ? -1 : lowest(entries, nullptr)->second;
     }
-    void hold(const char *szKey, int32_t nValue) { held[szKey].emplace_back(szKey, nValue), ++nEntries; }
+    void hold(const char *szKey, int32_t nValue) {
+        held[szKey].emplace_back(szKey, nValue), ++nEntries;
+    }
 
     void insert() {
         const char *szKey = anyKey();
-        const int32_t nValue = pick(50) == 0 ? -1 - pick(9) : ++nInserted * 7919 & 0xfffff;  // no value twice
+        const int32_t nValue =
+            pick(50) == 0 ? -1 - pick(9) : ++nInserted * 7919 & 0xfffff;  // no value twice
         int32_t nExisting = -7;
         const int32_t nLowest = lowestValue(szKey);
         const bool bDone = HostHashMap_Insert(map, szKey, nValue, &nExisting) == 0;
         ASSERT_TRUE(bStarved ? nValue >= 0 || !bDone : bDone == (nValue >= 0));
         ASSERT_EQ(bDone ? nLowest : -7, nExisting);
-        if (bDone) {
-            hold(szKey, nValue);
-        }
+        if (bDone) { hold(szKey, nValue); }
         ASSERT_EQ(lowestValue(szKey), HostHashMap_Find(map, szKey));
     }
     void insertList() {
@@ -93,16 +97,18 @@ private:
         std::vector<int32_t> existing(list.size(), -7), expected = existing;
         const int nFrom = pick(10);
         const bool bAtEnd = nFrom == 0 && !std::exchange(bWasAtEnd, true);
-        const int32_t nFirst = bAtEnd ? INT32_MAX - pick(100) : nFrom == 1 ? -1 : 0x100000 + 100 * ++nInserted;
-        const int64_t nMost = nFrom == 1 ? 0 : std::min(std::ssize(list), INT32_MAX - std::ptrdiff_t{nFirst} + 1);
-        const int64_t nDone = HostHashMap_InsertList(map, list.data(), std::ssize(list), nFirst, nFrom == 2 ? nullptr : existing.data());
+        const int32_t nFirst = bAtEnd       ? INT32_MAX - pick(100)
+                               : nFrom == 1 ? -1
+                                            : 0x100000 + 100 * ++nInserted;
+        const int64_t nMost =
+            nFrom == 1 ? 0 : std::min(std::ssize(list), INT32_MAX - std::ptrdiff_t{nFirst} + 1);
+        const int64_t nDone = HostHashMap_InsertList(map, list.data(), std::ssize(list), nFirst,
+                                                     nFrom == 2 ? nullptr : existing.data());
         ASSERT_LE(nDone, nMost);
         ASSERT_TRUE(bStarved || nDone == nMost);
         for (size_t k = 0; k < static_cast<size_t>(nDone); ++k) {
             expected[k] = list[k] != nullptr ? lowestValue(list[k]) : -1;
-            if (list[k] != nullptr) {
-                hold(list[k], nFirst + static_cast<int32_t>(k));
-            }
+            if (list[k] != nullptr) { hold(list[k], nFirst + static_cast<int32_t>(k)); }
         }
         ASSERT_EQ(nFrom == 2 ? std::vector<int32_t>(list.size(), -7) : expected, existing);
     }
@@ -120,9 +126,7 @@ private:
         const char *szKey = anyKey();
         Entries &entries = held[szKey];
         ASSERT_EQ(entries.empty() ? 1 : 0, HostHashMap_Remove(map, szKey));
-        if (entries.empty()) {
-            return;
-        }
+        if (entries.empty()) { return; }
         const auto gone = lowest(entries, szKey);
         char *szGone = const_cast<char *>(gone->first);
         entries.erase(gone), --nEntries;
@@ -144,7 +148,8 @@ private:
 };
 
 // What of the hashes is kept: all; one tag for all; low bits, high bits, few bits; none.
-const KeptBits kKept[] = {{~uint64_t{0}, 0xff}, {~uint64_t{0}, 0}, {0xffff, 0xff}, {0xffff'0000'0000'0000, 0xff}, {0x3f, 0xff}, {0, 0xff}};
+const KeptBits kKept[] = {{~uint64_t{0}, 0xff},          {~uint64_t{0}, 0}, {0xffff, 0xff},
+                          {0xffff'0000'0000'0000, 0xff}, {0x3f, 0xff},      {0, 0xff}};
 
 struct HashMap : testing::TestWithParam<KeptBits> {
     HashMap() { g_keptBits = GetParam(); }
@@ -158,7 +163,8 @@ TEST_P(HashMap, AgreesWithModelAlsoWhenMemoryFails) {
         model.removeAll();
     }
     starve([] { Model(3, true).play(50); });
-    EXPECT_EQ(nullptr, HostHashMap_Create(&HostHashMap_StringKeys, std::numeric_limits<int64_t>::max()));
+    EXPECT_EQ(nullptr,
+              HostHashMap_Create(&HostHashMap_StringKeys, std::numeric_limits<int64_t>::max()));
 }
 
 // Would take minutes if any key were sought by walking over others.

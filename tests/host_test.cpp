@@ -40,7 +40,8 @@ std::string writePieces(HostOutputStream *pStream) {
     return written;
 }
 
-void readPieces(HostInputStream *pStream, const std::string &written, const std::string &endOfStream) {
+void readPieces(HostInputStream *pStream, const std::string &written,
+                const std::string &endOfStream) {
     ASSERT_NE(nullptr, pStream);
     std::string read(written.size(), '?');
     size_t nOffset = 0;
@@ -130,11 +131,10 @@ TEST(Stream, ReportsAFullDeviceAndLackOfMemory) {
     EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 0));
     starve([&large] {
         HostOutputStream *pMemory = HostOutputStream_CreateInMemory();
-        if (pMemory == nullptr) {
-            return;
-        }
+        if (pMemory == nullptr) { return; }
         uint64_t nBytes = 0;
-        const uint64_t nExpected = HostStream_Write(pMemory, large.data(), large.size()) == 0 ? large.size() : 0;
+        const uint64_t nExpected =
+            HostStream_Write(pMemory, large.data(), large.size()) == 0 ? large.size() : 0;
         EXPECT_NE(nullptr, HostOutputStream_GetMemory(pMemory, &nBytes));
         EXPECT_EQ(nExpected, nBytes);
         HostOutputStream_Close(pMemory, 0);
@@ -145,20 +145,15 @@ TEST(Text, AppendsAllOrNothing) {
     std::string last;
     starve([&last] {
         HostText *pText = HostText_Create();
-        if (pText == nullptr) {
-            return;
-        }
+        if (pText == nullptr) { return; }
         std::string expected;
-        if (HostText_AppendPadded(pText, "ab", 4) == 0) {
-            expected += "ab  ";
-        }
-        if (HostText_AppendPadded(pText, "longer", 3) == 0) {
-            expected += "longer";
-        }
+        if (HostText_AppendPadded(pText, "ab", 4) == 0) { expected += "ab  "; }
+        if (HostText_AppendPadded(pText, "longer", 3) == 0) { expected += "longer"; }
         for (int i = 0; i < 300; ++i) {
             expected += HostText_AppendRepeated(pText, 1, 'x') == 0 ? "x" : "";
         }
-        EXPECT_EQ(0, HostText_AppendPadded(pText, "", -5) + HostText_AppendRepeated(pText, -1, 'y'));
+        EXPECT_EQ(0,
+                  HostText_AppendPadded(pText, "", -5) + HostText_AppendRepeated(pText, -1, 'y'));
         EXPECT_EQ(1, HostText_AppendRepeated(pText, std::numeric_limits<int64_t>::max(), 'z'));
         EXPECT_EQ(expected, last = HostText_GetString(pText));
         EXPECT_EQ(expected.size(), HostText_GetLength(pText));
@@ -168,7 +163,8 @@ TEST(Text, AppendsAllOrNothing) {
 }
 
 void note(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText) {
-    *static_cast<std::ostream *>(pContext) << nSourceTag << ' ' << nLine << ' ' << nCode << ' ' << szText << '\n';
+    *static_cast<std::ostream *>(pContext)
+        << nSourceTag << ' ' << nLine << ' ' << nCode << ' ' << szText << '\n';
 }
 
 TEST(Report, TellsAllOfItToHandlersOrOnStandardError) {
@@ -183,9 +179,11 @@ TEST(Report, TellsAllOfItToHandlersOrOnStandardError) {
         Host_AssertStringsEqual(10, 11, "text", std::string("text").c_str());
         Host_AssertStringsEqual(12, 13, nullptr, nullptr);
     }
-    const std::string toHandlers = "1 2 3 text\n4 5 6 7 text\n8 9 0 expected \"text\", got \"(null)\"\n";
-    const std::string onStandardError = "error 3 (0000000000000001:2): text\nassertion 6 (0000000000000004:5): 7 text\n"
-                                        "assertion 0 (0000000000000008:9): expected \"text\", got \"(null)\"\n";
+    const std::string toHandlers =
+        "1 2 3 text\n4 5 6 7 text\n8 9 0 expected \"text\", got \"(null)\"\n";
+    const std::string onStandardError =
+        "error 3 (0000000000000001:2): text\nassertion 6 (0000000000000004:5): 7 text\n"
+        "assertion 0 (0000000000000008:9): expected \"text\", got \"(null)\"\n";
     EXPECT_EQ(toHandlers, told.str());
     EXPECT_EQ(onStandardError + onStandardError, testing::internal::GetCapturedStderr());
     Host_ReportAssertion(1, 1, 1, "%2000d", 1);
@@ -198,18 +196,15 @@ TEST(Memory, KeepsItsContentAndRefusesTheImpossible) {
     HostMem_FailAt(2, 0);
     auto *pTable = static_cast<unsigned char *>(HostMem_Realloc(nullptr, 0, 0, 0));
     EXPECT_TRUE(pTable != nullptr && HostMem_Realloc(pTable, 10, 0, 0) == nullptr);
-    for (uint32_t n = 4001; n < 600000; n += 4001) {  // past the size from which resizing is rounded
+    for (uint32_t n = 4001; n < 600000;
+         n += 4001) {  // past the size from which resizing is rounded
         pTable = static_cast<unsigned char *>(HostMem_Realloc(pTable, n, 0, 0));
-        for (uint32_t i = n - 4001; i < n; ++i) {
-            pTable[i] = static_cast<unsigned char>(i % 251);
-        }
+        for (uint32_t i = n - 4001; i < n; ++i) { pTable[i] = static_cast<unsigned char>(i % 251); }
     }
     for (const uint64_t nBytes : {~uint64_t{0}, uint64_t{1} << 63, (uint64_t{1} << 63) - 1}) {
         EXPECT_EQ(nullptr, HostMem_Realloc(pTable, nBytes, 0, 0));
     }
-    for (uint32_t i = 0; i < 590000; ++i) {
-        ASSERT_EQ(i % 251, pTable[i]);
-    }
+    for (uint32_t i = 0; i < 590000; ++i) { ASSERT_EQ(i % 251, pTable[i]); }
     EXPECT_NE(nullptr, pTable = static_cast<unsigned char *>(HostMem_Realloc(pTable, 0, 0, 0)));
     HostMem_Free(pTable, 0, 0);
     EXPECT_EQ(nLive, HostMem_GetNumLive());

@@ -1,4 +1,5 @@
-// Images, and what must hold of a manager after a load, whatever the image was. Shared by the loader's tests and its fuzzing.
+// Images, and what must hold of a manager after a load, whatever the image was. Shared by the
+// loader's tests and its fuzzing.
 #pragma once
 
 #include "tests/histories.hpp"
@@ -21,9 +22,7 @@ inline Record recordWithNames(bool bPositions) {
     record.storeNames({2, 2, 0}, &longer);
     record.storeNames({4, 4, 0}, &same);
     record.removeNames({9, 10, 0});
-    if (bPositions) {
-        record.storeIndividualNamePositions();
-    }
+    if (bPositions) { record.storeIndividualNamePositions(); }
     Strings read;
     record.getNamePointers({0, 5, 0}, &read);
     return record;
@@ -31,7 +30,8 @@ inline Record recordWithNames(bool bPositions) {
 
 // Of every kind that an image can be: without names and with, in both storage modes.
 inline std::vector<Record> soundRecords() {
-    std::vector<Record> records = {Record("nm%d"), Record("nm%d"), recordWithNames(false), recordWithNames(true)};
+    std::vector<Record> records = {Record("nm%d"), Record("nm%d"), recordWithNames(false),
+                                   recordWithNames(true)};
     records[1].bSegments = false;
     records[1].nSegmentsAlloc = 0;
     return records;
@@ -60,13 +60,16 @@ inline std::string normalized(std::string image, int32_t nBlocks) {
     return image;
 }
 
-// What is wrong with a manager, empty if nothing is. So many operations are carried out on it, and it ends.
-inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose, int32_t nOperations) {
+// What is wrong with a manager, empty if nothing is. So many operations are carried out on it, and
+// it ends.
+inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose,
+                           int32_t nOperations) {
     histories::Game game({0, 0, 0, 0, 0}, {mgr, histories::recordOf(*mgr)}, histories::newPair(0));
     const std::string_view format = mgr->szNameFormat;
     // The model prints numbers as the C library does, which takes its time for very many digits.
-    const auto bLong =
-        std::search_n(format.begin(), format.end(), 4, '0', [](char c, char) { return c >= '0' && c <= '9'; }) != format.end();
+    const auto bLong = std::search_n(format.begin(), format.end(), 4, '0', [](char c, char) {
+                           return c >= '0' && c <= '9';
+                       }) != format.end();
     std::string wrong = game.audit(game.pairs[0]);
     for (; nOperations > 0 && wrong.empty() && !bLong; --nOperations) {
         wrong = game.play(choose(std::size(histories::kKinds)), 0, choose, nullptr);
@@ -74,8 +77,10 @@ inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose, 
     return wrong + game.end();
 }
 
-// The same for a manager of the default format whose load answered nStatus. What the load left of the image serves for choices.
-inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, int32_t nStatus, int32_t nOperations) {
+// The same for a manager of the default format whose load answered nStatus. What the load left of
+// the image serves for choices.
+inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, int32_t nStatus,
+                                  int32_t nOperations) {
     std::string wrong = nStatus != 0 ? histories::difference(*mgr, Record("nm%d")) : "";
     const std::string saved = imageOf(histories::recordOf(*mgr));
     const bool bState = nStatus == 0 && !image.starts_with("\xff\xff\xff\xff");
@@ -84,7 +89,8 @@ inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, i
     }
     const auto *pEnd = reinterpret_cast<const uint8_t *>(image.data()) + image.size();
     const bool bRest = bState && saved.size() < image.size();
-    const auto choices = bRest ? histories::byteChoices(pEnd - image.size() + saved.size(), pEnd) : histories::randomChoices(1);
+    const auto choices = bRest ? histories::byteChoices(pEnd - image.size() + saved.size(), pEnd)
+                               : histories::randomChoices(1);
     return wrong + faultIn(mgr, choices, nOperations);
 }
 

@@ -1,4 +1,5 @@
-// Images that nobody saved, and what comes out of images in general: the generated names of any format, numbers at the edge.
+// Images that nobody saved, and what comes out of images in general: the generated names of any
+// format, numbers at the edge.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -17,7 +18,8 @@ using loaded::soundRecords;
 using model::Record;
 using model::Strings;
 
-// Loads an image into a manager that holds a name; the status. What must hold afterwards is checked.
+// Loads an image into a manager that holds a name; the status. What must hold afterwards is
+// checked.
 int32_t offer(const std::string &image) {
     NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
     EXPECT_EQ(0, NamesManager_AddName(mgr, 0, 0, "before"));
@@ -44,9 +46,16 @@ TEST(Loader, TouchesNoMemoryThatAnImageOnlyClaims) {
     [[maybe_unused]] const int64_t nBefore = peakResident();
     for (const Record &record : soundRecords()) {
         for (const int32_t nClaim : {1000000, 80000000, INT32_MAX - 16, INT32_MAX}) {
-            // in the header: counts alone and with capacities; in the block table: a size alone and with the bytes used
-            for (const auto &[one, other] :
-                 {std::pair{4U, 8U}, {8U, 8U}, {12U, 16U}, {16U, 16U}, {0U, 20U}, {20U, 20U}, {100U, 100U}, {100U, 104U}}) {
+            // in the header: counts alone and with capacities; in the block table: a size alone and
+            // with the bytes used
+            for (const auto &[one, other] : {std::pair{4U, 8U},
+                                             {8U, 8U},
+                                             {12U, 16U},
+                                             {16U, 16U},
+                                             {0U, 20U},
+                                             {20U, 20U},
+                                             {100U, 100U},
+                                             {100U, 104U}}) {
                 std::string image = imageOf(record);
                 std::memcpy(&image[one], &nClaim, sizeof nClaim);
                 std::memcpy(&image[other], &nClaim, sizeof nClaim);
@@ -70,7 +79,8 @@ TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
                 std::string changed = image;
                 changed[at] = static_cast<char>(nByte);
                 const int32_t nStatus = offer(changed);
-                EXPECT_TRUE(nStatus == 0 || nStatus == -1 || nStatus == HostStreamError_End) << at << ' ' << nByte;
+                EXPECT_TRUE(nStatus == 0 || nStatus == -1 || nStatus == HostStreamError_End)
+                    << at << ' ' << nByte;
                 nAccepted += nStatus == 0 ? 1 : 0;
             }
         }
@@ -84,27 +94,39 @@ const struct {
     void (*pfnSpoil)(Record &record);
 } kUnsound[] = {
     {"a name too many", false, [](Record &r) { r.names.emplace_back(); }},
-    {"equal texts", false, [](Record &r) { r.segments[3].nOffset = r.segments[0].nOffset, r.segments[3].iBlock = 0; }},
-    {"overlapping segments", false, [](Record &r) { --r.segments[1].nOffset, ++r.segments[1].nBytes; }},
+    {"equal texts", false,
+     [](Record &r) { r.segments[3].nOffset = r.segments[0].nOffset, r.segments[3].iBlock = 0; }},
+    {"overlapping segments", false,
+     [](Record &r) { --r.segments[1].nOffset, ++r.segments[1].nBytes; }},
     {"a segment without its last NUL", false, [](Record &r) { --r.segments[0].nBytes; }},
     {"a segment of 129 names", false,
-     [](Record &r) { r = Record("%d"), r.generateNames(129), ++r.segments[0].iLast, r.segments[0].nBytes += 4, r.segments.pop_back(); }},
-    {"an end beyond 32 bits", false, [](Record &r) { r.segments[0].nOffset = INT32_MAX, r.segments[0].nBytes = INT32_MAX; }},
+     [](Record &r) {
+         r = Record("%d"), r.generateNames(129), ++r.segments[0].iLast, r.segments[0].nBytes += 4,
+         r.segments.pop_back();
+     }},
+    {"an end beyond 32 bits", false,
+     [](Record &r) { r.segments[0].nOffset = INT32_MAX, r.segments[0].nBytes = INT32_MAX; }},
     {"tables of both modes", false, [](Record &r) { r.nPositionsAlloc = 32; }},
     {"a cursor one name on", false, [](Record &r) { ++r.cursor.iName; }},
     {"a cursor one byte on", false, [](Record &r) { ++r.cursor.nOffset; }},
     {"a cursor in another block", false, [](Record &r) { ++r.cursor.iBlock; }},
     {"equal positions", true, [](Record &r) { r.positions[1] = r.positions[0]; }},
-    {"overlapping positions", true, [](Record &r) { r.positions[1] = r.positions[0], ++r.positions[1].nOffset; }},
+    {"overlapping positions", true,
+     [](Record &r) { r.positions[1] = r.positions[0], ++r.positions[1].nOffset; }},
     {"a cursor among positions", true, [](Record &r) { r.cursor.iName = 1; }},
     {"no NUL at a block's end", true, [](Record &r) { r.blocks[0].text.back() = 'x'; }},
-    {"a name that ends in a blank", true, [](Record &r) { r.blocks[1].text[size_t(r.blocks[1].nUsed()) - 2] = ' '; }},
-    {"names counted in another block", true, [](Record &r) { ++r.blocks[0].nNames, --r.blocks[1].nNames; }},
-    {"a position behind the last block", true, [](Record &r) { r.positions[1].iBlock = r.nBlocksAlloc = r.nBlocks(); }},
+    {"a name that ends in a blank", true,
+     [](Record &r) { r.blocks[1].text[size_t(r.blocks[1].nUsed()) - 2] = ' '; }},
+    {"names counted in another block", true,
+     [](Record &r) { ++r.blocks[0].nNames, --r.blocks[1].nNames; }},
+    {"a position behind the last block", true,
+     [](Record &r) { r.positions[1].iBlock = r.nBlocksAlloc = r.nBlocks(); }},
     {"a negative number", true, [](Record &r) { r.nGeneratedNameBase = -1; }},
     {"a number that cannot grow", true, [](Record &r) { r.nGeneratedNameBase = INT32_MAX; }},
-    {"a format without its NUL", true, [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
-    {"a first name without its NUL", true, [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
+    {"a format without its NUL", true,
+     [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
+    {"a first name without its NUL", true,
+     [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
 };
 
 TEST(Loader, RefusesUnsoundImages) {
@@ -132,11 +154,16 @@ NamesManager *managerAt(const std::string &format, int32_t nNumber) {
 
 TEST(Format, PrintsAsPrintfDoes) {
     const auto choose = histories::randomChoices(1);
-    const auto pick = [&choose](const Strings &from) { return from[choose(static_cast<uint32_t>(from.size()))]; };
+    const auto pick = [&choose](const Strings &from) {
+        return from[choose(static_cast<uint32_t>(from.size()))];
+    };
     for (int32_t i = 0; i < 5000 && !HasFailure(); ++i) {
-        const std::string flags = pick({"", "-"}) + pick({"", "+"}) + pick({"", " "}) + pick({"", "#"}) + pick({"", "0"});
-        const std::string width = pick({"", "1", "9", "14", "300"}) + pick({"", ".", ".0", ".1", ".9", ".12", ".300"});
-        const std::string format = pick({"", "a%%b"}) + '%' + flags + width + pick({"d", "i", "u", "o", "x", "X"}) + pick({"", "%% z "});
+        const std::string flags =
+            pick({"", "-"}) + pick({"", "+"}) + pick({"", " "}) + pick({"", "#"}) + pick({"", "0"});
+        const std::string width =
+            pick({"", "1", "9", "14", "300"}) + pick({"", ".", ".0", ".1", ".9", ".12", ".300"});
+        const std::string format = pick({"", "a%%b"}) + '%' + flags + width +
+                                   pick({"d", "i", "u", "o", "x", "X"}) + pick({"", "%% z "});
         for (const int32_t nNumber : {1, 8, 4095, 2147483640}) {
             NamesManager *mgr = managerAt(format, nNumber);
             char szExpected[700];
@@ -148,8 +175,10 @@ TEST(Format, PrintsAsPrintfDoes) {
 }
 
 TEST(Format, IsRefusedUnlessItPrintsOneNumber) {
-    std::istringstream formats("nm % %% %s %n %c %p %f %5 %. %- %d%d %d%n %d% %*d %.*d %1$d %ld %hhd %'d %.-1d %5:d %5/d %2147483648d "
-                               "%.2147483648d %99999999999999999999d %d3456789012345678901234567890x2");
+    std::istringstream formats(
+        "nm % %% %s %n %c %p %f %5 %. %- %d%d %d%n %d% %*d %.*d %1$d %ld %hhd %'d %.-1d %5:d %5/d "
+        "%2147483648d "
+        "%.2147483648d %99999999999999999999d %d3456789012345678901234567890x2");
     std::string format;
     do {  // the empty one first
         EXPECT_EQ(nullptr, NamesManager_Create(nullptr, format.c_str())) << format;
@@ -158,15 +187,17 @@ TEST(Format, IsRefusedUnlessItPrintsOneNumber) {
 }
 
 TEST(Format, EndsWithAReportWhereNoNameCanBeMade) {
-    const std::tuple<const char *, int32_t, int32_t> cases[] = {// the format, the next number, how many of three names can be made
-                                                                {"%2147483647d", 1, 0},   {"%.2147483647u", 1, 0}, {"%01048576d", 1, 0},
-                                                                {"%-2147483647dx", 1, 0}, {"%-2147483647d", 1, 3}, {"%01048575d", 1, 3},
-                                                                {"%d", INT32_MAX - 1, 2}, {"%d", INT32_MAX, 1}};
+    const std::tuple<const char *, int32_t, int32_t> cases[] = {
+        // the format, the next number, how many of three names can be made
+        {"%2147483647d", 1, 0},   {"%.2147483647u", 1, 0}, {"%01048576d", 1, 0},
+        {"%-2147483647dx", 1, 0}, {"%-2147483647d", 1, 3}, {"%01048575d", 1, 3},
+        {"%d", INT32_MAX - 1, 2}, {"%d", INT32_MAX, 1}};
     for (const auto &[szFormat, nNumber, nNames] : cases) {
         NamesManager *mgr = managerAt(szFormat, nNumber);
         steered::takeReports();
         const int32_t nStatus = NamesManager_GenerateNames(mgr, 3);
-        EXPECT_TRUE(nStatus == (nNames < 3 ? 1 : 0) && NamesManager_GetNumNames(mgr) == nNames && steered::takeReports().nErrors == nStatus)
+        EXPECT_TRUE(nStatus == (nNames < 3 ? 1 : 0) && NamesManager_GetNumNames(mgr) == nNames &&
+                    steered::takeReports().nErrors == nStatus)
             << szFormat;
         EXPECT_EQ(nStatus, NamesManager_GenerateNames(mgr, 3)) << szFormat;
         NamesManager_Destroy(mgr);

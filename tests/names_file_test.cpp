@@ -40,9 +40,10 @@ TEST(NamesFile, IsWrittenWholeAndReadBack) {
     EXPECT_EQ(names, namesOf(other));
 
     const std::string image = loaded::save(saved);
-    for (const auto &[content, nExpected] : {std::pair(image + "behind it", 0),
-                                             {image.substr(0, image.size() - 1), int{HostStreamError_End}},
-                                             {"\x10" + image.substr(1), int{NamesManagerStatus_Refused}}}) {
+    for (const auto &[content, nExpected] :
+         {std::pair(image + "behind it", 0),
+          {image.substr(0, image.size() - 1), int{HostStreamError_End}},
+          {"\x10" + image.substr(1), int{NamesManagerStatus_Refused}}}) {
         std::ofstream(path, std::ios::binary) << content;
         EXPECT_EQ(nExpected, NamesManager_LoadFromFile(other, path.c_str()));
         EXPECT_EQ(nExpected == 0 ? names : Strings(), namesOf(other));

@@ -1,4 +1,5 @@
-// Random histories, and the shortest one that still fails. NAMES_TEST_SEED and NAMES_TEST_STEPS (per profile) change the run.
+// Random histories, and the shortest one that still fails. NAMES_TEST_SEED and NAMES_TEST_STEPS
+// (per profile) change the run.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -42,9 +43,7 @@ std::string play(History &history, std::ostream *pTold) {
         const auto [iKind, iManager, nChoices] = history.operations[nPlayed++];
         wrong = game.play(iKind, iManager, randomChoices(nChoices), pTold);
     }
-    if (!wrong.empty()) {
-        history.operations.resize(nPlayed);
-    }
+    if (!wrong.empty()) { history.operations.resize(nPlayed); }
     wrong += game.end();
     return steered::nLive() == nLive ? wrong : wrong + "Memory was lost. ";
 }
@@ -63,30 +62,35 @@ History shortened(History history) {
 
 uint32_t setting(const char *szName, uint32_t nDefault) {
     const char *szValue = std::getenv(szName);
-    return szValue == nullptr ? nDefault : static_cast<uint32_t>(std::strtoul(szValue, nullptr, 10));
+    return szValue == nullptr ? nDefault
+                              : static_cast<uint32_t>(std::strtoul(szValue, nullptr, 10));
 }
 
 TEST(Random, EveryOperationLeavesTheRecordOfTheModel) {
     constexpr uint32_t kSteps = kTiny ? 100 : 250;
-    const size_t nHistories = setting("NAMES_TEST_STEPS", kTiny ? 20000 : steered::kIsStrict ? 500 : 1500) / kSteps * kProfiles;
+    const size_t nHistories = setting("NAMES_TEST_STEPS", kTiny                ? 20000
+                                                          : steered::kIsStrict ? 500
+                                                                               : 1500) /
+                              kSteps * kProfiles;
     for (size_t i = 0; i < nHistories && !HasFailure(); ++i) {
-        History history = {setting("NAMES_TEST_SEED", 1) + static_cast<uint32_t>(i / kProfiles), i % kProfiles, {}};
+        History history = {setting("NAMES_TEST_SEED", 1) + static_cast<uint32_t>(i / kProfiles),
+                           i % kProfiles,
+                           {}};
         std::mt19937 random(history.nSeed);
         std::vector<int32_t> chances;
-        for (const auto &kind : kKinds) {
-            chances.push_back(kind.chances[history.iProfile]);
-        }
+        for (const auto &kind : kKinds) { chances.push_back(kind.chances[history.iProfile]); }
         std::discrete_distribution<size_t> anyKind(chances.begin(), chances.end());
         while (history.operations.size() < kSteps) {
-            history.operations.push_back({anyKind(random), random() % 4 == 0, static_cast<uint32_t>(random())});
+            history.operations.push_back(
+                {anyKind(random), random() % 4 == 0, static_cast<uint32_t>(random())});
         }
-        if (play(history, nullptr).empty()) {
-            continue;
-        }
+        if (play(history, nullptr).empty()) { continue; }
         std::ostringstream told;
         History shortest = shortened(history);
         const std::string wrong = play(shortest, &told);
-        ADD_FAILURE() << "profile " << history.iProfile << ", NAMES_TEST_SEED=" << history.nSeed << '\n' << told.str() << wrong;
+        ADD_FAILURE() << "profile " << history.iProfile << ", NAMES_TEST_SEED=" << history.nSeed
+                      << '\n'
+                      << told.str() << wrong;
     }
 }
 

@@ -1,7 +1,9 @@
-// A second, slow telling of the names manager: every operation carried out step by step on plain containers, so that after each one the
-// whole record of a real manager can be compared with it. It takes the module's sizes from names/names_sizes.hpp, as the module does, and
-// never runs out of memory, but knows how to do without maps. Statuses, index bases and widths are those of names/names_manager.h; texts
-// hold no NUL; pTexts points to one text for each index of its range. Sizes of names count the NUL, lengths do not.
+// A second, slow telling of the names manager: every operation carried out step by step on plain
+// containers, so that after each one the whole record of a real manager can be compared with it. It
+// takes the module's sizes from names/names_sizes.hpp, as the module does, and never runs out of
+// memory, but knows how to do without maps. Statuses, index bases and widths are those of
+// names/names_manager.h; texts hold no NUL; pTexts points to one text for each index of its range.
+// Sizes of names count the NUL, lengths do not.
 #pragma once
 
 #include <algorithm>
@@ -30,9 +32,7 @@ using Texts = std::span<const std::string>;
 
 inline std::string joined(const Strings &texts, const std::string &end = "") {
     std::string all;
-    for (const std::string &text : texts) {
-        all.append(text).append(end);
-    }
+    for (const std::string &text : texts) { all.append(text).append(end); }
     return all;
 }
 
@@ -82,7 +82,7 @@ struct Block {
 };
 
 struct Record {
-    Strings names;             // the list itself; the blocks, through segments or positions, must spell it
+    Strings names;  // the list itself; the blocks, through segments or positions, must spell it
     std::string szNameFormat;  // 32 bytes, and so is the next
     std::string szFirstGeneratedName = std::string(32, '\0');
     int32_t nGeneratedNameBase = 0, nMaxNameLength = -1, nMaxNameLengthCount = 0;
@@ -92,7 +92,8 @@ struct Record {
     int32_t nBlocksAlloc = kTableStep, nSegmentsAlloc = kTableStep, nPositionsAlloc = 0;
     bool bSegments = true;  // the storage mode: segments, else positions
     bool bLookupIndex = false;
-    std::unordered_map<std::string, int32_t> entries;  // of the index, where the host's map refuses equal keys
+    std::unordered_map<std::string, int32_t>
+        entries;  // of the index, where the host's map refuses equal keys
     Cursor cursor = {-1, 0, 0, 0, 0};
 
     explicit Record(const char *szFormat) : szNameFormat(szFormat) { szNameFormat.resize(32); }
@@ -101,10 +102,18 @@ struct Record {
     static int32_t lengthOf(const std::string &name) { return toInt(name.size()); }
     static int32_t sizeOf(const std::string &name) { return lengthOf(name) + 1; }
     static int32_t endOf(const NameSegment &segment) { return segment.nOffset + segment.nBytes; }
-    static int32_t countOf(const NameSegment &segment) { return segment.iLast - segment.iFirst + 1; }
-    static std::string trimmed(std::string_view text) { return std::string(text.substr(0, text.find_last_not_of(' ') + 1)); }
-    static std::string bytesOf(const void *pData, size_t nBytes) { return {static_cast<const char *>(pData), nBytes}; }
-    static std::string bytesOf(std::vector<int32_t> numbers) { return bytesOf(numbers.data(), numbers.size() * sizeof(int32_t)); }
+    static int32_t countOf(const NameSegment &segment) {
+        return segment.iLast - segment.iFirst + 1;
+    }
+    static std::string trimmed(std::string_view text) {
+        return std::string(text.substr(0, text.find_last_not_of(' ') + 1));
+    }
+    static std::string bytesOf(const void *pData, size_t nBytes) {
+        return {static_cast<const char *>(pData), nBytes};
+    }
+    static std::string bytesOf(std::vector<int32_t> numbers) {
+        return bytesOf(numbers.data(), numbers.size() * sizeof(int32_t));
+    }
 
     int32_t nNames() const { return toInt(names.size()); }
     int32_t nBlocks() const { return toInt(blocks.size()); }
@@ -119,17 +128,18 @@ struct Record {
     static std::optional<Range> boundsOf(Range range) {
         const int64_t first = int64_t{range.first} - (range.bOneBased != 0);
         const int64_t last = int64_t{range.last} - (range.bOneBased != 0);
-        if (first < 0 || first > last + 1 || last >= INT32_MAX) {
-            return std::nullopt;
-        }
+        if (first < 0 || first > last + 1 || last >= INT32_MAX) { return std::nullopt; }
         return Range{static_cast<int32_t>(first), static_cast<int32_t>(last), 0};
     }
 
     static int32_t sizeOf(Texts texts) {
-        return std::accumulate(texts.begin(), texts.end(), 0, [](int32_t n, const std::string &text) { return n + sizeOf(text); });
+        return std::accumulate(texts.begin(), texts.end(), 0,
+                               [](int32_t n, const std::string &text) { return n + sizeOf(text); });
     }
 
-    int32_t offsetOf(const NameSegment &in, int32_t iName) { return in.nOffset + sizeOf(Texts(at(in.iFirst), at(iName))); }
+    int32_t offsetOf(const NameSegment &in, int32_t iName) {
+        return in.nOffset + sizeOf(Texts(at(in.iFirst), at(iName)));
+    }
 
     int32_t segmentOf(int32_t iName) {
         const auto bBefore = [=](const NameSegment &segment) { return segment.iLast < iName; };
@@ -137,24 +147,16 @@ struct Record {
     }
 
     NamePosition positionOf(int32_t iName) {
-        if (!bSegments) {
-            return positions.data()[iName];
-        }
+        if (!bSegments) { return positions.data()[iName]; }
         const NameSegment &in = segment(segmentOf(iName));
         return {in.iBlock, offsetOf(in, iName)};
     }
 
     // Renumbers what is in blocks from iBlock on, where one comes (1) or has gone (-1).
     void renumberBlocks(int32_t iBlock, int32_t nBy) {
-        for (NameSegment &later : segments) {
-            later.iBlock += later.iBlock >= iBlock ? nBy : 0;
-        }
-        for (NamePosition &later : positions) {
-            later.iBlock += later.iBlock >= iBlock ? nBy : 0;
-        }
-        if (cursor.iName >= 0) {
-            cursor.iBlock += cursor.iBlock >= iBlock ? nBy : 0;
-        }
+        for (NameSegment &later : segments) { later.iBlock += later.iBlock >= iBlock ? nBy : 0; }
+        for (NamePosition &later : positions) { later.iBlock += later.iBlock >= iBlock ? nBy : 0; }
+        if (cursor.iName >= 0) { cursor.iBlock += cursor.iBlock >= iBlock ? nBy : 0; }
     }
 
     void insertEmptyBlock(int32_t iBlock, int32_t nSize) {
@@ -164,18 +166,15 @@ struct Record {
 
     // Writes a name with its NUL over the text at nOffset, or at the end of it.
     void writeName(int32_t iBlock, int32_t nOffset, const std::string &text) {
-        block(iBlock).text.replace(static_cast<size_t>(nOffset), text.size() + 1, text.c_str(), text.size() + 1);
+        block(iBlock).text.replace(static_cast<size_t>(nOffset), text.size() + 1, text.c_str(),
+                                   text.size() + 1);
     }
 
     int32_t chooseBlock(int32_t nNeed) {
         for (int32_t iBlock = nBlocks() - 1; iBlock >= 0; --iBlock) {
-            if (block(iBlock).nRoom() >= nNeed) {
-                return iBlock;
-            }
+            if (block(iBlock).nRoom() >= nNeed) { return iBlock; }
         }
-        if (nBlocks() == nBlocksAlloc) {
-            nBlocksAlloc += kTableStep;
-        }
+        if (nBlocks() == nBlocksAlloc) { nBlocksAlloc += kTableStep; }
         blocks.push_back({std::max(nNeed, kNewBlockBytes), 0, ""});
         return nBlocks() - 1;
     }
@@ -189,35 +188,36 @@ struct Record {
         }
     }
 
-    void reserveTwoSegments() { nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? kTableStep : 0; }
+    void reserveTwoSegments() {
+        nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? kTableStep : 0;
+    }
 
     // Splits a segment so that the one after it starts at iName.
     void splitSegment(int32_t iSegment, int32_t iName) {
         const NameSegment whole = segment(iSegment);
         const int32_t nOffset = offsetOf(whole, iName);
-        segment(iSegment) = {whole.iFirst, iName - 1, whole.iBlock, whole.nOffset, nOffset - whole.nOffset};
-        segments.insert(segments.begin() + iSegment + 1, {iName, whole.iLast, whole.iBlock, nOffset, endOf(whole) - nOffset});
+        segment(iSegment) = {whole.iFirst, iName - 1, whole.iBlock, whole.nOffset,
+                             nOffset - whole.nOffset};
+        segments.insert(segments.begin() + iSegment + 1,
+                        {iName, whole.iLast, whole.iBlock, nOffset, endOf(whole) - nOffset});
     }
 
-    // Makes the names of a segment that lie in the bounds a segment of their own; returns its number.
+    // Makes the names of a segment that lie in the bounds a segment of their own; returns its
+    // number.
     int32_t cutSegment(int32_t iSegment, Range bounds) {
-        if (segment(iSegment).iFirst < bounds.first) {
-            splitSegment(iSegment++, bounds.first);
-        }
-        if (segment(iSegment).iLast > bounds.last) {
-            splitSegment(iSegment, bounds.last + 1);
-        }
+        if (segment(iSegment).iFirst < bounds.first) { splitSegment(iSegment++, bounds.first); }
+        if (segment(iSegment).iLast > bounds.last) { splitSegment(iSegment, bounds.last + 1); }
         return iSegment;
     }
 
-    // Joins a segment to the one before it where their texts touch and not too many names come together; 1 if so.
+    // Joins a segment to the one before it where their texts touch and not too many names come
+    // together; 1 if so.
     int32_t mergeSegment(int32_t iSegment) {
-        if (iSegment < 1 || iSegment >= nSegments()) {
-            return 0;
-        }
+        if (iSegment < 1 || iSegment >= nSegments()) { return 0; }
         NameSegment &front = segment(iSegment - 1);
         const NameSegment back = segment(iSegment);
-        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset || countOf(front) + countOf(back) > kMaxMergedNames) {
+        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset ||
+            countOf(front) + countOf(back) > kMaxMergedNames) {
             return 0;
         }
         front.nBytes += back.nBytes;
@@ -227,24 +227,21 @@ struct Record {
     }
 
     void raiseMaximum(int32_t nLength) {
-        nMaxNameLengthCount = nLength > nMaxNameLength ? 1 : nMaxNameLengthCount + (nLength == nMaxNameLength);
+        nMaxNameLengthCount =
+            nLength > nMaxNameLength ? 1 : nMaxNameLengthCount + (nLength == nMaxNameLength);
         nMaxNameLength = std::max(nMaxNameLength, nLength);
     }
 
     // A name of nLength bytes goes; a maximum that no known name has is unknown.
     void lowerMaximum(int32_t nLength) {
-        if (nLength == nMaxNameLength && --nMaxNameLengthCount == 0) {
-            nMaxNameLength = -1;
-        }
+        if (nLength == nMaxNameLength && --nMaxNameLengthCount == 0) { nMaxNameLength = -1; }
     }
 
     void resetCursor() { cursor.iName = -1, cursor.nMisses = 0; }
 
     // What a retrieval leaves behind.
     void finishRead(Range bounds) {
-        if (!bSegments || bounds.first > bounds.last) {
-            return;
-        }
+        if (!bSegments || bounds.first > bounds.last) { return; }
         const bool bHit = bounds.first == 0 || bounds.first == cursor.iName;
         cursor.nMisses = bHit ? 0 : cursor.nMisses + 1;
         if (cursor.nMisses > kMaxFreeMisses) {
@@ -255,7 +252,8 @@ struct Record {
         const NameSegment &in = segment(iSegment);
         cursor.iName = -1;
         if (bounds.last < in.iLast) {
-            cursor = {bounds.last + 1, iSegment, in.iBlock, offsetOf(in, bounds.last + 1), cursor.nMisses};
+            cursor = {bounds.last + 1, iSegment, in.iBlock, offsetOf(in, bounds.last + 1),
+                      cursor.nMisses};
         }
     }
 
@@ -277,24 +275,23 @@ struct Record {
         }
         for (const std::string *pEnd = pTexts + nCount; pTexts != pEnd;) {
             int32_t nBatch = 1, nBytes = sizeOf(*pTexts);
-            const int32_t iBlock = chooseBlock(nBytes), nOffset = block(iBlock).nUsed(), nRoom = block(iBlock).nRoom();
-            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < kMaxSegmentNames && nBytes + sizeOf(pTexts[nBatch]) <= nRoom) {
+            const int32_t iBlock = chooseBlock(nBytes), nOffset = block(iBlock).nUsed(),
+                          nRoom = block(iBlock).nRoom();
+            while (nBytes < nRoom && pTexts + nBatch != pEnd && nBatch < kMaxSegmentNames &&
+                   nBytes + sizeOf(pTexts[nBatch]) <= nRoom) {
                 nBytes += sizeOf(pTexts[nBatch++]);
             }
             NameSegment *pLast = segments.empty() ? nullptr : &segments.back();
-            if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset && countOf(*pLast) + nBatch <= kMaxSegmentNames) {
+            if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset &&
+                countOf(*pLast) + nBatch <= kMaxSegmentNames) {
                 pLast->iLast += nBatch;
                 pLast->nBytes += nBytes;
             } else if (bSegments) {
-                if (nSegments() == nSegmentsAlloc) {
-                    nSegmentsAlloc += kTableStep;
-                }
+                if (nSegments() == nSegmentsAlloc) { nSegmentsAlloc += kTableStep; }
                 segments.push_back({nNames(), nNames() + nBatch - 1, iBlock, nOffset, nBytes});
             }
             for (block(iBlock).nNames += nBatch; nBatch > 0; --nBatch, ++pTexts) {
-                if (!bSegments) {
-                    positions.push_back({iBlock, block(iBlock).nUsed()});
-                }
+                if (!bSegments) { positions.push_back({iBlock, block(iBlock).nUsed()}); }
                 writeName(iBlock, block(iBlock).nUsed(), *pTexts);
                 names.push_back(*pTexts);
                 indexName(nNames() - 1);
@@ -306,9 +303,7 @@ struct Record {
     void replaceAtPosition(int32_t iName, const std::string &text, int32_t &iCurrent) {
         NamePosition &position = positions.data()[iName];
         if (sizeOf(text) > sizeOf(name(iName))) {
-            if (block(iCurrent).nRoom() < sizeOf(text)) {
-                iCurrent = chooseBlock(sizeOf(text));
-            }
+            if (block(iCurrent).nRoom() < sizeOf(text)) { iCurrent = chooseBlock(sizeOf(text)); }
             if (iCurrent != position.iBlock) {
                 leaveBlock(position.iBlock, position.nOffset, sizeOf(name(iName)), 1);
                 ++block(iCurrent).nNames;
@@ -328,7 +323,8 @@ struct Record {
         }
         iSegment = cutSegment(iSegment, bounds);
         NameSegment &run = segment(iSegment);
-        const int32_t nRun = countOf(run), iLast = run.iLast, nNew = sizeOf(Texts(pTexts, pTexts + nRun));
+        const int32_t nRun = countOf(run), iLast = run.iLast,
+                      nNew = sizeOf(Texts(pTexts, pTexts + nRun));
         const bool bEndsBlock = endOf(run) == block(run.iBlock).nUsed();
         if (nNew > run.nBytes && (!bEndsBlock || nNew > block(run.iBlock).nSize - run.nOffset)) {
             const int32_t iBlock = chooseBlock(nNew);
@@ -337,7 +333,8 @@ struct Record {
             run.iBlock = iBlock;
             run.nOffset = block(iBlock).nUsed();
         } else if (bEndsBlock) {
-            block(run.iBlock).text.resize(static_cast<size_t>(run.nOffset) + static_cast<size_t>(nNew));
+            block(run.iBlock)
+                .text.resize(static_cast<size_t>(run.nOffset) + static_cast<size_t>(nNew));
         }
         run.nBytes = nNew;
         for (int32_t i = run.iFirst; i <= iLast; ++i) {
@@ -346,9 +343,7 @@ struct Record {
             indexName(i);
         }
         iSegment -= mergeSegment(iSegment);
-        if (iLast == bounds.last) {
-            mergeSegment(iSegment + 1);
-        }
+        if (iLast == bounds.last) { mergeSegment(iSegment + 1); }
         switchWhereSegmentsDoNotPay();
         return nRun;
     }
@@ -356,12 +351,8 @@ struct Record {
     void replaceNames(Range bounds, const std::string *pTexts) {
         for (int32_t i = bounds.first; i <= bounds.last && nMaxNameLength != -1; ++i) {
             const int32_t nOld = lengthOf(name(i)), nNew = lengthOf(pTexts[i - bounds.first]);
-            if (nNew > nOld && nNew > nMaxNameLength) {
-                raiseMaximum(nNew);
-            }
-            if (nNew < nOld) {
-                lowerMaximum(nOld);
-            }
+            if (nNew > nOld && nNew > nMaxNameLength) { raiseMaximum(nNew); }
+            if (nNew < nOld) { lowerMaximum(nOld); }
         }
         for (int32_t i = bounds.first; i <= bounds.last && !entries.empty(); ++i) {
             entries.erase(name(i));
@@ -372,25 +363,22 @@ struct Record {
                 ++i;
             } else {
                 i += replaceRun({i, bounds.last, 0}, pTexts + (i - bounds.first));
-                if (!bSegments) {
-                    iCurrent = 0;
-                }
+                if (!bSegments) { iCurrent = 0; }
             }
         }
     }
 
     int32_t storeNames(Range range, const std::string *pTexts) {
         const auto bounds = boundsOf(range);
-        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) {
-            return 1;
-        }
+        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) { return 1; }
         const int32_t nOld = nNames();
         if (bounds->first < nOld && nOld <= bounds->last) {
             storeNames({bounds->first, nOld - 1, 0}, pTexts);
             return storeNames({nOld, bounds->last, 0}, pTexts + (nOld - bounds->first));
         }
         resetCursor();
-        bounds->first == nOld ? appendNames(bounds->last - nOld + 1, pTexts) : replaceNames(*bounds, pTexts);
+        bounds->first == nOld ? appendNames(bounds->last - nOld + 1, pTexts)
+                              : replaceNames(*bounds, pTexts);
         return 0;
     }
 
@@ -398,35 +386,25 @@ struct Record {
         Strings stored;
         for (int32_t k = 0; k <= range.last - range.first; ++k) {
             stored.push_back(trimmed(pTexts[k]));
-            if (lengthOf(stored.back()) > kMaxNameBytes) {
-                return 2;
-            }
+            if (lengthOf(stored.back()) > kMaxNameBytes) { return 2; }
         }
         return storeNames(range, stored.data());
     }
 
     int32_t addNames(Range range, const std::string *pTexts) {
-        if (range.last < range.first) {
-            return releaseEmptyBlocks();
-        }
-        if (!boundsOf(range)) {
-            return 1;
-        }
+        if (range.last < range.first) { return releaseEmptyBlocks(); }
+        if (!boundsOf(range)) { return 1; }
         const int32_t nStatus = storeTrimmed(range, pTexts);
-        const bool bRelease = range.first == range.last ? nStatus == 0 && range.last % kReleaseInterval == 0 : nStatus != 2;
-        if (bRelease) {
-            releaseEmptyBlocks();
-        }
+        const bool bRelease = range.first == range.last
+                                  ? nStatus == 0 && range.last % kReleaseInterval == 0
+                                  : nStatus != 2;
+        if (bRelease) { releaseEmptyBlocks(); }
         return nStatus;
     }
 
     int32_t addNamesFromBuffer(Range range, const std::string *pTexts) {
-        if (!boundsOf(range)) {
-            return 1;
-        }
-        if (range.first == range.last) {
-            return addNames(range, pTexts);
-        }
+        if (!boundsOf(range)) { return 1; }
+        if (range.first == range.last) { return addNames(range, pTexts); }
         int32_t nStatus = 0, first = range.first;
         do {
             const int32_t last = std::min(first + kMaxBatchNames - 1, range.last);
@@ -437,15 +415,14 @@ struct Record {
     }
 
     int32_t addNameWithMaxLength(Range range, const std::string &text, int32_t nMaxLength) {
-        const std::string stored = trimmed(text.substr(0, static_cast<size_t>(std::max(nMaxLength, 0))));
+        const std::string stored =
+            trimmed(text.substr(0, static_cast<size_t>(std::max(nMaxLength, 0))));
         return storeNames(range, &stored);
     }
 
     int32_t copyName(Range to, Record &source, Range from, const std::string &prefix) {
         Strings texts;
-        if (source.getNamePointers(from, &texts) != 0) {
-            return 1;
-        }
+        if (source.getNamePointers(from, &texts) != 0) { return 1; }
         return addNames(to, &(texts[0] = prefix + texts[0]));
     }
 
@@ -455,10 +432,9 @@ struct Record {
             return trimmed(szFirstGeneratedName.c_str());
         }
         char szText[2100];
-        if (nNumber == INT32_MAX) {
-            return std::nullopt;
-        }
-        std::snprintf(szText, sizeof szText, szNameFormat.c_str(), static_cast<int32_t>(nNumber + 1));
+        if (nNumber == INT32_MAX) { return std::nullopt; }
+        std::snprintf(szText, sizeof szText, szNameFormat.c_str(),
+                      static_cast<int32_t>(nNumber + 1));
         std::optional<std::string> made = trimmed(szText);
         return lengthOf(*made) > kMaxNameBytes ? std::nullopt : made;
     }
@@ -470,20 +446,20 @@ struct Record {
             while (candidate && findText(*candidate) != -1) {
                 candidate = candidateAfter(nNumber++);
             }
-            if (!candidate) {
-                return ++g_nErrors, 1;
-            }
+            if (!candidate) { return ++g_nErrors, 1; }
             addNames({iName, iName, 0}, &*candidate);
-            if (iName == iLast) {
-                nGeneratedNameBase = static_cast<int32_t>(nNumber - 1);
-            }
+            if (iName == iLast) { nGeneratedNameBase = static_cast<int32_t>(nNumber - 1); }
         }
         return 0;
     }
 
-    int32_t generateNames(int32_t nCount) { return nNames() < nCount ? generateNamesUpTo(nCount - 1) : 0; }
+    int32_t generateNames(int32_t nCount) {
+        return nNames() < nCount ? generateNamesUpTo(nCount - 1) : 0;
+    }
 
-    void setFirstGeneratedName(const std::string &text) { (szFirstGeneratedName = text.substr(0, 31)).resize(32); }
+    void setFirstGeneratedName(const std::string &text) {
+        (szFirstGeneratedName = text.substr(0, 31)).resize(32);
+    }
 
     // ---- Reading
 
@@ -492,7 +468,8 @@ struct Record {
         const auto bounds = boundsOf(range);
         std::vector<int32_t> lengths;
         if (bounds && bounds->last < nNames()) {
-            std::transform(at(bounds->first), at(bounds->last + 1), std::back_inserter(lengths), lengthOf);
+            std::transform(at(bounds->first), at(bounds->last + 1), std::back_inserter(lengths),
+                           lengthOf);
         }
         return lengths;
     }
@@ -510,94 +487,85 @@ struct Record {
     static std::string fieldOf(const std::string &text, Field field) {
         const auto nCharacters = static_cast<size_t>(field.nWidth - 1);
         std::string made = field.bTruncate != 0 ? text.substr(0, nCharacters) : text;
-        if (field.bPad != 0) {
-            made.resize(std::max(made.size(), nCharacters), ' ');
-        }
+        if (field.bPad != 0) { made.resize(std::max(made.size(), nCharacters), ' '); }
         return made;
     }
 
     // What is written into a buffer of nBufferSize bytes comes back in bytes.
-    int32_t getNames(Range range, Field field, uint64_t nBufferSize, uint64_t &nRequired, std::string &bytes) {
-        if ((field.bPad != 0 || field.bTruncate != 0) && field.nWidth < 1) {
-            return 1;
-        }
+    int32_t getNames(Range range, Field field, uint64_t nBufferSize, uint64_t &nRequired,
+                     std::string &bytes) {
+        if ((field.bPad != 0 || field.bTruncate != 0) && field.nWidth < 1) { return 1; }
         const auto bounds = reach(range);
-        if (!bounds) {
-            return 1;
-        }
+        if (!bounds) { return 1; }
         std::string fields;
         for (int32_t i = bounds->first; i <= bounds->last; ++i) {
             fields += fieldOf(name(i), field) + '\0';
         }
         nRequired = fields.size();
-        if (nBufferSize < nRequired) {
-            return nBufferSize == 0 ? 0 : 3;
-        }
+        if (nBufferSize < nRequired) { return nBufferSize == 0 ? 0 : 3; }
         bytes = fields;
         finishRead(*bounds);
         return 0;
     }
 
     int32_t getMaxNameLength() {
-        if (nMaxNameLength != -1) {
-            return nMaxNameLength;
-        }
+        if (nMaxNameLength != -1) { return nMaxNameLength; }
         nMaxNameLength = nMaxNameLengthCount = 0;
-        for (const std::string &text : names) {
-            raiseMaximum(lengthOf(text));
-        }
+        for (const std::string &text : names) { raiseMaximum(lengthOf(text)); }
         return nMaxNameLength;
     }
 
-    // Whether what a manager with these names knows of the longest is true; their count may be too low.
+    // Whether what a manager with these names knows of the longest is true; their count may be too
+    // low.
     static bool isMaximum(const NamesManager &mgr, const Strings &names) {
         Record measured("");
         measured.names = names;
         const bool bLength = mgr.nMaxNameLength == measured.getMaxNameLength();
-        const bool bCount = mgr.nMaxNameLengthCount > 0 ? mgr.nMaxNameLengthCount <= measured.nMaxNameLengthCount : names.empty();
+        const bool bCount = mgr.nMaxNameLengthCount > 0
+                                ? mgr.nMaxNameLengthCount <= measured.nMaxNameLengthCount
+                                : names.empty();
         return mgr.nMaxNameLength == -1 || (bLength && bCount);
     }
 
     // What is appended, to where there is room for nRoom bytes, comes back in text.
-    int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, uint64_t nRoom, std::string &text) {
+    int32_t writeNameToText(Range range, bool bTrailingBlanks, Field field, uint64_t nRoom,
+                            std::string &text) {
         Strings texts;
-        if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) || getNamePointers(range, &texts) != 0) {
+        if (((bTrailingBlanks || field.bPad != 0) && field.nWidth < 1) ||
+            getNamePointers(range, &texts) != 0) {
             return 1;
         }
-        const std::string made = fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
+        const std::string made =
+            fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
         const uint64_t nBlanks = bTrailingBlanks ? static_cast<uint64_t>(field.nWidth) - 1 : 0;
-        if (made.size() > nRoom) {
-            return 1;
-        }
+        if (made.size() > nRoom) { return 1; }
         const bool bAll = nBlanks <= nRoom - made.size();
         text = made + std::string(bAll ? nBlanks : 0, ' ');
         return bAll ? 0 : 1;
     }
 
     // given: each text as far as its length reaches; nothing for a NULL pointer.
-    int32_t checkDuplicateNames(Range range, std::vector<std::optional<std::string>> given, Clash &clash) {
+    int32_t checkDuplicateNames(Range range, std::vector<std::optional<std::string>> given,
+                                Clash &clash) {
         const auto bounds = boundsOf(range);
-        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) {
-            return 1;
-        }
+        if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) { return 1; }
         for (auto &text : given) {
-            while (text && !text->empty() && std::isspace(static_cast<unsigned char>(text->back())) != 0) {
+            while (text && !text->empty() &&
+                   std::isspace(static_cast<unsigned char>(text->back())) != 0) {
                 text->pop_back();
             }
         }
-        const auto report = [&](size_t k, int32_t iHeld) { clash = {1, iHeld, range.first + toInt(k), *given[k]}; };
-        if (!given.empty() && !steered::hasMaps()) {
-            return 1;
-        }
+        const auto report = [&](size_t k, int32_t iHeld) {
+            clash = {1, iHeld, range.first + toInt(k), *given[k]};
+        };
+        if (!given.empty() && !steered::hasMaps()) { return 1; }
         for (size_t k = 0; k < given.size(); ++k) {
             const auto iSame = std::find(given.begin(), given.end(), given[k]) - given.begin();
             if (given[k] && iSame < toInt(k)) {
                 return report(k, range.first + static_cast<int32_t>(iSame)), 0;
             }
         }
-        if (bounds->first == 0 && bounds->last >= nNames() - 1) {
-            return 0;
-        }
+        if (bounds->first == 0 && bounds->last >= nNames() - 1) { return 0; }
         for (size_t k = 0; k < given.size(); ++k) {
             const int32_t iHeld = given[k] ? findText(*given[k]) : -1;
             if (iHeld != -1 && (iHeld < bounds->first || iHeld > bounds->last)) {
@@ -609,12 +577,12 @@ struct Record {
 
     // ---- Looking up
 
-    int64_t nEntries() const { return !bLookupIndex ? -1 : steered::kHoldsEqualKeys ? nNames() : std::ssize(entries); }
+    int64_t nEntries() const {
+        return !bLookupIndex ? -1 : steered::kHoldsEqualKeys ? nNames() : std::ssize(entries);
+    }
 
     void indexName(int32_t iName) {
-        if (bLookupIndex && !steered::kHoldsEqualKeys) {
-            entries.emplace(name(iName), iName);
-        }
+        if (bLookupIndex && !steered::kHoldsEqualKeys) { entries.emplace(name(iName), iName); }
     }
 
     void dropIndex() {
@@ -623,32 +591,27 @@ struct Record {
     }
 
     void buildIndex() {
-        if (nEntries() == nNames()) {
-            return;
-        }
+        if (nEntries() == nNames()) { return; }
         dropIndex();
         bLookupIndex = nNames() > 0 && steered::hasMaps();
-        for (int32_t i = 0; i < nNames(); ++i) {
-            indexName(i);
-        }
+        for (int32_t i = 0; i < nNames(); ++i) { indexName(i); }
     }
 
     // The lowest index of a name, or -1. Without a map one name after the other is read.
     int32_t findText(const std::string &sought) {
         buildIndex();
         for (int32_t i = 0; i < nNames(); ++i) {
-            if (!bLookupIndex) {
-                finishRead({i, i, 0});
-            }
-            if (name(i) == sought) {
-                return i;
-            }
+            if (!bLookupIndex) { finishRead({i, i, 0}); }
+            if (name(i) == sought) { return i; }
         }
         return -1;
     }
 
     int32_t findName(const std::string &text, int32_t nWidth, int32_t bOneBased) {
-        const int32_t iFound = findText(nWidth < -1 ? text : trimmed(nWidth == -1 ? text : text.substr(0, static_cast<size_t>(nWidth))));
+        const int32_t iFound = findText(
+            nWidth < -1
+                ? text
+                : trimmed(nWidth == -1 ? text : text.substr(0, static_cast<size_t>(nWidth))));
         return iFound == -1 ? -1 : iFound + (bOneBased != 0);
     }
 
@@ -671,20 +634,17 @@ struct Record {
     }
 
     void removePositions(Range bounds) {
-        const auto from = positions.begin() + bounds.first, to = positions.begin() + bounds.last + 1;
+        const auto from = positions.begin() + bounds.first,
+                   to = positions.begin() + bounds.last + 1;
         std::for_each(from, to, [this](NamePosition gone) { leaveBlock(gone.iBlock, 0, 0, 1); });
         positions.erase(from, to);
     }
 
     int32_t removeNames(Range range) {
         auto bounds = boundsOf({range.first, std::min(range.last, INT32_MAX - 1), range.bOneBased});
-        if (!bounds) {
-            return 1;
-        }
+        if (!bounds) { return 1; }
         bounds->last = std::min(bounds->last, nNames() - 1);
-        if (bounds->first > bounds->last) {
-            return 0;
-        }
+        if (bounds->first > bounds->last) { return 0; }
         dropIndex();
         for (int32_t i = bounds->first; i <= bounds->last && nMaxNameLength != -1; ++i) {
             lowerMaximum(lengthOf(name(i)));
@@ -701,7 +661,8 @@ struct Record {
         indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
         std::erase_if(indices, [](int32_t i) { return i < 0; });
         for (int32_t last = 0, first = 0; !indices.empty(); removeNames({first, last, 0})) {
-            for (first = last = indices.back(); !indices.empty() && indices.back() >= first - 1; indices.pop_back()) {
+            for (first = last = indices.back(); !indices.empty() && indices.back() >= first - 1;
+                 indices.pop_back()) {
                 first = indices.back();
             }
         }
@@ -716,9 +677,7 @@ struct Record {
         fresh.szFirstGeneratedName = szFirstGeneratedName;
         fresh.blocks[0].nSize = blocks[0].nSize;
         fresh.nBlocksAlloc = nBlocksAlloc;
-        if (bSegments) {
-            fresh.nSegmentsAlloc = nSegmentsAlloc;
-        }
+        if (bSegments) { fresh.nSegmentsAlloc = nSegmentsAlloc; }
         fresh.cursor = {-1, cursor.iSegment, cursor.iBlock, cursor.nOffset, 0};
         *this = fresh;
         return 0;
@@ -735,15 +694,11 @@ struct Record {
     }
 
     void switchWhereSegmentsDoNotPay() {
-        if (nSegments() > nNames() / 2) {
-            storeIndividualNamePositions();
-        }
+        if (nSegments() > nNames() / 2) { storeIndividualNamePositions(); }
     }
 
     int32_t storeIndividualNamePositions() {
-        if (!bSegments) {
-            return 1;
-        }
+        if (!bSegments) { return 1; }
         for (const NameSegment &from : segments) {
             for (int32_t i = from.iFirst; i <= from.iLast; ++i) {
                 positions.push_back({from.iBlock, offsetOf(from, i)});
@@ -759,9 +714,7 @@ struct Record {
 
     int32_t releaseEmptyBlocks() {
         for (int32_t i = 0; i < nBlocks() && nBlocks() > 1; ++i) {
-            if (block(i).nUsed() != 0) {
-                continue;
-            }
+            if (block(i).nUsed() != 0) { continue; }
             blocks.erase(blocks.begin() + i);
             renumberBlocks(i--, -1);
         }
@@ -771,10 +724,12 @@ struct Record {
     // The image, one string for each write to the stream.
     Strings save() const {
         Strings writes;
-        for (const int32_t n : {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc}) {
+        for (const int32_t n :
+             {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc}) {
             writes.push_back(bytesOf({n}));
         }
-        writes.insert(writes.end(), {szNameFormat, bytesOf({nGeneratedNameBase}), szFirstGeneratedName, ""});
+        writes.insert(writes.end(),
+                      {szNameFormat, bytesOf({nGeneratedNameBase}), szFirstGeneratedName, ""});
         for (const Block &saved : blocks) {
             writes.back() += bytesOf({0, 0, saved.nSize, saved.nUsed(), saved.nNames, 0});
         }
@@ -784,9 +739,7 @@ struct Record {
         if (!positions.empty()) {
             writes.push_back(bytesOf(positions.data(), positions.size() * sizeof(NamePosition)));
         }
-        for (const Block &saved : blocks) {
-            writes.push_back(saved.text);
-        }
+        for (const Block &saved : blocks) { writes.push_back(saved.text); }
         writes.push_back(bytesOf(&cursor, sizeof cursor));
         return writes;
     }
@@ -799,11 +752,10 @@ struct Record {
         dropIndex();
     }
 
-    // How many reports the audit owes: one for each name under whose text the index has another or none, one for a wrong count.
+    // How many reports the audit owes: one for each name under whose text the index has another or
+    // none, one for a wrong count.
     int32_t owedReports() const {
-        if (!bLookupIndex) {
-            return 0;
-        }
+        if (!bLookupIndex) { return 0; }
         if (steered::kHoldsEqualKeys) {
             std::vector<std::string_view> texts(names.begin(), names.end());
             std::sort(texts.begin(), texts.end());

@@ -5,8 +5,8 @@
 
 #include "tests/counted_host/counted_memory.h"
 
-// Runs scenario with the first, then the second, then the n-th allocation failing, alone and with all later ones, until none fails any
-// more.
+// Runs scenario with the first, then the second, then the n-th allocation failing, alone and with
+// all later ones, until none fails any more.
 template <typename Scenario>
 void starve(Scenario scenario) {
     const int64_t nLive = HostMem_GetNumLive();

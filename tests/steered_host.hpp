@@ -1,5 +1,5 @@
-// What tests see and steer of the host that they run on: here the shipped one. tests/foreign_host has another header of this name, found
-// first where the tests run there.
+// What tests see and steer of the host that they run on: here the shipped one. tests/foreign_host
+// has another header of this name, found first where the tests run there.
 #pragma once
 
 #include <memory>
@@ -15,9 +15,12 @@
 
 namespace steered {
 
-constexpr bool kHoldsEqualKeys = true;  // a map, given a key that it has already, holds both; else it refuses and does not count it
-constexpr bool kIsStrict = false;       // it tells locks and refusals, and withholds maps and memory when told to
-constexpr bool kCutsFields = false;     // HostText_AppendPadded does, and does not append all of a longer text
+constexpr bool kHoldsEqualKeys = true;  // a map, given a key that it has already, holds both; else
+                                        // it refuses and does not count it
+constexpr bool kIsStrict =
+    false;  // it tells locks and refusals, and withholds maps and memory when told to
+constexpr bool kCutsFields =
+    false;  // HostText_AppendPadded does, and does not append all of a longer text
 constexpr int32_t kEndOfInput = HostStreamError_End;
 
 // Reports since the last time, and from the first time on no longer printed.
@@ -25,14 +28,16 @@ struct Reports {
     int32_t nErrors, nAssertions;
 };
 inline Reports g_reports = {};
-constexpr HostReportHandlers kCounting = {nullptr, [](void *, uint64_t, int32_t, int32_t, const char *) { ++g_reports.nErrors; },
-                                          [](void *, uint64_t, int32_t, int32_t, const char *) { ++g_reports.nAssertions; }};
+constexpr HostReportHandlers kCounting = {
+    nullptr, [](void *, uint64_t, int32_t, int32_t, const char *) { ++g_reports.nErrors; },
+    [](void *, uint64_t, int32_t, int32_t, const char *) { ++g_reports.nAssertions; }};
 inline Reports takeReports() {
     Host_SetReportHandlers(&kCounting);
     return std::exchange(g_reports, {});
 }
 
-// Locks taken (true) and given back since the last time, nested ones left out; what the host was asked for against its contract.
+// Locks taken (true) and given back since the last time, nested ones left out; what the host was
+// asked for against its contract.
 inline std::vector<std::pair<const HostLock *, bool>> takeLocks() {
     return {};
 }
@@ -40,8 +45,8 @@ inline std::string takeRefusals() {
     return "";
 }
 
-// Whether a map can be had. Lets the n-th call from now on that needs memory fail, and with bFromThereOn the later ones too, until that is
-// ended, which tells whether any did.
+// Whether a map can be had. Lets the n-th call from now on that needs memory fail, and with
+// bFromThereOn the later ones too, until that is ended, which tells whether any did.
 constexpr bool hasMaps() {
     return true;
 }
@@ -58,7 +63,8 @@ inline int64_t nLive() {
 
 // A stream of bytes to be read, and a text to be appended to, on a strict host nRoom bytes at most.
 struct Input {
-    Input(const char *pBytes, size_t nBytes) : pOwned(HostInputStream_CreateInMemory(pBytes, nBytes), HostInputStream_Close) {}
+    Input(const char *pBytes, size_t nBytes)
+        : pOwned(HostInputStream_CreateInMemory(pBytes, nBytes), HostInputStream_Close) {}
     std::unique_ptr<HostInputStream, decltype(&HostInputStream_Close)> pOwned;
     HostInputStream *pStream = pOwned.get();
 };

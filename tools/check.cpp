@@ -1,4 +1,5 @@
-// check: whether an image is sound and no name in it is repeated. self-check: whether the module is.
+// check: whether an image is sound and no name in it is repeated. self-check: whether the module
+// is.
 #include <algorithm>
 #include <cstdio>
 #include <new>
@@ -22,7 +23,9 @@ public:
     Assertions &operator=(const Assertions &) = delete;
     ~Assertions() { Host_SetReportHandlers(mBefore); }
 
-    std::vector<std::string> texts() const { return mOutOfMemory ? throw std::bad_alloc() : mTexts; }
+    std::vector<std::string> texts() const {
+        return mOutOfMemory ? throw std::bad_alloc() : mTexts;
+    }
 
 private:
     static void note(void *pContext, uint64_t, int32_t nLine, int32_t, const char *szText) {
@@ -49,7 +52,8 @@ std::vector<std::string> auditFindings(NamesManager *mgr) {
 // A name that stands at an earlier index already: (that index, its own), ascending.
 using Repetition = std::pair<int32_t, int32_t>;
 
-// The lookup index yields the lowest index of a text, so every other name of that text shows itself. Texts are compared unchanged.
+// The lookup index yields the lowest index of a text, so every other name of that text shows
+// itself. Texts are compared unchanged.
 std::vector<Repetition> findRepetitions(NamesManager *mgr) {
     constexpr int32_t kTextUnchanged = -2;
     std::vector<Repetition> repetitions;
@@ -69,7 +73,8 @@ std::vector<Repetition> findRepetitions(NamesManager *mgr) {
     return repetitions;
 }
 
-std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vector<Repetition> &repetitions) {
+std::vector<std::string> describeRepetitions(NamesManager *mgr,
+                                             const std::vector<Repetition> &repetitions) {
     std::vector<std::string> findings;
     size_t nUnlisted = 0;
     for (size_t i = 0; i < repetitions.size();) {
@@ -85,13 +90,15 @@ std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vecto
             indices += " and " + std::to_string(i - begin - kMaxIndicesListed) + " more";
         }
         if (findings.size() < kMaxNamesListed) {
-            findings.push_back(quoted(NamesManager_GetName(mgr, original, 0)) + " is repeated: names " + indices);
+            findings.push_back(quoted(NamesManager_GetName(mgr, original, 0)) +
+                               " is repeated: names " + indices);
         } else {
             ++nUnlisted;
         }
     }
     if (nUnlisted > 0) {
-        findings.push_back(counted(static_cast<int64_t>(nUnlisted), "more text") + (nUnlisted == 1 ? " is" : " are") + " repeated");
+        findings.push_back(counted(static_cast<int64_t>(nUnlisted), "more text") +
+                           (nUnlisted == 1 ? " is" : " are") + " repeated");
     }
     return findings;
 }
@@ -100,17 +107,11 @@ std::vector<std::string> describeRepetitions(NamesManager *mgr, const std::vecto
 std::vector<std::string> findProblems(NamesManager *mgr, const std::string &image) {
     const Progress progress("checking");
     const std::string problem = loadProblem(mgr, image);
-    if (!problem.empty()) {
-        return {problem};
-    }
+    if (!problem.empty()) { return {problem}; }
     std::vector<std::string> findings = auditFindings(mgr);
-    if (!findings.empty()) {
-        return findings;
-    }
+    if (!findings.empty()) { return findings; }
     NamesManager_FindNames(mgr, nullptr, 0, 0, 0, nullptr);
-    if (mgr->nNames > 0 && !mgr->pLookupIndex) {
-        throw std::bad_alloc();
-    }
+    if (mgr->nNames > 0 && !mgr->pLookupIndex) { throw std::bad_alloc(); }
     return describeRepetitions(mgr, findRepetitions(mgr));
 }
 
@@ -122,14 +123,14 @@ int runCheck(const std::string &image) {
     for (const std::string &problem : problems) {
         std::fprintf(stderr, "names_tool: %s: %s\n", inputName(image).c_str(), problem.c_str());
     }
-    if (!problems.empty()) {
-        return 1;
-    }
-    Output().write(inputName(image) + ": sound, " + counted(mgr->nNames, "name") + ", none repeated\n");
+    if (!problems.empty()) { return 1; }
+    Output().write(inputName(image) + ": sound, " + counted(mgr->nNames, "name") +
+                   ", none repeated\n");
     return 0;
 }
 
-// The audits that the self-check runs report without being counted, so what they report counts here.
+// The audits that the self-check runs report without being counted, so what they report counts
+// here.
 int runSelfCheck() {
     const Assertions assertions;
     const int32_t nFailed = NamesManager_SelfCheck();

@@ -23,19 +23,24 @@ void visitRuns(NamesManager *mgr, const std::function<void(const TextRun &run)> 
         NamesManager_GetNameLengths(mgr, first, first + count - 1, 0, lengths.data());
         for (int32_t i = 0; i < count; ++i) {
             const NamePosition &position = mgr->pPositions[first + i];
-            visit({position.iBlock, position.nOffset, lengths[static_cast<size_t>(i)] + 1, first + i});
+            visit({position.iBlock, position.nOffset, lengths[static_cast<size_t>(i)] + 1,
+                   first + i});
         }
         first += count;
     }
 }
 
 Facts gatherFacts(NamesManager *mgr) {
-    Facts facts{.bPositions = mgr->pPositions != nullptr, .longest = NamesManager_GetMaxNameLength(mgr), .blocks = {}};
+    Facts facts{.bPositions = mgr->pPositions != nullptr,
+                .longest = NamesManager_GetMaxNameLength(mgr),
+                .blocks = {}};
     std::vector<int32_t> live(static_cast<size_t>(mgr->nBlocks));
-    visitRuns(mgr, [&live](const TextRun &run) { live[static_cast<size_t>(run.iBlock)] += run.nBytes; });
+    visitRuns(mgr,
+              [&live](const TextRun &run) { live[static_cast<size_t>(run.iBlock)] += run.nBytes; });
     for (size_t i = 0; i < live.size(); ++i) {
         const NameStorageBlock &block = mgr->pBlocks[i];
-        facts.blocks.push_back({block.nSize, block.nUsed, block.nUsed - live[i], block.nNamesInBlock});
+        facts.blocks.push_back(
+            {block.nSize, block.nUsed, block.nUsed - live[i], block.nNamesInBlock});
         facts.live += live[i];
         facts.dead += block.nUsed - live[i];
         facts.free += block.nSize - block.nUsed;

@@ -31,7 +31,8 @@ struct Facts {
 
 Facts gatherFacts(NamesManager *mgr);
 
-// Bytes that lie back to back in a block and belong to names: those of a segment, or of one name in individual-positions mode.
+// Bytes that lie back to back in a block and belong to names: those of a segment, or of one name in
+// individual-positions mode.
 struct TextRun {
     int32_t iBlock;
     int32_t nOffset;

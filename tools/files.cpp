@@ -38,9 +38,7 @@ std::string temporaryName() {
 }  // namespace
 
 Input::Input(const std::string &file) : mName(inputName(file)), mDescriptor(openInput(file)) {
-    if (mDescriptor < 0) {
-        fail(mName, "cannot open: " + systemError());
-    }
+    if (mDescriptor < 0) { fail(mName, "cannot open: " + systemError()); }
 }
 
 Input::~Input() {
@@ -49,9 +47,7 @@ Input::~Input() {
 
 size_t Input::read(char *pBuffer, size_t nBytes) {
     const std::ptrdiff_t nRead = readInput(mDescriptor, pBuffer, nBytes);
-    if (nRead < 0) {
-        fail(mName, "cannot read: " + systemError());
-    }
+    if (nRead < 0) { fail(mName, "cannot read: " + systemError()); }
     return static_cast<size_t>(nRead);
 }
 
@@ -61,9 +57,7 @@ Output::Output(const std::string &file, const std::string &input) : mName(file) 
         mpFile = stdout;
         return;
     }
-    if (isSameFile(file, input, "/dev/stdin")) {
-        fail(file, "cannot be read and written at once");
-    }
+    if (isSameFile(file, input, "/dev/stdin")) { fail(file, "cannot be read and written at once"); }
     open(file);
 }
 
@@ -72,30 +66,20 @@ void Output::open(const std::string &file) {
     const fs::file_status status = fs::status(file, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         mpFile = std::fopen(file.c_str(), "wb");
-        if (!mpFile) {
-            fail(file, "cannot open: " + systemError());
-        }
+        if (!mpFile) { fail(file, "cannot open: " + systemError()); }
         return;
     }
     const fs::path target = fs::weakly_canonical(file, error);
-    if (error) {
-        fail(file, "cannot write: " + error.message());
-    }
+    if (error) { fail(file, "cannot write: " + error.message()); }
     mTarget = target.string();
     mTemporary = (target.parent_path() / temporaryName()).string();
     mpFile = createTemporary(mTemporary, mTarget);
-    if (!mpFile) {
-        fail(file, "cannot create a file beside it: " + systemError());
-    }
+    if (!mpFile) { fail(file, "cannot create a file beside it: " + systemError()); }
 }
 
 Output::~Output() {
-    if (mpFile && mpFile != stdout) {
-        std::fclose(mpFile);
-    }
-    if (!mTemporary.empty()) {
-        removeTemporary(mTemporary);
-    }
+    if (mpFile && mpFile != stdout) { std::fclose(mpFile); }
+    if (!mTemporary.empty()) { removeTemporary(mTemporary); }
 }
 
 bool Output::isTerminal() const {
@@ -107,9 +91,7 @@ bool Output::tryWrite(const void *pData, size_t nBytes) {
 }
 
 void Output::write(const std::string &text) {
-    if (!tryWrite(text.data(), text.size())) {
-        fail(mName, "cannot write: " + systemError());
-    }
+    if (!tryWrite(text.data(), text.size())) { fail(mName, "cannot write: " + systemError()); }
 }
 
 void Output::print(const char *szFormat, ...) {
@@ -117,9 +99,7 @@ void Output::print(const char *szFormat, ...) {
     va_start(arguments, szFormat);
     const int nPrinted = std::vfprintf(mpFile, szFormat, arguments);
     va_end(arguments);
-    if (nPrinted < 0) {
-        fail(mName, "cannot write: " + systemError());
-    }
+    if (nPrinted < 0) { fail(mName, "cannot write: " + systemError()); }
 }
 
 void Output::flush() {
@@ -131,29 +111,21 @@ void Output::flush() {
 
 void Output::finish() {
     flush();
-    if (mpFile == stdout) {
-        return;
-    }
+    if (mpFile == stdout) { return; }
     const bool bReplaces = !mTemporary.empty();
     const bool bSynced = !bReplaces || syncFile(mpFile);
     const std::string reason = systemError();
     if (std::fclose(std::exchange(mpFile, nullptr)) != 0) {
         fail(mName, "cannot write: " + systemError());
     }
-    if (!bSynced) {
-        fail(mName, "cannot write: " + reason);
-    }
-    if (bReplaces) {
-        putInPlace();
-    }
+    if (!bSynced) { fail(mName, "cannot write: " + reason); }
+    if (bReplaces) { putInPlace(); }
 }
 
 void Output::putInPlace() {
     std::error_code error;
     fs::rename(mTemporary, mTarget, error);
-    if (error) {
-        fail(mName, "cannot replace it: " + error.message());
-    }
+    if (error) { fail(mName, "cannot replace it: " + error.message()); }
     keepTemporary();
     mTemporary.clear();
     if (!syncFolderOf(mTarget)) {

@@ -31,11 +31,13 @@ private:
     int mDescriptor;
 };
 
-// Standard output; or a file, replaced in one step: whatever goes wrong, an older one stays whole and nothing is left beside it; or a pipe
-// or device, written as it comes. Everything here fails when a byte could not be written.
+// Standard output; or a file, replaced in one step: whatever goes wrong, an older one stays whole
+// and nothing is left beside it; or a pipe or device, written as it comes. Everything here fails
+// when a byte could not be written.
 class Output {
 public:
-    // file: "-" for standard output. input: what the command reads, which must not be the same file; "" for nothing.
+    // file: "-" for standard output. input: what the command reads, which must not be the same
+    // file; "" for nothing.
     explicit Output(const std::string &file = "-", const std::string &input = "");
     Output(const Output &) = delete;
     Output &operator=(const Output &) = delete;
@@ -51,7 +53,8 @@ public:
     void print(const char *szFormat, ...) TOOLS_PRINTF_LIKE;
     void flush();
 
-    // Puts the file in its place. Without it, what was written is thrown away, as far as it has not gone.
+    // Puts the file in its place. Without it, what was written is thrown away, as far as it has not
+    // gone.
     void finish();
 
 private:

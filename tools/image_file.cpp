@@ -31,20 +31,23 @@ int32_t swapped(int32_t number) {
 }
 
 Counts swapped(const Counts &counts) {
-    return {swapped(counts.nNames),    swapped(counts.nBlocks),        swapped(counts.nBlocksAlloc),
-            swapped(counts.nSegments), swapped(counts.nSegmentsAlloc), swapped(counts.nPositionsAlloc)};
+    return {swapped(counts.nNames),         swapped(counts.nBlocks),
+            swapped(counts.nBlocksAlloc),   swapped(counts.nSegments),
+            swapped(counts.nSegmentsAlloc), swapped(counts.nPositionsAlloc)};
 }
 
 bool arePlausible(const Counts &counts) {
-    return counts.nNames >= 0 && 1 <= counts.nBlocks && counts.nBlocks <= counts.nBlocksAlloc && 0 <= counts.nSegments &&
-           counts.nSegments <= counts.nSegmentsAlloc && counts.nPositionsAlloc >= 0 &&
+    return counts.nNames >= 0 && 1 <= counts.nBlocks && counts.nBlocks <= counts.nBlocksAlloc &&
+           0 <= counts.nSegments && counts.nSegments <= counts.nSegmentsAlloc &&
+           counts.nPositionsAlloc >= 0 &&
            (counts.nSegmentsAlloc == 0 || counts.nPositionsAlloc == 0);
 }
 
 // Counts of the size that counts have are huge, or negative, in the other byte order.
 bool areOfOtherOrder(const Counts &counts) {
     const Counts other = swapped(counts);
-    return arePlausible(other) && static_cast<uint32_t>(other.nBlocks) < static_cast<uint32_t>(counts.nBlocks);
+    return arePlausible(other) &&
+           static_cast<uint32_t>(other.nBlocks) < static_cast<uint32_t>(counts.nBlocks);
 }
 
 // ---- Reading ----
@@ -59,9 +62,7 @@ using Bytes = std::unique_ptr<HostOutputStream, StreamCloser>;  // a stream in m
 // All 0 where the bytes are too few.
 Counts countsIn(const void *pBytes, uint64_t nBytes) {
     Counts counts;
-    if (nBytes >= sizeof counts) {
-        std::memcpy(&counts, pBytes, sizeof counts);
-    }
+    if (nBytes >= sizeof counts) { std::memcpy(&counts, pBytes, sizeof counts); }
     return counts;
 }
 
@@ -76,20 +77,16 @@ Counts countsOf(const std::string &image) {
     return countsIn(bytes.data(), Input(image).read(bytes.data(), bytes.size()));
 }
 
-// Everything that comes from a pipe, so that its beginning can be looked at when it could not be loaded. What is no image may have no end:
-// of that, some bytes.
+// Everything that comes from a pipe, so that its beginning can be looked at when it could not be
+// loaded. What is no image may have no end: of that, some bytes.
 Bytes gather(const std::string &image) {
     Input input(image);
     Bytes bytes(HostOutputStream_CreateInMemory());
-    if (!bytes) {
-        throw std::bad_alloc();
-    }
+    if (!bytes) { throw std::bad_alloc(); }
     std::vector<char> chunk(kChunk);
     size_t nGathered = 0;
     while (const size_t nRead = input.read(chunk.data(), chunk.size())) {
-        if (HostStream_Write(bytes.get(), chunk.data(), nRead) != 0) {
-            throw std::bad_alloc();
-        }
+        if (HostStream_Write(bytes.get(), chunk.data(), nRead) != 0) { throw std::bad_alloc(); }
         nGathered += nRead;
         const Counts counts = countsOf(bytes.get());
         if (nGathered >= sizeof counts && !arePlausible(counts) && !arePlausible(swapped(counts))) {
@@ -102,10 +99,9 @@ Bytes gather(const std::string &image) {
 InputStream openStream(const std::string &image, const HostOutputStream *pGathered) {
     uint64_t nBytes = 0;
     const void *pMemory = pGathered ? HostOutputStream_GetMemory(pGathered, &nBytes) : nullptr;
-    InputStream stream(pGathered ? HostInputStream_CreateInMemory(pMemory, nBytes) : HostInputStream_CreateForFile(image.c_str()));
-    if (!stream) {
-        fail(inputName(image), "cannot open: " + systemError());
-    }
+    InputStream stream(pGathered ? HostInputStream_CreateInMemory(pMemory, nBytes)
+                                 : HostInputStream_CreateForFile(image.c_str()));
+    if (!stream) { fail(inputName(image), "cannot open: " + systemError()); }
     return stream;
 }
 
@@ -118,7 +114,9 @@ struct FileStream {
 };
 
 int32_t writeToOutput(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
-    return reinterpret_cast<FileStream *>(pStream)->pOutput->tryWrite(pData, nBytes) ? 0 : HostStreamError_IO;
+    return reinterpret_cast<FileStream *>(pStream)->pOutput->tryWrite(pData, nBytes)
+               ? 0
+               : HostStreamError_IO;
 }
 
 constexpr HostOutputStreamOps kFileOps = {writeToOutput};
@@ -135,17 +133,15 @@ std::string loadProblem(NamesManager *mgr, const std::string &image) {
     const int nError = errno;
     char cBeyond = 0;
     if (nCode == 0) {
-        return HostStream_Read(stream.get(), &cBeyond, 1) == 0 ? "not an image of names alone: more bytes follow" : "";
+        return HostStream_Read(stream.get(), &cBeyond, 1) == 0
+                   ? "not an image of names alone: more bytes follow"
+                   : "";
     }
-    if (nCode == HostStreamError_IO) {
-        fail(inputName(image), "cannot read: " + systemError());
-    }
+    if (nCode == HostStreamError_IO) { fail(inputName(image), "cannot read: " + systemError()); }
     if (areOfOtherOrder(bDirect ? countsOf(image) : countsOf(gathered.get()))) {
         return "an image from a machine of the other byte order";
     }
-    if (nCode == HostStreamError_End) {
-        return "not an image of names: it ends too early";
-    }
+    if (nCode == HostStreamError_End) { return "not an image of names: it ends too early"; }
     if (nError == ENOMEM) {
         fail(inputName(image), "out of memory: it asks for more than there is");
     }
@@ -156,9 +152,7 @@ ManagerHandle loadImage(const std::string &image) {
     const Progress progress("loading");
     ManagerHandle mgr = makeManager();
     const std::string problem = loadProblem(mgr.get(), image);
-    if (!problem.empty()) {
-        fail(inputName(image), problem);
-    }
+    if (!problem.empty()) { fail(inputName(image), problem); }
     return mgr;
 }
 

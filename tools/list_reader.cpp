@@ -13,13 +13,12 @@ namespace {
 constexpr size_t kChunk = size_t{4} << 20;
 constexpr size_t kMaxNameLength = 1048575;
 
-// The most that is kept of an unfinished name: enough to see that it is too long, one blank beyond it, a carriage return, a NUL.
+// The most that is kept of an unfinished name: enough to see that it is too long, one blank beyond
+// it, a carriage return, a NUL.
 constexpr size_t kMaxRest = kMaxNameLength + 3;
 
 size_t lengthWithoutBlanks(const char *begin, const char *end) {
-    while (end > begin && end[-1] == ' ') {
-        --end;
-    }
+    while (end > begin && end[-1] == ' ') { --end; }
     return static_cast<size_t>(end - begin);
 }
 
@@ -46,17 +45,16 @@ bool ListReader::next() {
     return !mNames.empty();
 }
 
-// Moves the unfinished name to the front. Blanks beyond the longest name count only if more text follows, and one of them shows that as
-// well as all, so a line of any length stays within the buffer.
+// Moves the unfinished name to the front. Blanks beyond the longest name count only if more text
+// follows, and one of them shows that as well as all, so a line of any length stays within the
+// buffer.
 void ListReader::keepRest() {
     size_t nRest = mFilled - mRest;
     std::memmove(mBuffer.data(), mBuffer.data() + mRest, nRest);
     if (nRest > kMaxNameLength + 2) {
         const bool bReturn = endsInReturn(mBuffer.data(), mBuffer.data() + nRest);
         nRest = kMaxNameLength + 1;
-        if (bReturn) {
-            mBuffer[nRest++] = '\r';
-        }
+        if (bReturn) { mBuffer[nRest++] = '\r'; }
     }
     mRest = 0;
     mFilled = nRest;
@@ -65,10 +63,12 @@ void ListReader::keepRest() {
 
 // Whether the buffer may be the beginning of a byte order mark.
 bool ListReader::mayBeMark() const {
-    return mAtStart && !mNull && mFilled < kByteOrderMark.size() && kByteOrderMark.compare(0, mFilled, mBuffer.data(), mFilled) == 0;
+    return mAtStart && !mNull && mFilled < kByteOrderMark.size() &&
+           kByteOrderMark.compare(0, mFilled, mBuffer.data(), mFilled) == 0;
 }
 
-// Reads until the buffer is full (but for the NUL that ends a last name), or once if eager. Drops a byte order mark.
+// Reads until the buffer is full (but for the NUL that ends a last name), or once if eager. Drops a
+// byte order mark.
 void ListReader::fill() {
     const size_t nRoom = mBuffer.size() - 1;
     bool bEnough = false;
@@ -93,10 +93,9 @@ void ListReader::split() {
     char *pEnd = mBuffer.data() + mFilled;
     char *pName = mBuffer.data();
     for (char *pSearch = pName + mSearched; pSearch < pEnd;) {
-        auto *pNameEnd = static_cast<char *>(std::memchr(pSearch, mNull ? '\0' : '\n', static_cast<size_t>(pEnd - pSearch)));
-        if (!pNameEnd) {
-            break;
-        }
+        auto *pNameEnd = static_cast<char *>(
+            std::memchr(pSearch, mNull ? '\0' : '\n', static_cast<size_t>(pEnd - pSearch)));
+        if (!pNameEnd) { break; }
         addName(pName, endsInReturn(pName, pNameEnd) ? pNameEnd - 1 : pNameEnd);
         pName = pSearch = pNameEnd + 1;
     }

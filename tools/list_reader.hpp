@@ -1,4 +1,5 @@
-// Lists of names: text files with one name per line, or with names ended by NULs, read in large chunks and split in place.
+// Lists of names: text files with one name per line, or with names ended by NULs, read in large
+// chunks and split in place.
 #ifndef TOOLS_LIST_READER_HPP
 #define TOOLS_LIST_READER_HPP
 
@@ -12,8 +13,8 @@ namespace tool {
 
 class ListReader {
 public:
-    // list: a file, or "-" for standard input. bNull: names end by NUL. bEager: hand names out as soon as a read delivers any, for someone
-    // typing.
+    // list: a file, or "-" for standard input. bNull: names end by NUL. bEager: hand names out as
+    // soon as a read delivers any, for someone typing.
     ListReader(const std::string &list, bool bNull, bool bEager = false);
     ListReader(const ListReader &) = delete;
     ListReader &operator=(const ListReader &) = delete;
@@ -21,11 +22,13 @@ public:
     // Reads on. False at the end of the list. Fails, with file and place, on what cannot be a name.
     bool next();
 
-    // What the last next() read, NUL-terminated, without line ends (LF or CR LF) and a byte order mark (UTF-8) before the first line, with
-    // (most of) the trailing blanks; good until the next one.
+    // What the last next() read, NUL-terminated, without line ends (LF or CR LF) and a byte order
+    // mark (UTF-8) before the first line, with (most of) the trailing blanks; good until the next
+    // one.
     std::vector<const char *> &names() { return mNames; }
 
-    // For messages: the list's name, names read up to and with the last next(), and "line 3" or "entry 3" for the one with that number.
+    // For messages: the list's name, names read up to and with the last next(), and "line 3" or
+    // "entry 3" for the one with that number.
     const std::string &name() const { return mInput.name(); }
     int64_t namesRead() const { return mNamesRead; }
     std::string place(int64_t iNumber) const;

@@ -13,7 +13,8 @@ namespace {
 
 enum class Kind { section, subsection, label, paragraph, example, option };
 
-// A paragraph's text is one line, an example's as many as it has; what: the option that the text describes.
+// A paragraph's text is one line, an example's as many as it has; what: the option that the text
+// describes.
 struct Item {
     Kind kind;
     std::string text;
@@ -23,10 +24,9 @@ struct Item {
 using Items = std::vector<Item>;
 
 void addOptions(Items &items, const CLI::App &app, bool bWithHelp) {
-    for (const CLI::Option *pOption : app.get_options([](const CLI::Option *p) { return !p->get_group().empty(); })) {
-        if (pOption == app.get_help_ptr() && !bWithHelp) {
-            continue;
-        }
+    for (const CLI::Option *pOption :
+         app.get_options([](const CLI::Option *p) { return !p->get_group().empty(); })) {
+        if (pOption == app.get_help_ptr() && !bWithHelp) { continue; }
         const bool bOperand = pOption->get_positional();
         std::string name = pOption->get_name(bOperand, !bOperand);
         if (const size_t iComma = name.find(','); iComma != std::string::npos) {
@@ -43,13 +43,12 @@ void addOptions(Items &items, const CLI::App &app, bool bWithHelp) {
 std::vector<std::string> linesOf(const std::string &text) {
     std::istringstream stream(text);
     std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
+    for (std::string line; std::getline(stream, line);) { lines.push_back(line); }
     return lines;
 }
 
-// A line that ends with ':' is a heading, lines that begin with two blanks are an example, other lines fill paragraphs.
+// A line that ends with ':' is a heading, lines that begin with two blanks are an example, other
+// lines fill paragraphs.
 void addFooter(Items &items, const CLI::App &app, Kind heading) {
     constexpr size_t kIndent = 2;
     bool bGoesOn = false;  // the line before may be of the same item
@@ -79,7 +78,8 @@ Items makeManual(const CLI::App &app) {
     const auto commands = app.get_subcommands([](const CLI::App *) { return true; });
     std::string usage;
     for (const CLI::App *pCommand : commands) {
-        usage += (usage.empty() ? "" : "\n") + synopsis(*pCommand, app.get_name() + " " + pCommand->get_name());
+        usage += (usage.empty() ? "" : "\n") +
+                 synopsis(*pCommand, app.get_name() + " " + pCommand->get_name());
     }
     Items items = {{Kind::section, "Synopsis"},
                    {Kind::example, usage},
@@ -137,8 +137,9 @@ std::string roffLines(const std::vector<std::string> &lines) {
 }
 
 std::string upperCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+        return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    });
     return text;
 }
 
@@ -152,7 +153,8 @@ std::string roffItem(const Item &item, bool bFirst) {
     case Kind::label: return begin + ".B " + roff(item.text) + ":\n";
     case Kind::paragraph: return begin + roffLines(wrapped(roff(item.text), kWidth));
     case Kind::example: return ".RS 4\n.nf\n" + roffLines(linesOf(roff(item.text))) + ".fi\n.RE\n";
-    case Kind::option: return ".TP\n.B " + roff(item.what) + "\n" + roffLines(wrapped(roff(item.text), kWidth));
+    case Kind::option:
+        return ".TP\n.B " + roff(item.what) + "\n" + roffLines(wrapped(roff(item.text), kWidth));
     }
     return "";
 }
@@ -190,7 +192,8 @@ std::string markdownItem(const Item &item) {
 
 std::string manPage(const CLI::App &app, const std::string &version, const std::string &date) {
     const std::string &name = app.get_name();
-    std::string page = ".TH " + upperCase(name) + " 1 " + date + " \"" + name + " " + version + "\" \"User Commands\"\n";
+    std::string page = ".TH " + upperCase(name) + " 1 " + date + " \"" + name + " " + version +
+                       "\" \"User Commands\"\n";
     page += ".SH NAME\n" + name + " \\- keeps lists of names in images\n";
     Kind before = Kind::paragraph;
     for (const Item &item : makeManual(app)) {
@@ -204,13 +207,12 @@ std::string markdownPage(const CLI::App &app) {
     std::string page = "# The command-line tool " + app.get_name() + "\n";
     Kind before = Kind::paragraph;
     for (const Item &item : makeManual(app)) {
-        if (item.kind != Kind::option || before != Kind::option) {
-            page += "\n";
-        }
+        if (item.kind != Kind::option || before != Kind::option) { page += "\n"; }
         page += markdownItem(item);
         before = item.kind;
     }
-    return page + "\n<!-- Made by names_tool --markdown-page; what it says stands in tools/names_tool.cpp. -->\n";
+    return page + "\n<!-- Made by names_tool --markdown-page; what it says stands in "
+                  "tools/names_tool.cpp. -->\n";
 }
 
 }  // namespace tool

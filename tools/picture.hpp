@@ -9,8 +9,9 @@
 
 namespace tool {
 
-// Writes the picture: a row per block, each as wide as any other; of more than 40 blocks, several share a row. From left to right a row
-// shows its bytes: live ones in the colour of the names' indices, dead ones, free ones. Its size is bounded whatever mgr holds.
+// Writes the picture: a row per block, each as wide as any other; of more than 40 blocks, several
+// share a row. From left to right a row shows its bytes: live ones in the colour of the names'
+// indices, dead ones, free ones. Its size is bounded whatever mgr holds.
 void drawPicture(Output &output, NamesManager *mgr, const Facts &facts, const std::string &image);
 
 }  // namespace tool

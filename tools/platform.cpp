@@ -15,7 +15,8 @@ namespace {
 // The file that a signal removes, NULL: none. A handler may look at nothing else.
 std::atomic<const char *> temporaryPath{nullptr};
 std::atomic<int> temporaryDescriptor{-1};
-static_assert(std::atomic<const char *>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<const char *>::is_always_lock_free &&
+              std::atomic<int>::is_always_lock_free);
 
 }  // namespace
 
@@ -35,7 +36,8 @@ bool sync(int descriptor) {
     return _commit(descriptor) == 0;
 }
 
-// All that permissions say here is that a file must not be written; what is about to be replaced may be.
+// All that permissions say here is that a file must not be written; what is about to be replaced
+// may be.
 bool copyPermissions(const std::string &, int) {
     return true;
 }
@@ -43,8 +45,7 @@ bool copyPermissions(const std::string &, int) {
 }  // namespace
 
 void prepareProcess() {
-    for (std::FILE *pFile : {stdin, stdout})
-        _setmode(fileno(pFile), O_BINARY);
+    for (std::FILE *pFile : {stdin, stdout}) _setmode(fileno(pFile), O_BINARY);
 }
 
 void leaveSignalsToOthers() {}
@@ -61,9 +62,7 @@ void beforeRemovalBySignal() {}
 // Not every file system can wait, which is no failure.
 bool sync(int descriptor) {
     int nResult = 0;
-    do {
-        nResult = fsync(descriptor);
-    } while (nResult != 0 && errno == EINTR);
+    do { nResult = fsync(descriptor); } while (nResult != 0 && errno == EINTR);
     return nResult == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
@@ -82,9 +81,7 @@ void prepareProcess() {
 void leaveSignalsToOthers() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int nSignal : kEndingSignals) {
-        sigaddset(&signals, nSignal);
-    }
+    for (const int nSignal : kEndingSignals) { sigaddset(&signals, nSignal); }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
@@ -105,9 +102,7 @@ extern "C" void removeAndEnd(int nSignal) {
 // Signals that are ignored, as those behind nohup, stay so.
 void watchSignals() {
     for (const int nSignal : kEndingSignals) {
-        if (std::signal(nSignal, SIG_IGN) != SIG_IGN) {
-            std::signal(nSignal, removeAndEnd);
-        }
+        if (std::signal(nSignal, SIG_IGN) != SIG_IGN) { std::signal(nSignal, removeAndEnd); }
     }
 }
 
@@ -130,16 +125,12 @@ int openInput(const std::string &file) {
 std::ptrdiff_t readInput(int descriptor, char *pBuffer, size_t nBytes) {
     while (true) {
         const auto nRead = read(descriptor, pBuffer, static_cast<unsigned>(nBytes));
-        if (nRead >= 0 || errno != EINTR) {
-            return nRead;
-        }
+        if (nRead >= 0 || errno != EINTR) { return nRead; }
     }
 }
 
 void closeInput(int descriptor) {
-    if (descriptor != STDIN_FILENO) {
-        close(descriptor);
-    }
+    if (descriptor != STDIN_FILENO) { close(descriptor); }
 }
 
 std::FILE *createTemporary(const std::string &path, const std::string &older) {
@@ -147,13 +138,15 @@ std::FILE *createTemporary(const std::string &path, const std::string &older) {
     const bool bReplaces = std::filesystem::exists(older, error);
     watchSignals();
     temporaryPath = path.c_str();  // before there is a file, so that no signal comes in between
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | kBinary, bReplaces ? 0600 : 0666);
+    const int descriptor =
+        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | kBinary, bReplaces ? 0600 : 0666);
     if (descriptor < 0) {
         keepTemporary();
         return nullptr;
     }
     temporaryDescriptor = descriptor;
-    std::FILE *pFile = !bReplaces || copyPermissions(older, descriptor) ? fdopen(descriptor, "wb") : nullptr;
+    std::FILE *pFile =
+        !bReplaces || copyPermissions(older, descriptor) ? fdopen(descriptor, "wb") : nullptr;
     if (!pFile) {
         closeQuietly(descriptor);
         removeTemporary(path);
@@ -179,9 +172,7 @@ bool syncFile(std::FILE *pFile) {
 bool syncFolderOf(const std::string &path) {
     const std::string folder = std::filesystem::path(path).parent_path().string();
     const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY);
-    if (descriptor < 0) {
-        return true;
-    }
+    if (descriptor < 0) { return true; }
     const bool bSynced = sync(descriptor);
     closeQuietly(descriptor);
     return bSynced;

@@ -1,4 +1,5 @@
-// What POSIX systems and Windows do differently: nothing else in tools/ asks which system it runs on. Functions that fail set errno.
+// What POSIX systems and Windows do differently: nothing else in tools/ asks which system it runs
+// on. Functions that fail set errno.
 #ifndef TOOLS_PLATFORM_HPP
 #define TOOLS_PLATFORM_HPP
 
@@ -8,8 +9,9 @@
 
 namespace tool {
 
-// To be called first. Standard streams carry bytes as they are; whoever stops reading our output ends us quietly; a file that grows beyond
-// what is permitted is an error like any other. On Windows only the first of these.
+// To be called first. Standard streams carry bytes as they are; whoever stops reading our output
+// ends us quietly; a file that grows beyond what is permitted is an error like any other. On
+// Windows only the first of these.
 void prepareProcess();
 
 bool isTerminal(std::FILE *pFile);
@@ -23,9 +25,10 @@ std::ptrdiff_t readInput(int descriptor, char *pBuffer, size_t nBytes);
 // Does not close standard input.
 void closeInput(int descriptor);
 
-// Creates a file to write to, which must not exist yet, with the permissions of the file older, else with the usual ones. A signal that
-// asks the process to end (INT, TERM, HUP, QUIT; on Windows INT, TERM, BREAK), unless it is ignored, removes the file before it ends the
-// process. path must stay where it is until keepTemporary or removeTemporary. NULL on failure.
+// Creates a file to write to, which must not exist yet, with the permissions of the file older,
+// else with the usual ones. A signal that asks the process to end (INT, TERM, HUP, QUIT; on Windows
+// INT, TERM, BREAK), unless it is ignored, removes the file before it ends the process. path must
+// stay where it is until keepTemporary or removeTemporary. NULL on failure.
 std::FILE *createTemporary(const std::string &path, const std::string &older);
 
 // From here on no signal removes the file.
@@ -35,11 +38,12 @@ void removeTemporary(const std::string &path);
 // Waits until the file, which is flushed, is on its device.
 bool syncFile(std::FILE *pFile);
 
-// Waits until the entries of the folder that holds path are on their device. Where folders cannot be opened, Windows among them, it does
-// nothing.
+// Waits until the entries of the folder that holds path are on their device. Where folders cannot
+// be opened, Windows among them, it does nothing.
 bool syncFolderOf(const std::string &path);
 
-// Leaves signals that end the process to the other threads: while one removes the temporary file, it must not be just about to be made.
+// Leaves signals that end the process to the other threads: while one removes the temporary file,
+// it must not be just about to be made.
 void leaveSignalsToOthers();
 
 }  // namespace tool

@@ -19,9 +19,7 @@ constexpr int kLineWidth = 60;  // more than the longest line
 }  // namespace
 
 Progress::Progress(const char *szWork) : mWork(szWork) {
-    if (!isTerminal(stderr)) {
-        return;
-    }
+    if (!isTerminal(stderr)) { return; }
     try {
         mTicker = std::thread([this] { tick(); });
     } catch (const std::system_error &) {
@@ -30,9 +28,7 @@ Progress::Progress(const char *szWork) : mWork(szWork) {
 }
 
 Progress::~Progress() {
-    if (!mTicker.joinable()) {
-        return;
-    }
+    if (!mTicker.joinable()) { return; }
     {
         const std::lock_guard lock(mMutex);
         mDone = true;
@@ -50,9 +46,7 @@ void Progress::tick() {
     leaveSignalsToOthers();
     const auto begin = Clock::now();
     std::unique_lock lock(mMutex);
-    if (mStopped.wait_for(lock, 1s, [this] { return mDone; })) {
-        return;
-    }
+    if (mStopped.wait_for(lock, 1s, [this] { return mDone; })) { return; }
     do {
         printLine(std::chrono::duration<double>(Clock::now() - begin).count());
     } while (!mStopped.wait_for(lock, 200ms, [this] { return mDone; }));
@@ -64,7 +58,8 @@ void Progress::printLine(double seconds) const {
     std::array<char, kLineWidth + 1> line{};
     const char *szWork = mWork;
     if (const int64_t nNames = mNames) {
-        std::snprintf(line.data(), line.size(), "%s, %.1f s, %" PRId64 " name%s", szWork, seconds, nNames, nNames == 1 ? "" : "s");
+        std::snprintf(line.data(), line.size(), "%s, %.1f s, %" PRId64 " name%s", szWork, seconds,
+                      nNames, nNames == 1 ? "" : "s");
     } else {
         std::snprintf(line.data(), line.size(), "%s, %.1f s", szWork, seconds);
     }

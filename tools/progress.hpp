@@ -1,4 +1,5 @@
-// A line on standard error about work that takes longer than a second, if standard error is a terminal; gone when the work is done.
+// A line on standard error about work that takes longer than a second, if standard error is a
+// terminal; gone when the work is done.
 #ifndef TOOLS_PROGRESS_HPP
 #define TOOLS_PROGRESS_HPP
 

@@ -36,9 +36,7 @@ std::string quoted(const char *text) {
         if (byte < 0x20 || byte == 0x7f) {
             result += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
         } else {
-            if (byte == '"' || byte == '\\') {
-                result += '\\';
-            }
+            if (byte == '"' || byte == '\\') { result += '\\'; }
             result += *text;
         }
     }
@@ -47,9 +45,7 @@ std::string quoted(const char *text) {
 
 ManagerHandle makeManager() {
     ManagerHandle mgr(NamesManager_Create(nullptr, nullptr));
-    if (!mgr) {
-        throw std::bad_alloc();
-    }
+    if (!mgr) { throw std::bad_alloc(); }
     return mgr;
 }
 
@@ -61,9 +57,7 @@ void visitNames(NamesManager *mgr, const NamesVisitor &visit) {
         if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, names.data()) != 0) {
             throw std::bad_alloc();
         }
-        if (!visit(first, count, names.data())) {
-            return;
-        }
+        if (!visit(first, count, names.data())) { return; }
         first += count;
     }
 }

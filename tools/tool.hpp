@@ -44,7 +44,8 @@ using ManagerHandle = std::unique_ptr<NamesManager, ManagerDeleter>;
 
 ManagerHandle makeManager();
 
-// Loads the image into mgr. "" or what is wrong with the image; fails when the file cannot be read or memory runs out.
+// Loads the image into mgr. "" or what is wrong with the image; fails when the file cannot be read
+// or memory runs out.
 std::string loadProblem(NamesManager *mgr, const std::string &image);
 
 // The names of an image, which must be sound.
@@ -53,19 +54,21 @@ ManagerHandle loadImage(const std::string &image);
 // Writes the image and finishes the output.
 void saveImage(NamesManager *mgr, Output &output);
 
-// Calls visit for all names in order, some thousands at a time, until it answers false: the index of the first, how many, pointers to
-// their texts.
+// Calls visit for all names in order, some thousands at a time, until it answers false: the index
+// of the first, how many, pointers to their texts.
 using NamesVisitor = std::function<bool(int32_t first, int32_t count, const char *const *names)>;
 void visitNames(NamesManager *mgr, const NamesVisitor &visit);
 
-// The commands; each returns the exit status. bNull: names in lists and output end by NUL instead of a line's end.
+// The commands; each returns the exit status. bNull: names in lists and output end by NUL instead
+// of a line's end.
 int runImport(const std::string &list, const std::string &image, bool bNull);
 int runExport(const std::string &image, const std::string &list, bool bNull);
 struct FindOptions {
     bool bOneBased;
     bool bNull;
 };
-int runFind(const std::string &image, const std::vector<std::string> &names, const FindOptions &options);
+int runFind(const std::string &image, const std::vector<std::string> &names,
+            const FindOptions &options);
 // picture: the file to draw the storage into, instead of telling about it; "" for none.
 int runShow(const std::string &image, bool bJson, const std::string &picture);
 int runCheck(const std::string &image);

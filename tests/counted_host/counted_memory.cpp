@@ -1,4 +1,5 @@
-// The shipped memory service once more, with every call counted in front of it. Stands in for host/host_memory.cpp.
+// The shipped memory service once more, with every call counted in front of it. Stands in for
+// host/host_memory.cpp.
 #include "tests/counted_host/counted_memory.h"
 
 #include <atomic>
@@ -7,7 +8,8 @@
 
 namespace {
 
-// Plain counters without any order between them: tests set the failure up before the calls that it is meant for.
+// Plain counters without any order between them: tests set the failure up before the calls that it
+// is meant for.
 std::atomic<int64_t> g_nCalls{0};
 std::atomic<int64_t> g_nLive{0};
 std::atomic<int64_t> g_iFirstFailing{INT64_MAX};
@@ -17,10 +19,9 @@ std::atomic<uint64_t> g_nMostBytes{UINT64_MAX};
 // Counts one call that obtains memory; false when the call is to fail.
 bool mayObtain(uint64_t nBytes) {
     const int64_t iCall = g_nCalls.fetch_add(1, std::memory_order_relaxed) + 1;
-    if (nBytes > g_nMostBytes.load(std::memory_order_relaxed)) {
-        return false;
-    }
-    return iCall < g_iFirstFailing.load(std::memory_order_relaxed) || iCall > g_iLastFailing.load(std::memory_order_relaxed);
+    if (nBytes > g_nMostBytes.load(std::memory_order_relaxed)) { return false; }
+    return iCall < g_iFirstFailing.load(std::memory_order_relaxed) ||
+           iCall > g_iLastFailing.load(std::memory_order_relaxed);
 }
 
 }  // namespace
@@ -31,9 +32,7 @@ void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
 
 void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
     void *pMemory = mayObtain(nBytes) ? host::plainAlloc(nBytes) : nullptr;
-    if (pMemory != nullptr) {
-        g_nLive.fetch_add(1, std::memory_order_relaxed);
-    }
+    if (pMemory != nullptr) { g_nLive.fetch_add(1, std::memory_order_relaxed); }
     return pMemory;
 }
 
@@ -46,9 +45,7 @@ void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t /*nSourceTag*/, i
 }
 
 void HostMem_Free(void *pMemory, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
-    if (pMemory == nullptr) {
-        return;
-    }
+    if (pMemory == nullptr) { return; }
     g_nLive.fetch_sub(1, std::memory_order_relaxed);
     host::plainFree(pMemory);
 }

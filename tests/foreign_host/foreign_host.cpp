@@ -27,14 +27,11 @@ struct HostPool {
 namespace {
 
 bool isMemoryToFail(const char *szFile, int32_t nLine) {
-    if (g_foreignHost.nFailAt == 0 || --g_foreignHost.nFailAt > 0) {
-        return false;
-    }
-    if (g_foreignHost.bFailFromThere) {
-        g_foreignHost.nFailAt = 1;
-    }
+    if (g_foreignHost.nFailAt == 0 || --g_foreignHost.nFailAt > 0) { return false; }
+    if (g_foreignHost.bFailFromThere) { g_foreignHost.nFailAt = 1; }
     const std::string file = szFile;
-    g_foreignHost.failedSites.insert(file.substr(file.rfind('/') + 1) + ':' + std::to_string(nLine));
+    g_foreignHost.failedSites.insert(file.substr(file.rfind('/') + 1) + ':' +
+                                     std::to_string(nLine));
     return true;
 }
 
@@ -74,10 +71,10 @@ std::string_view fenceOf(void *pMemory) {
 
 // New memory holds no zero bytes, and memory given back is overwritten.
 void *obtain(uint64_t nBytes, uint64_t nTag, const char *szFile, int32_t nLine) {
-    auto *pHeader = isMemoryToFail(szFile, nLine) ? nullptr : static_cast<Header *>(std::malloc(sizeof(Header) + nBytes + kFence));
-    if (pHeader == nullptr) {
-        return nullptr;
-    }
+    auto *pHeader = isMemoryToFail(szFile, nLine)
+                        ? nullptr
+                        : static_cast<Header *>(std::malloc(sizeof(Header) + nBytes + kFence));
+    if (pHeader == nullptr) { return nullptr; }
     *pHeader = {nBytes, nTag};
     void *pMemory = std::memset(pHeader + 1, 0xa5, std::min(nBytes, kMarked));
     std::memset(static_cast<char *>(pMemory) + nBytes, '|', kFence);
@@ -86,17 +83,17 @@ void *obtain(uint64_t nBytes, uint64_t nTag, const char *szFile, int32_t nLine) 
 }
 
 void giveBack(void *pMemory, uint64_t nTag) {
-    if (pMemory == nullptr) {
-        return;
-    }
+    if (pMemory == nullptr) { return; }
     refuse(headerOf(pMemory).nTag != nTag, "Memory of another tag given back");
-    refuse(fenceOf(pMemory).find_first_not_of('|') != std::string_view::npos, "Bytes written behind an allocation");
+    refuse(fenceOf(pMemory).find_first_not_of('|') != std::string_view::npos,
+           "Bytes written behind an allocation");
     std::memset(pMemory, 0x5a, std::min(headerOf(pMemory).nBytes, kMarked));
     --g_foreignHost.nLive;
     std::free(&headerOf(pMemory));
 }
 
-// Holds one entry for each text: an equal key is reported, not added. A key's text must stay what it was.
+// Holds one entry for each text: an equal key is reported, not added. A key's text must stay what
+// it was.
 struct Entry {
     int32_t nValue;
     size_t nHash;
@@ -108,9 +105,7 @@ struct RefusingMap {
 std::set<HostHashMap *> g_liveMaps;
 
 auto &entriesOf(HostHashMap *pMap) {
-    if (!g_liveMaps.contains(pMap)) {
-        std::abort();
-    }
+    if (!g_liveMaps.contains(pMap)) { std::abort(); }
     return reinterpret_cast<RefusingMap *>(pMap)->entries;
 }
 
@@ -120,14 +115,13 @@ size_t hashOf(std::string_view text) {
 
 auto findEntry(HostHashMap *pMap, const char *szKey) {
     const auto found = entriesOf(pMap).find(szKey);
-    refuse(found != entriesOf(pMap).end() && hashOf(found->first) != found->second.nHash, "A key changed in the map");
+    refuse(found != entriesOf(pMap).end() && hashOf(found->first) != found->second.nHash,
+           "A key changed in the map");
     return found;
 }
 
 int32_t append(HostText *pText, const std::string &more) {
-    if (more.size() > pText->nRoom) {
-        return -6;
-    }
+    if (more.size() > pText->nRoom) { return -6; }
     pText->text += more;
     pText->nRoom -= more.size();
     return 0;
@@ -156,11 +150,10 @@ void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, c
 }
 
 // Always moves.
-void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine, const char *szFile) {
+void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine,
+                      const char *szFile) {
     void *pMoved = HostMem_Alloc(nBytes, nSourceTag, nLine, szFile);
-    if (pMoved == nullptr || pMemory == nullptr) {
-        return pMoved;
-    }
+    if (pMoved == nullptr || pMemory == nullptr) { return pMoved; }
     std::memcpy(pMoved, pMemory, std::min(nBytes, headerOf(pMemory).nBytes));
     giveBack(pMemory, nSourceTag);
     return pMoved;
@@ -176,9 +169,7 @@ static std::atomic<uintptr_t> &ownerOf(HostLock *pLock) {
 }
 
 int32_t HostLock_Init(HostLock *pLock, const char *szFile, int32_t nLine) {
-    if (isMemoryToFail(szFile, nLine)) {
-        return -9;
-    }
+    if (isMemoryToFail(szFile, nLine)) { return -9; }
     *pLock = {};
     new (&pLock->nOwner) std::atomic<uintptr_t>(0);
     ++g_foreignHost.nLive;
@@ -187,32 +178,26 @@ int32_t HostLock_Init(HostLock *pLock, const char *szFile, int32_t nLine) {
 
 void HostLock_Acquire(HostLock *pLock) {
     std::atomic<uintptr_t> &owner = ownerOf(pLock);
-    for (uintptr_t nNobody = 0; owner != thisThread() && !owner.compare_exchange_weak(nNobody, thisThread()); nNobody = 0) {
+    for (uintptr_t nNobody = 0;
+         owner != thisThread() && !owner.compare_exchange_weak(nNobody, thisThread());
+         nNobody = 0) {
         std::this_thread::yield();
     }
-    if (++pLock->nDepth == 1) {
-        noteLock(pLock, true);
-    }
+    if (++pLock->nDepth == 1) { noteLock(pLock, true); }
     ++g_foreignHost.nLockDepth;
 }
 
 void HostLock_Release(HostLock *pLock) {
     std::atomic<uintptr_t> &owner = ownerOf(pLock);
-    if (owner != thisThread()) {
-        std::abort();
-    }
+    if (owner != thisThread()) { std::abort(); }
     --g_foreignHost.nLockDepth;
-    if (--pLock->nDepth > 0) {
-        return;
-    }
+    if (--pLock->nDepth > 0) { return; }
     noteLock(pLock, false);
     owner = 0;
 }
 
 void HostLock_Destroy(HostLock *pLock) {
-    if (pLock->nDepth != 0) {
-        std::abort();
-    }
+    if (pLock->nDepth != 0) { std::abort(); }
     --g_foreignHost.nLive;
 }
 
@@ -222,24 +207,23 @@ void Host_ReportError(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const c
     ++g_foreignHost.nErrors;
 }
 
-void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat, ...) {
+void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat,
+                          ...) {
     expectCaller(nSourceTag, nLine);
     refuse(nCode != 0 || szFormat == nullptr, "An assertion with a code or without a text");
     ++g_foreignHost.nAssertions;
 }
 
-void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected, const char *szActual) {
+void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected,
+                             const char *szActual) {
     expectCaller(nSourceTag, nLine);
-    if (std::strcmp(szExpected, szActual) != 0) {
-        ++g_foreignHost.nAssertions;
-    }
+    if (std::strcmp(szExpected, szActual) != 0) { ++g_foreignHost.nAssertions; }
 }
 
-HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExpected, const char *szFile, int32_t nLine) {
+HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExpected,
+                                const char *szFile, int32_t nLine) {
     refuse(pKeyKind != &HostHashMap_StringKeys || nExpected < 1, "A map of other keys or for none");
-    if (g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) {
-        return nullptr;
-    }
+    if (g_foreignHost.bFailMaps || isMemoryToFail(szFile, nLine)) { return nullptr; }
     ++g_foreignHost.nLive;
     return *g_liveMaps.insert(&(new RefusingMap{{0}, {}})->host).first;
 }
@@ -249,36 +233,27 @@ int32_t HostHashMap_Find(HostHashMap *pMap, const char *szKey) {
     return found == entriesOf(pMap).end() ? -1 : found->second.nValue;
 }
 
-int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting, const char *szFile, int32_t nLine) {
+int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue,
+                           int32_t *pnExisting, const char *szFile, int32_t nLine) {
     refuse(nValue < 0, "A negative value");
-    if (isMemoryToFail(szFile, nLine)) {
-        return -5;
-    }
+    if (isMemoryToFail(szFile, nLine)) { return -5; }
     const auto found = findEntry(pMap, szKey);
     const bool bNew = found == entriesOf(pMap).end();
-    if (pnExisting != nullptr) {
-        *pnExisting = bNew ? -1 : found->second.nValue;
-    }
-    if (bNew) {
-        entriesOf(pMap).emplace(szKey, Entry{nValue, hashOf(szKey)}), ++pMap->nEntries;
-    }
+    if (pnExisting != nullptr) { *pnExisting = bNew ? -1 : found->second.nValue; }
+    if (bNew) { entriesOf(pMap).emplace(szKey, Entry{nValue, hashOf(szKey)}), ++pMap->nEntries; }
     return 0;
 }
 
 int32_t HostHashMap_Remove(HostHashMap *pMap, const char *szKey) {
     const auto found = findEntry(pMap, szKey);
-    if (found == entriesOf(pMap).end()) {
-        return 1;
-    }
+    if (found == entriesOf(pMap).end()) { return 1; }
     entriesOf(pMap).erase(found), --pMap->nEntries;
     return 0;
 }
 
 // The keys may be gone already.
 void HostHashMap_Release(HostHashMap *pMap) {
-    if (g_liveMaps.erase(pMap) == 0) {
-        std::abort();
-    }
+    if (g_liveMaps.erase(pMap) == 0) { std::abort(); }
     --g_foreignHost.nLive;
     delete reinterpret_cast<RefusingMap *>(pMap);
 }
@@ -288,13 +263,16 @@ HostPool *HostPool_Get(void) {
     return &pool;
 }
 
-void *HostPool_Alloc(HostPool *pPool, uint64_t nBytes, int32_t nReserved1, int32_t nReserved2, const char *szFile, int32_t nLine) {
-    refuse(pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0, "Another pool or reserved arguments");
+void *HostPool_Alloc(HostPool *pPool, uint64_t nBytes, int32_t nReserved1, int32_t nReserved2,
+                     const char *szFile, int32_t nLine) {
+    refuse(pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0,
+           "Another pool or reserved arguments");
     return obtain(nBytes, kPoolTag, szFile, nLine);
 }
 
 void HostPool_Free(HostPool *pPool, void *pMemory, int32_t nReserved1, int32_t nReserved2) {
-    refuse(pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0, "Another pool or reserved arguments");
+    refuse(pPool != HostPool_Get() || nReserved1 != 0 || nReserved2 != 0,
+           "Another pool or reserved arguments");
     giveBack(pMemory, kPoolTag);
 }
 
@@ -316,9 +294,7 @@ int32_t HostText_AppendRepeated(HostText *pText, int64_t nCount, char cCharacter
 
 int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes) {
     const uint64_t nTaken = std::min(nBytes, pStream->nLeft);
-    if (nTaken > 0) {
-        std::memcpy(pBuffer, pStream->pNext, nTaken);
-    }
+    if (nTaken > 0) { std::memcpy(pBuffer, pStream->pNext, nTaken); }
     pStream->pNext += nTaken;
     pStream->nLeft -= nTaken;
     return nTaken == nBytes ? 0 : kForeignReadError;

@@ -1,5 +1,6 @@
-// What tests see and steer of the foreign host: a second implementation of the host services, with other internals than the shipped one and
-// stricter. It stands for any other host that the module is moved to. Where its types do not differ it uses the shipped declarations.
+// What tests see and steer of the foreign host: a second implementation of the host services, with
+// other internals than the shipped one and stricter. It stands for any other host that the module
+// is moved to. Where its types do not differ it uses the shipped declarations.
 #pragma once
 #include <atomic>
 #include <cstdint>
@@ -13,7 +14,8 @@
 #include "host/host_text.h"
 
 struct ForeignHost {
-    std::atomic<int64_t> nFailAt{0};          // the n-th of the calls that need memory fails, locks, maps and insertions too; 0: none
+    std::atomic<int64_t> nFailAt{0};  // the n-th of the calls that need memory fails, locks, maps
+                                      // and insertions too; 0: none
     std::atomic<bool> bFailFromThere{false};  // so do all later ones
     std::atomic<bool> bFailMaps{false};       // no map can be created
     std::atomic<int64_t> nLive{0};            // allocations, maps and locks not given back
@@ -21,9 +23,10 @@ struct ForeignHost {
     std::atomic<int64_t> nErrors{0};          // errors reported
     std::atomic<int64_t> nAssertions{0};      // violated expectations reported
     // for one thread only:
-    std::set<std::string> failedSites = {};                         // the calls that were made to fail, each as FILE:LINE
-    std::string refusals = {};                                      // what was asked for against the services' contracts
-    std::vector<std::pair<const HostLock *, bool>> heldLocks = {};  // taken and given back, nested ones left out, the first few
+    std::set<std::string> failedSites = {};  // the calls that were made to fail, each as FILE:LINE
+    std::string refusals = {};               // what was asked for against the services' contracts
+    std::vector<std::pair<const HostLock *, bool>> heldLocks =
+        {};  // taken and given back, nested ones left out, the first few
 };
 extern ForeignHost g_foreignHost;
 

@@ -1,5 +1,5 @@
-// Loads any bytes into a manager that holds a name. What is accepted goes through whatever can be done with a manager; what is refused must
-// leave what a clear does.
+// Loads any bytes into a manager that holds a name. What is accepted goes through whatever can be
+// done with a manager; what is refused must leave what a clear does.
 #include <iostream>
 
 #include "tests/counted_host/counted_memory.h"

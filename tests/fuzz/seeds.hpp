@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-// Where NAMES_FUZZ_SEEDS names a folder, writes the seeds there, a file for each, and ends the process.
+// Where NAMES_FUZZ_SEEDS names a folder, writes the seeds there, a file for each, and ends the
+// process.
 inline void writeSeeds(const std::vector<std::string> &seeds) {
     const char *szFolder = std::getenv("NAMES_FUZZ_SEEDS");
     if (szFolder == nullptr) return;

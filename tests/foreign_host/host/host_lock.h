@@ -8,7 +8,8 @@ typedef struct HostLock {
     uintptr_t nOwner; /* an address that differs from thread to thread; 0: nobody holds the lock */
 } HostLock;
 extern "C" {
-int32_t HostLock_Init(HostLock *pLock, const char *szFile = __builtin_FILE(), int32_t nLine = __builtin_LINE());
+int32_t HostLock_Init(HostLock *pLock, const char *szFile = __builtin_FILE(),
+                      int32_t nLine = __builtin_LINE());
 void HostLock_Acquire(HostLock *pLock);
 void HostLock_Release(HostLock *pLock);
 void HostLock_Destroy(HostLock *pLock);

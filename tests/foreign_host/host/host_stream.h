@@ -13,7 +13,8 @@ typedef struct HostOutputStreamOps {
 struct HostOutputStream {
     const HostOutputStreamOps *pOps;
 };
-static inline int32_t HostStream_Write(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
+static inline int32_t HostStream_Write(HostOutputStream *pStream, const void *pData,
+                                       uint64_t nBytes) {
     return pStream->pOps->pfnWrite(pStream, pData, nBytes);
 }
 int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes);

@@ -1,5 +1,5 @@
-// What tests see and steer of the host that they run on: here the foreign one. tests/steered_host.hpp, in front of which this is found,
-// tells what each of these is.
+// What tests see and steer of the host that they run on: here the foreign one.
+// tests/steered_host.hpp, in front of which this is found, tells what each of these is.
 #pragma once
 
 #include "foreign_host.h"

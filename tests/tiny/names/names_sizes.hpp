@@ -1,8 +1,8 @@
-/* The module's sizes for tests: a handful of names fills tables, blocks and segments. */
+// The module's sizes for tests: a handful of names fills tables, blocks and segments.
 #ifndef NAMES_NAMES_SIZES_HPP
 #define NAMES_NAMES_SIZES_HPP
 
-#include <stdint.h>
+#include <cstdint>
 
 namespace names {
 
