@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "host/host_report.h"
-#include "names/names_internal.hpp"
+#include "names/audit.hpp"
 
 namespace names {
 

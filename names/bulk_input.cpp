@@ -1,11 +1,8 @@
 // Storing names given back to back in one buffer, or as a field that need not end in a NUL.
-#include <cstring>
-
 #include <algorithm>
 
-#include "host/host_memory.h"
-#include "names/names_internal.hpp"
-#include "names/text_walk.hpp"
+#include "names/storage/text_walk.hpp"
+#include "names/storing.hpp"
 
 namespace names {
 

@@ -1,12 +1,11 @@
 // The check for repeated names before they are stored.
-#include <cctype>
-#include <cstring>
-
 #include <algorithm>
+#include <cctype>
 
-#include "host/host_memory.h"
 #include "host/host_pool.h"
-#include "names/names_internal.hpp"
+#include "names/generating.hpp"
+#include "names/lookup.hpp"
+#include "names/storage/key_lists.hpp"
 
 namespace names {
 

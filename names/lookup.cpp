@@ -1,77 +1,16 @@
-// Finding indices by name: the hash index over the stored texts, and the scan that stands in for it
-// when it cannot be built.
-#include <cstring>
+// Finding indices by name: in the hash index, or by the scan that stands in for it when it cannot
+// be built.
+#include "names/lookup.hpp"
 
 #include <algorithm>
 
-#include "names/names_internal.hpp"
+#include "names/retrieval.hpp"
+#include "names/storage/key_lists.hpp"
+#include "names/storage/lookup_index.hpp"
 
 namespace names {
 
-void dropIndex(NamesManager *mgr) {
-    if (mgr->pLookupIndex != nullptr) {
-        HostHashMap_Release(mgr->pLookupIndex);
-        mgr->pLookupIndex = nullptr;
-    }
-}
-
-void findKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t *pnValues) {
-#ifdef HOST_HASH_MAP_HAS_LISTS
-    HostHashMap_FindList(pMap, ppKeys, nKeys, pnValues);
-#else
-    for (int32_t k = 0; k < nKeys; ++k) {
-        pnValues[k] = ppKeys[k] != nullptr ? HostHashMap_Find(pMap, ppKeys[k]) : -1;
-    }
-#endif
-}
-
-int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t nFirstValue,
-                   int32_t *pnExisting) {
-#ifdef HOST_HASH_MAP_HAS_LISTS
-    return static_cast<int32_t>(
-        HostHashMap_InsertList(pMap, ppKeys, nKeys, nFirstValue, pnExisting));
-#else
-    for (int32_t k = 0; k < nKeys; ++k) {
-        int32_t nExisting = -1;
-        if (ppKeys[k] != nullptr &&
-            HostHashMap_Insert(pMap, ppKeys[k], nFirstValue + k, &nExisting) != 0) {
-            return k;
-        }
-        if (pnExisting != nullptr) { pnExisting[k] = nExisting; }
-    }
-    return nKeys;
-#endif
-}
-
-void indexTexts(NamesManager *mgr, const char *pText, const int32_t *lengths, int32_t nNames,
-                int32_t iFirst) {
-    if (mgr->pLookupIndex == nullptr) { return; }
-    if (nNames == 1) {
-        if (HostHashMap_Insert(mgr->pLookupIndex, pText, iFirst, nullptr) != 0) { dropIndex(mgr); }
-        return;
-    }
-    const char *apNames[kMaxSegmentNames];
-    for (int32_t k = 0; k < nNames; ++k) {
-        apNames[k] = pText;
-        pText += lengths[k] + 1;
-    }
-    if (insertKeys(mgr->pLookupIndex, apNames, nNames, iFirst, nullptr) < nNames) {
-        dropIndex(mgr);
-    }
-}
-
 namespace {
-
-void buildIndex(NamesManager *mgr) {
-    mgr->pLookupIndex = HostHashMap_Create(&HostHashMap_StringKeys, mgr->nNames);
-    const char *apNames[kMaxSegmentNames];
-    NameReader reader = startReading(mgr, {0, mgr->nNames - 1});
-    for (int32_t i = 0; mgr->pLookupIndex != nullptr && i < mgr->nNames;) {
-        const int32_t nNames = readNames(&reader, apNames, nullptr);
-        if (insertKeys(mgr->pLookupIndex, apNames, nNames, i, nullptr) < nNames) { dropIndex(mgr); }
-        i += nNames;
-    }
-}
 
 // Reads on from the cursor as any sequential reader does, and so moves it.
 int32_t scanForText(NamesManager *mgr, const char *szText) {
@@ -109,13 +48,6 @@ const char *lookupText(const char *pName, SoughtText sought, TextBuffer *pBuffer
 }
 
 }  // namespace
-
-NameLookupIndex *currentIndex(NamesManager *mgr) {
-    if (isIndexCurrent(mgr)) { return mgr->pLookupIndex; }
-    dropIndex(mgr);
-    if (mgr->nNames > 0) { buildIndex(mgr); }
-    return mgr->pLookupIndex;
-}
 
 int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound) {
     if (ppTexts[0] == nullptr) {

@@ -1,56 +1,28 @@
 // Replacing stored names.
 //
-// In segment mode the range is taken run by run, a run being what lies in one segment:
+// In segment mode the range is taken piece by piece, a piece being what lies in one segment:
 //
-//     segment s        [ front | run | back ]        front and back keep their text where it is
-//                              |
+//     segment s        [ front | middle | back ]     front and back keep their text where it is
+//                                |
 //                 rewritten in place, grown at the end of its block, or moved to another
-//                              |
-//     s-1 [ ... ]  [ front ][ run ][ back ]  [ ... ] s+1
+//                                |
+//     s-1 [ ... ]  [ front ][ middle ][ back ]  [ ... ] s+1
 //                  merged again with neighbours that its text still touches
 //
 // The records that this leaves are worked out first; the table then changes once.
-#include <cstring>
-
 #include <algorithm>
 
-#include "host/host_memory.h"
-#include "names/names_internal.hpp"
-#include "names/text_walk.hpp"
+#include "names/storage/blocks.hpp"
+#include "names/storage/longest.hpp"
+#include "names/storage/lookup_index.hpp"
+#include "names/storage/positions.hpp"
+#include "names/storage/segments.hpp"
+#include "names/storage/text_walk.hpp"
+#include "names/storing.hpp"
 
 namespace names {
 
 namespace {
-
-// The new length of a name that had nOld bytes, against the known maximum.
-void noteReplacedLength(NamesManager *mgr, int32_t nOld, int32_t nNew) {
-    if (nNew > nOld && nNew > mgr->nMaxNameLength) {
-        mgr->nMaxNameLength = nNew;
-        mgr->nMaxNameLengthCount = 1;
-    } else if (nNew < nOld && nOld == mgr->nMaxNameLength && --mgr->nMaxNameLengthCount == 0) {
-        mgr->nMaxNameLength = -1;
-    }
-}
-
-// Brings a known maximum up to date before any text changes.
-void updateMaxLength(NamesManager *mgr, IndexRange range, const int32_t *lengths) {
-    int32_t *oldLengths = lengthsForMaximum(mgr, range);
-    for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
-        noteReplacedLength(mgr, oldLengths[k], lengths[k]);
-    }
-    HostMem_Free(oldLengths, kSourceTag, __LINE__);
-}
-
-// Takes the old texts out of the index before any of them changes: they are its keys.
-void removeFromIndex(NamesManager *mgr, IndexRange range) {
-    if (mgr->pLookupIndex == nullptr) { return; }
-    const char *apNames[kMaxSegmentNames];
-    NameReader reader = startReading(mgr, range);
-    for (int32_t n = readNames(&reader, apNames, nullptr); n > 0;
-         n = readNames(&reader, apNames, nullptr)) {
-        for (int32_t k = 0; k < n; ++k) { HostHashMap_Remove(mgr->pLookupIndex, apNames[k]); }
-    }
-}
 
 // ---- Individual-positions mode ----
 
@@ -90,81 +62,6 @@ int32_t replaceByPosition(NamesManager *mgr, IndexRange range, GivenNames given,
 }
 
 // ---- Segment mode ----
-
-// A run and what is left of its segment around it. A piece without names has an iLast below its
-// iFirst.
-struct Cut {
-    int32_t iSegment;
-    NameSegment front;
-    NameSegment run;
-    NameSegment back;
-};
-
-bool isPiece(const NameSegment &piece) {
-    return piece.iFirst <= piece.iLast;
-}
-
-Cut cutSegment(const NamesManager *mgr, int32_t iSegment, int32_t iFirst, int32_t iLast) {
-    const NameSegment whole = mgr->pSegments[iSegment];
-    const char *pText = textAt(mgr, whole.iBlock, whole.nOffset);
-    const char *pLimit = textLimit(mgr, whole.iBlock);
-    const int32_t nFront = bytesOfNames(pText, pLimit, iFirst - whole.iFirst);
-    const int32_t nFrontAndRun =
-        iLast == whole.iLast ? whole.nBytes
-                             : nFront + bytesOfNames(pText + nFront, pLimit, iLast - iFirst + 1);
-    Cut cut = {iSegment, whole, whole, whole};
-    cut.front.iLast = iFirst - 1;
-    cut.front.nBytes = nFront;
-    cut.run = {iFirst, iLast, whole.iBlock, whole.nOffset + nFront, nFrontAndRun - nFront};
-    cut.back.iFirst = iLast + 1;
-    cut.back.nOffset += nFrontAndRun;
-    cut.back.nBytes -= nFrontAndRun;
-    return cut;
-}
-
-bool canMerge(const NameSegment &a, const NameSegment &b) {
-    return a.iBlock == b.iBlock && a.nOffset + a.nBytes == b.nOffset &&
-           b.iLast - a.iFirst + 1 <= kMaxMergedNames;
-}
-
-// Puts the pieces of a cut into the table in place of the segment they came from; the run is merged
-// with what its text touches, forwards only where it ends the range. Without bMerge the bare cut
-// stays. The table must have room for two more records. The number of the segment that holds the
-// run afterwards.
-int32_t putBack(NamesManager *mgr, const Cut &cut, bool bMerge, bool bEndsRange) {
-    int32_t iBegin = cut.iSegment;
-    int32_t iEnd = cut.iSegment + 1;
-    const bool bFront = isPiece(cut.front);
-    const bool bBack = isPiece(cut.back);
-    NameSegment run = cut.run;
-    const NameSegment *pBefore = bFront       ? &cut.front
-                                 : iBegin > 0 ? &mgr->pSegments[iBegin - 1]
-                                              : nullptr;
-    const NameSegment *pAfter = bBack                   ? &cut.back
-                                : iEnd < mgr->nSegments ? &mgr->pSegments[iEnd]
-                                                        : nullptr;
-    const bool bMergeBefore = bMerge && pBefore != nullptr && canMerge(*pBefore, run);
-    if (bMergeBefore) {
-        run.iFirst = pBefore->iFirst;
-        run.nOffset = pBefore->nOffset;
-        run.nBytes += pBefore->nBytes;
-        iBegin -= bFront ? 0 : 1;
-    }
-    const bool bMergeAfter = bMerge && bEndsRange && pAfter != nullptr && canMerge(run, *pAfter);
-    if (bMergeAfter) {
-        run.iLast = pAfter->iLast;
-        run.nBytes += pAfter->nBytes;
-        iEnd += bBack ? 0 : 1;
-    }
-    NameSegment aRecords[3];
-    int32_t nRecords = 0;
-    if (bFront && !bMergeBefore) { aRecords[nRecords++] = cut.front; }
-    const int32_t iRun = iBegin + nRecords;
-    aRecords[nRecords++] = run;
-    if (bBack && !bMergeAfter) { aRecords[nRecords++] = cut.back; }
-    spliceSegments(mgr, iBegin, iEnd, aRecords, nRecords);
-    return iRun;
-}
 
 // Gives the run room for nNew bytes: where it is, by growing at its block's end, or elsewhere.
 // False without memory.
@@ -229,8 +126,8 @@ int32_t replaceInSegments(NamesManager *mgr, IndexRange *pRange, GivenNames *pGi
 }  // namespace
 
 int32_t replaceNames(NamesManager *mgr, IndexRange range, GivenNames given) {
-    updateMaxLength(mgr, range, given.lengths);
-    removeFromIndex(mgr, range);
+    noteReplacedLengths(mgr, range, given.lengths);
+    unindexNames(mgr, range);
     int32_t iBlock = mgr->nBlocks - 1;
     int32_t nStatus = 0;
     if (mgr->pSegments != nullptr) {

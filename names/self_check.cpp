@@ -23,7 +23,7 @@
 
 #include "host/host_problem.h"
 #include "host/host_report.h"
-#include "names/names_internal.hpp"
+#include "names/audit.hpp"
 
 namespace names {
 

@@ -310,7 +310,8 @@ Case runScenario(const Scenario &scenario, int32_t nVariant, int32_t nFault, int
 // their line on.
 std::set<std::string> allSites() {
     std::set<std::string> sites;
-    for (const auto &entry : std::filesystem::directory_iterator(NAMES_SOURCES)) {
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(NAMES_SOURCES)) {
+        if (entry.is_directory()) { continue; }
         std::ifstream source(entry.path());
         std::string line;
         for (int32_t nLine = 1; std::getline(source, line); ++nLine) {

@@ -3,8 +3,8 @@
 // windows of 64 bytes, one mask bit per byte: two to five times faster than strlen per name. All
 // loads stay below the given limit, the end of the block's memory, and every caller knows that the
 // NULs it asks for exist.
-#ifndef NAMES_TEXT_WALK_HPP
-#define NAMES_TEXT_WALK_HPP
+#ifndef NAMES_STORAGE_TEXT_WALK_HPP
+#define NAMES_STORAGE_TEXT_WALK_HPP
 
 #include <cstdint>
 #include <cstring>

@@ -1,118 +1,17 @@
-// Saving and loading a manager's exact image, which docs/image_format.md describes for other
-// programs.
-//
-//     offset  bytes
-//          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc
-//                     (nNames -1: a saved NULL manager, nothing follows)
-//         24      32  szNameFormat
-//         56       4  nGeneratedNameBase
-//         60      32  szFirstGeneratedName
-//         92          nBlocks block records of 24: an address (8 bytes, 0, ignored), nSize, nUsed,
-//         nNamesInBlock, 0 (ignored)
-//                     nSegments segment records of 20: iFirst, iLast, iBlock, nOffset, nBytes
-//                     nNames position records of 8, if nPositionsAlloc > 0: iBlock, nOffset
-//                     the used text of every block, dead bytes included
-//                 20  iCursorName, iCursorSegment, iCursorBlock, nCursorOffset, nCursorMisses
-//
-// All numbers are signed, of 32 bits and in the machine's byte order.
-//
-// The loader trusts none of it. It builds everything aside, checks that each invariant of a manager
-// holds, and only then gives up what the manager held: a failed load leaves the manager as a clear
-// does.
-#include <cstring>
-
+// Loading a manager from an image. None of its bytes is trusted: everything is built aside, each
+// invariant of a manager is checked, and only then is what the manager held given up. A failed load
+// leaves the manager as a clear does.
 #include <algorithm>
 
-#include "host/host_memory.h"
-#include "names/names_internal.hpp"
-#include "names/text_walk.hpp"
+#include "names/image.hpp"
+#include "names/lifecycle.hpp"
+#include "names/storage/name_format.hpp"
+#include "names/storage/reading.hpp"
+#include "names/storage/text_walk.hpp"
 
 namespace names {
 
 namespace {
-
-struct ImageBlock {
-    uint64_t nAddress;
-    int32_t nSize;
-    int32_t nUsed;
-    int32_t nNamesInBlock;
-    int32_t nPadding;
-};
-
-constexpr int32_t kCursorNumbers = 5;
-
-// Tables are written and read as they lie in memory.
-static_assert(sizeof(ImageBlock) == 24 && sizeof(NameStorageBlock) == sizeof(ImageBlock));
-static_assert(sizeof(NameSegment) == 20 && sizeof(NamePosition) == 8);
-
-// ---- Saving ----
-
-// Writes until a write fails.
-struct Writer {
-    HostOutputStream *pStream;
-    int32_t nStatus;
-};
-
-void write(Writer *pWriter, const void *pData, uint64_t nBytes) {
-    if (pWriter->nStatus == 0) {
-        pWriter->nStatus = HostStream_Write(pWriter->pStream, pData, nBytes);
-    }
-}
-
-void writeNumber(Writer *pWriter, int32_t nNumber) {
-    write(pWriter, &nNumber, sizeof nNumber);
-}
-
-uint64_t tableBytes(int32_t nRecords, uint64_t nRecordBytes) {
-    return static_cast<uint64_t>(nRecords) * nRecordBytes;
-}
-
-// No address leaves the process, and equal managers save equal bytes, unless there is no memory to
-// put that table together.
-void writeBlockTable(Writer *pWriter, const NamesManager *mgr) {
-    const uint64_t nBytes = tableBytes(mgr->nBlocks, sizeof(ImageBlock));
-    ImageBlock *pTable = static_cast<ImageBlock *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (pTable == nullptr) {
-        write(pWriter, mgr->pBlocks, nBytes);
-        return;
-    }
-    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        pTable[b] = {0, mgr->pBlocks[b].nSize, mgr->pBlocks[b].nUsed, mgr->pBlocks[b].nNamesInBlock,
-                     0};
-    }
-    write(pWriter, pTable, nBytes);
-    HostMem_Free(pTable, kSourceTag, __LINE__);
-}
-
-int32_t save(const NamesManager *mgr, HostOutputStream *pStream) {
-    Writer writer = {pStream, 0};
-    writeNumber(&writer, mgr->nNames);
-    writeNumber(&writer, mgr->nBlocks);
-    writeNumber(&writer, mgr->nBlocksAlloc);
-    writeNumber(&writer, mgr->nSegments);
-    writeNumber(&writer, mgr->nSegmentsAlloc);
-    writeNumber(&writer, mgr->nPositionsAlloc);
-    write(&writer, mgr->szNameFormat, sizeof mgr->szNameFormat);
-    writeNumber(&writer, mgr->nGeneratedNameBase);
-    write(&writer, mgr->szFirstGeneratedName, sizeof mgr->szFirstGeneratedName);
-    writeBlockTable(&writer, mgr);
-    if (mgr->nSegments > 0) {
-        write(&writer, mgr->pSegments, tableBytes(mgr->nSegments, sizeof(NameSegment)));
-    }
-    if (mgr->pPositions != nullptr && mgr->nNames > 0) {
-        write(&writer, mgr->pPositions, tableBytes(mgr->nNames, sizeof(NamePosition)));
-    }
-    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        write(&writer, mgr->pBlocks[b].pData, static_cast<uint64_t>(mgr->pBlocks[b].nUsed));
-    }
-    const int32_t aCursor[kCursorNumbers] = {mgr->iCursorName, mgr->iCursorSegment,
-                                             mgr->iCursorBlock, mgr->nCursorOffset,
-                                             mgr->nCursorMisses};
-    write(&writer, aCursor, sizeof aCursor);
-    return writer.nStatus;
-}
-
-// ---- Loading ----
 
 // A manager's state while it is being read: the fields of the record, pBlocks, pSegments and
 // pPositions owned.
@@ -379,11 +278,11 @@ bool isSoundCursor(NamesManager *pRecord) {
     if (iName == -1) { return true; }
     if (pRecord->pSegments == nullptr || iName >= pRecord->nNames) { return false; }
     pRecord->iCursorName = -1;  // so that the name is looked for, not taken from the cursor
-    const Place place = locateName(pRecord, iName);
+    const NameLocation location = locateName(pRecord, iName);
     pRecord->iCursorName = iName;
-    return pRecord->iCursorSegment == place.iSegment &&
-           pRecord->iCursorBlock == pRecord->pSegments[place.iSegment].iBlock &&
-           pRecord->nCursorOffset == place.nOffset;
+    return pRecord->iCursorSegment == location.iSegment &&
+           pRecord->iCursorBlock == pRecord->pSegments[location.iSegment].iBlock &&
+           pRecord->nCursorOffset == location.nOffset;
 }
 
 // Reads what follows nNames. False if a read failed, the image is not sound or memory ran out.
@@ -450,16 +349,6 @@ int32_t load(NamesManager *mgr, HostInputStream *pStream) {
 }  // namespace names
 
 using namespace names;
-
-int32_t NamesManager_Save(NamesManager *mgr, void *reserved, HostOutputStream *stream) {
-    static_cast<void>(reserved);
-    if (mgr == nullptr) {
-        const int32_t nNoManager = -1;
-        return HostStream_Write(stream, &nNoManager, sizeof nNoManager);
-    }
-    ScopedLock lock(mgr);
-    return save(mgr, stream);
-}
 
 int32_t NamesManager_Load(NamesManager *mgr, void *reserved, HostInputStream *stream) {
     static_cast<void>(reserved);

@@ -1,0 +1,235 @@
+// Names as fields: copied into a caller's buffer, or appended to a host text.
+#include <algorithm>
+
+#include "names/generating.hpp"
+#include "names/retrieval.hpp"
+#include "names/storage/text_walk.hpp"
+
+namespace names {
+
+namespace {
+
+// Bytes from the reader's place to where the text of its segment ends.
+int32_t bytesToSegmentEnd(const NameReader &reader) {
+    const NameSegment &segment = reader.mgr->pSegments[reader.location.iSegment];
+    return segment.nOffset + segment.nBytes - reader.location.nOffset;
+}
+
+// Bytes of the next nNames names, all in the reader's segment. They are walked only where the
+// segment goes on behind them.
+int32_t bytesOfNext(const NameReader &reader, int32_t nNames) {
+    const NameSegment &segment = reader.mgr->pSegments[reader.location.iSegment];
+    if (reader.iNext + nNames - 1 == segment.iLast) { return bytesToSegmentEnd(reader); }
+    return bytesOfNames(textAt(reader.mgr, segment.iBlock, reader.location.nOffset),
+                        textLimit(reader.mgr, segment.iBlock), nNames);
+}
+
+// Bytes of a range in segment mode, NULs included; with bWholeSegments to the end of its last
+// segment, without a look at text.
+uint64_t bytesOfRange(NameReader reader, bool bWholeSegments) {
+    uint64_t nBytes = 0;
+    while (reader.iNext <= reader.iLast) {
+        const int32_t nNames = enterSegment(&reader);
+        const int32_t nHere =
+            bWholeSegments ? bytesToSegmentEnd(reader) : bytesOfNext(reader, nNames);
+        leaveNames(&reader, nNames, nHere);
+        nBytes += static_cast<uint64_t>(nHere);
+    }
+    return nBytes;
+}
+
+// Where the next piece goes. The first piece of all is none.
+char *copyPiece(char *pTo, const char *pPiece, size_t nPiece) {
+    if (pPiece != nullptr) { std::memcpy(pTo, pPiece, nPiece); }
+    return pTo + nPiece;
+}
+
+// Copies a range in segment mode as it lies, segments that touch in one piece. *pReader ends behind
+// the last name. The bytes copied.
+uint64_t copyRange(NameReader *pReader, char *pBuffer) {
+    char *pNext = pBuffer;
+    const char *pPiece = nullptr;
+    size_t nPiece = 0;
+    int32_t iBlock = -1;
+    while (pReader->iNext <= pReader->iLast) {
+        const int32_t nNames = enterSegment(pReader);
+        const int32_t iHere = pReader->mgr->pSegments[pReader->location.iSegment].iBlock;
+        const char *pText = textAt(pReader->mgr, iHere, pReader->location.nOffset);
+        if (iHere != iBlock || pText != pPiece + nPiece) {
+            pNext = copyPiece(pNext, pPiece, nPiece);
+            pPiece = pText;
+            nPiece = 0;
+            iBlock = iHere;
+        }
+        const int32_t nHere = bytesOfNext(*pReader, nNames);
+        leaveNames(pReader, nNames, nHere);
+        nPiece += static_cast<size_t>(nHere);
+    }
+    return static_cast<uint64_t>(copyPiece(pNext, pPiece, nPiece) - pBuffer);
+}
+
+// How names become fields; a width of 0 does not apply.
+struct FieldFormat {
+    int32_t nPad;
+    int32_t nCut;
+};
+
+uint64_t fieldBytes(FieldFormat format, int32_t nLength) {
+    const int64_t nPadded = std::max<int64_t>(int64_t{nLength} + 1, format.nPad);
+    return static_cast<uint64_t>(format.nCut != 0 ? std::min<int64_t>(nPadded, format.nCut)
+                                                  : nPadded);
+}
+
+bool isPlain(FieldFormat format) {
+    return format.nPad == 0 && format.nCut == 0;
+}
+
+uint64_t requiredSize(const NameReader &start, FieldFormat format) {
+    uint64_t nSize = 0;
+    NameReader reader = start;
+    if (format.nPad != 0 && format.nPad == format.nCut) {
+        return static_cast<uint64_t>(start.iLast - start.iNext + 1) *
+               static_cast<uint64_t>(format.nPad);
+    }
+    if (isPlain(format) && start.mgr->pSegments != nullptr) { return bytesOfRange(start, false); }
+    int32_t aLengths[kMaxSegmentNames];
+    for (int32_t n = readNames(&reader, nullptr, aLengths); n > 0;
+         n = readNames(&reader, nullptr, aLengths)) {
+        for (int32_t k = 0; k < n; ++k) { nSize += fieldBytes(format, aLengths[k]); }
+    }
+    return nSize;
+}
+
+constexpr size_t kLooseBytes = 16;
+
+// Copies 16 bytes at a time and so up to 15 more than asked for.
+void copyLoosely(char *pTo, const char *pFrom, size_t nBytes) {
+    for (size_t n = 0; n < nBytes; n += kLooseBytes) {
+        std::memcpy(pTo + n, pFrom + n, kLooseBytes);
+    }
+}
+
+void fillBlanksLoosely(char *pTo, size_t nBytes) {
+    for (size_t n = 0; n < nBytes; n += kLooseBytes) {
+        std::memcpy(pTo + n, "                ", kLooseBytes);
+    }
+}
+
+// Writes one field at pTo. With bLoose both sides have kLooseBytes to spare. Where the next field
+// goes.
+char *writeField(char *pTo, FieldFormat format, const char *pName, int32_t nLength, bool bLoose) {
+    const size_t nField = static_cast<size_t>(fieldBytes(format, nLength)) - 1;
+    const size_t nText = std::min(static_cast<size_t>(nLength), nField);
+    if (bLoose) {
+        copyLoosely(pTo, pName, nText);
+        fillBlanksLoosely(pTo + nText, nField - nText);
+    } else {
+        std::memcpy(pTo, pName, nText);
+        std::memset(pTo + nText, ' ', nField - nText);
+    }
+    pTo[nField] = 0;
+    return pTo + nField + 1;
+}
+
+// Tells whether kLooseBytes beyond the end of each of the nNames names read last can be read, as is
+// usual in segment mode.
+bool hasBytesBehind(const NameReader &reader, int32_t nNames) {
+    const NamesManager *mgr = reader.mgr;
+    return mgr->pSegments != nullptr && nNames > 0 &&
+           mgr->pBlocks[mgr->pSegments[reader.location.iSegment].iBlock].nSize -
+                   reader.location.nOffset >=
+               static_cast<int32_t>(kLooseBytes);
+}
+
+// Writes the fields of the range, nSize bytes in all. *pReader ends behind the last name.
+void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_t nSize) {
+    if (isPlain(format) && pReader->mgr->pSegments != nullptr) {
+        copyRange(pReader, pBuffer);
+        return;
+    }
+    const char *const pEnd = pBuffer + nSize;
+    const char *apNames[kMaxSegmentNames];
+    int32_t aLengths[kMaxSegmentNames];
+    for (int32_t n = readNames(pReader, apNames, aLengths); n > 0;
+         n = readNames(pReader, apNames, aLengths)) {
+        const bool bReadsOn = hasBytesBehind(*pReader, n);
+        for (int32_t k = 0; k < n; ++k) {
+            const int64_t nMost =
+                std::max<int64_t>(aLengths[k], format.nPad) + static_cast<int64_t>(kLooseBytes);
+            pBuffer = writeField(pBuffer, format, apNames[k], aLengths[k],
+                                 bReadsOn && pEnd - pBuffer > nMost);
+        }
+    }
+}
+
+// Tells without a look at text whether names in segment mode that go out as they lie fit in any
+// case: their whole segments do.
+bool surelyFits(const NameReader &start, FieldFormat format, uint64_t nBufferSize) {
+    return isPlain(format) && start.mgr->pSegments != nullptr && start.iNext <= start.iLast &&
+           bytesOfRange(start, true) <= nBufferSize;
+}
+
+int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *pBuffer,
+                 uint64_t nBufferSize, uint64_t *pnRequiredSize) {
+    if (range.last >= mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
+        return 1;
+    }
+    if (pnRequiredSize == nullptr && nBufferSize == 0) { return 0; }
+    NameReader reader = startReading(mgr, range);
+    const bool bFits = surelyFits(reader, format, nBufferSize);
+    const uint64_t nSize = bFits ? copyRange(&reader, pBuffer) : requiredSize(reader, format);
+    if (pnRequiredSize != nullptr) { *pnRequiredSize = nSize; }
+    if (nBufferSize == 0) { return 0; }
+    if (nSize > nBufferSize) { return 3; }
+    if (range.first <= range.last) {
+        if (!bFits) { writeFields(&reader, format, pBuffer, nSize); }
+        finishRetrieval(mgr, reader);
+    }
+    return 0;
+}
+
+}  // namespace
+
+}  // namespace names
+
+using namespace names;
+
+int32_t NamesManager_GetNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
+                              int32_t bPad, int32_t bTruncate, int32_t nWidth, char *pBuffer,
+                              uint64_t nBufferSize, uint64_t *pnRequiredSize) {
+    ScopedLock lock(mgr);
+    IndexRange range;
+    const bool bWidth = nWidth >= 1 || (bPad == 0 && bTruncate == 0);
+    if (!bWidth || (pBuffer == nullptr && nBufferSize != 0) ||
+        !toIndexRange(first, last, bOneBased, &range)) {
+        return 1;
+    }
+    const FieldFormat format = {bPad != 0 ? nWidth : 0, bTruncate != 0 ? nWidth : 0};
+    return getNames(mgr, range, format, pBuffer, nBufferSize, pnRequiredSize);
+}
+
+int32_t NamesManager_GetNameIntoBuffer(NamesManager *mgr, int32_t index, int32_t bOneBased,
+                                       int32_t bPad, int32_t bTruncate, int32_t nWidth,
+                                       char *pBuffer, uint64_t nBufferSize,
+                                       uint64_t *pnRequiredSize) {
+    return NamesManager_GetNames(mgr, index, index, bOneBased, bPad, bTruncate, nWidth, pBuffer,
+                                 nBufferSize, pnRequiredSize);
+}
+
+int32_t NamesManager_WriteNameToText(NamesManager *mgr, int32_t index, int32_t bOneBased,
+                                     int32_t bTrailingBlanks, int32_t bPad, int32_t nWidth,
+                                     HostText *text) {
+    const char *pName = nullptr;
+    const bool bWidth = nWidth >= 1 || (bPad == 0 && bTrailingBlanks == 0);
+    if (!bWidth || NamesManager_GetNamePointers(mgr, index, index, bOneBased, &pName) != 0) {
+        return 1;
+    }
+    const int64_t nCharacters = int64_t{nWidth} - 1;
+    const int32_t nAppended =
+        bPad != 0 ? HostText_AppendPadded(text, pName, nCharacters) : HostText_Append(text, pName);
+    if (nAppended != 0 ||
+        (bTrailingBlanks != 0 && HostText_AppendRepeated(text, nCharacters, ' ') != 0)) {
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,16 @@
+// Finding indices by name.
+#ifndef NAMES_LOOKUP_HPP
+#define NAMES_LOOKUP_HPP
+
+#include "names/storage/record.hpp"
+
+namespace names {
+
+// Looks names without trailing blanks up, each as if alone: their 0-based indices, -1 for none and
+// for NULL. How many were looked up: only the first where the next one may find another index, for
+// want of memory or on a host that makes it stale.
+int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound);
+
+}  // namespace names
+
+#endif

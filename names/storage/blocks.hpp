@@ -1,0 +1,54 @@
+// Text blocks: which one new text goes to, how names leave one, and when an empty one is released.
+#ifndef NAMES_STORAGE_BLOCKS_HPP
+#define NAMES_STORAGE_BLOCKS_HPP
+
+#include "names/storage/record.hpp"
+
+namespace names {
+
+inline const char *textAt(const NamesManager *mgr, int32_t iBlock, int32_t nOffset) {
+    return mgr->pBlocks[iBlock].pData + nOffset;
+}
+
+inline const char *textLimit(const NamesManager *mgr, int32_t iBlock) {
+    return textAt(mgr, iBlock, mgr->pBlocks[iBlock].nSize);
+}
+
+inline int64_t roomIn(const NameStorageBlock &block) {
+    return int64_t{block.nSize} - block.nUsed;
+}
+
+// The block that new text of nNeed bytes, NULs included, goes to: the last one with room, else a
+// new one; -1 if that could not be made. May move the block table.
+int32_t searchBlock(NamesManager *mgr, int64_t nNeed);
+inline int32_t chooseBlock(NamesManager *mgr, int64_t nNeed) {
+    const int32_t iLast = mgr->nBlocks - 1;
+    return roomIn(mgr->pBlocks[iLast]) >= nNeed ? iLast : searchBlock(mgr, nNeed);
+}
+
+// Names leave a block, which is wholly free again without any.
+inline void leaveBlock(NameStorageBlock *pBlock, int32_t nNames) {
+    pBlock->nNamesInBlock -= nNames;
+    if (pBlock->nNamesInBlock == 0) { pBlock->nUsed = 0; }
+}
+
+// The same for names whose text takes nBytes from nOffset on. Text at the end of the used bytes is
+// given back, other text goes dead.
+inline void giveBackText(NameStorageBlock *pBlock, int32_t nOffset, int32_t nBytes,
+                         int32_t nNames) {
+    if (nOffset + nBytes == pBlock->nUsed) { pBlock->nUsed = nOffset; }
+    leaveBlock(pBlock, nNames);
+}
+
+bool resizeBlockTable(NamesManager *mgr, int64_t nNewAlloc);
+
+char *allocText(int64_t nBytes);
+
+// A block of nSize bytes at the end of the table, which must have the room. False without memory.
+bool addBlock(NamesManager *mgr, int64_t nSize);
+
+void releaseEmptyBlocks(NamesManager *mgr);
+
+}  // namespace names
+
+#endif
