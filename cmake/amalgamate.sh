@@ -5,8 +5,8 @@ mkdir -p "$1"
 folder=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
 version=$(sed -n 's/^#define NAMES_MANAGER_VERSION_[A-Z]* \([0-9]*\)$/\1/p' names/names_manager.h | paste -s -d .)
-headers="names/names_manager.h $(echo host/*.h)"
-sources="$(echo names/*.cpp) $(echo host/*.cpp)"
+headers="names/names_manager.h $(echo host/*.h) $(echo files/*.h)"
+sources="$(echo names/*.cpp) $(echo host/*.cpp) $(echo files/*.cpp)"
 print_files() { # MODE KNOWN FILE...
     mode=$1 known=$2
     shift 2
@@ -22,7 +22,7 @@ print_files() { # MODE KNOWN FILE...
  * This header and names_manager.cpp, which is C++20, are the whole component. They were put together from these files, whose names stand
  * where their parts begin:
 $(printf ' *     %s\n' $headers names/names_manager.hpp $sources)
- * Where names_manager.cpp is compiled with NAMES_OWN_HOST defined it leaves out the sources of host/; their services are then yours to
+ * Where names_manager.cpp is compiled with NAMES_OWN_HOST defined it leaves out the sources of host/ and files/; the services are then yours to
  * implement.
  */
 #ifndef NAMES_MANAGER_H
@@ -40,6 +40,6 @@ END
     printf '#ifndef NAMES_OWN_HOST\n#define NAMES_HOST_HAS_MAKERS\n#endif\n#include "names_manager.h"\n'
     print_files source "$headers" names/*.cpp
     printf '\n#ifndef NAMES_OWN_HOST\n'
-    print_files source "$headers" host/*.cpp
+    print_files source "$headers" host/*.cpp files/*.cpp
     printf '#endif\n'
 } >"$folder/names_manager.cpp"

@@ -1,5 +1,5 @@
 # Every public header compiles alone, as C11 and as C++17 (those for C++, as C++17): one generated one-line source for each.
-file(GLOB names_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/names/*.h" "${PROJECT_SOURCE_DIR}/host/*.h")
+file(GLOB names_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/names/*.h" "${PROJECT_SOURCE_DIR}/host/*.h" "${PROJECT_SOURCE_DIR}/files/*.h")
 file(GLOB names_headers_cpp CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/names/names_manager.hpp")
 foreach(language IN ITEMS c cpp)
     set(sources)

@@ -5,6 +5,7 @@ include(CMakePackageConfigHelpers)
 set(names_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/names_manager")
 set(names_libraries names_module)
 file(GLOB host_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/host/*.h")
+file(GLOB files_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/files/*.h")
 if(NAMES_BUILD_HOST)
     list(APPEND names_libraries names_manager)
 endif()
@@ -12,6 +13,7 @@ install(TARGETS ${names_libraries} EXPORT names_managerTargets
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(FILES names/names_manager.h names/names_manager.hpp DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/names")
 install(FILES ${host_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/host")
+install(FILES ${files_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/files")
 
 install(EXPORT names_managerTargets NAMESPACE names_manager:: DESTINATION "${names_package_dir}")
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/names_managerConfig.cmake.in" "${PROJECT_BINARY_DIR}/names_managerConfig.cmake"

@@ -27,7 +27,7 @@
 #include <span>
 #endif
 
-#include "host/host_names_file.h"
+#include "files/names_file.h"
 #include "names/names_manager.h"
 
 namespace names_manager {

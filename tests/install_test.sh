@@ -37,7 +37,7 @@ declared() { # HEADER...
     "$CC" -E -P -I"$source" "$@" | tr '\n' ' ' | sed 's/static inline[^}]*}//g' | grep -oE '\b(NamesManager|Host[A-Za-z]*|ZOLT)[A-Za-z_]+ ?\(' |
         tr -d ' (' | sort -u
 }
-cat "$source"/host/host_*.h >all.h
+cat "$source"/host/host_*.h "$source"/files/*.h >all.h
 nm -D --defined-only shared/lib/libnames_manager.so | awk '{ print $3 }' | grep -vx HostHashMap_StringKeys | sort >exported
 readelf -sW static/lib/libnames_manager.a | awk '$5 ~ /GLOBAL|WEAK|UNIQUE/ && $6 == "DEFAULT" && $7 != "UND" { print $8 }' |
     grep -vE '^(HostHashMap_StringKeys|_ZN?K?St|_ZZN?K?St)' | sort -u >visible

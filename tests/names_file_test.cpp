@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <fstream>
 
-#include "host/host_names_file.h"
+#include "files/names_file.h"
 #include "tests/counted_host/counted_memory.h"
 #include "tests/loaded_manager.hpp"
 

@@ -1,7 +1,7 @@
 /* Saving a manager to a file and loading it back, by the file's path, on the shipped host's
  * streams. */
-#ifndef HOST_HOST_NAMES_FILE_H
-#define HOST_HOST_NAMES_FILE_H
+#ifndef FILES_NAMES_FILE_H
+#define FILES_NAMES_FILE_H
 
 #include <stdint.h>
 

@@ -1,4 +1,4 @@
-#include "host/host_names_file.h"
+#include "files/names_file.h"
 
 #include <cerrno>
 
