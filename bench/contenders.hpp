@@ -1,6 +1,6 @@
-// Who competes: the component, and what its users would write themselves, all behind the same set
-// of calls. Ranges are given as first index and count; names are NUL-terminated; buffers hold names
-// back to back. Every contender stores the same bytes and answers the same.
+// The contenders: the component, and what its users would write themselves, with the same member
+// functions. Ranges are given as first index and count; names are NUL-terminated; buffers hold
+// names back to back. All contenders store the same bytes and return the same results.
 #ifndef BENCH_CONTENDERS_HPP
 #define BENCH_CONTENDERS_HPP
 
@@ -26,7 +26,7 @@ using FlatMap = boost::unordered_flat_map<std::string_view, int32_t>;
 
 constexpr char kDefaultNameFormat[] = "nm%d";
 
-// A contender that fails has no time to show.
+// Ends the program if a contender failed, as its times would mean nothing.
 inline void require(bool bTrue) {
     if (!bTrue) {
         std::fputs("a contender failed\n", stderr);
@@ -44,15 +44,15 @@ int32_t findIn(const Map &map, const char *szName) {
     return found == map.end() ? -1 : found->second;
 }
 
-// Room for nMore: what is known now, yet never so little that growing in many calls would become
-// quadratic.
+// Reserves capacity for nMore elements, and at least doubles it when it grows, so that many calls
+// stay linear.
 template <typename Vector>
 void reserveMore(Vector &vector, size_t nMore) {
     const size_t nNeed = vector.size() + nMore;
     if (nNeed > vector.capacity()) { vector.reserve(std::max(nNeed, 2 * vector.capacity())); }
 }
 
-// Writes a name as a field of nWidth bytes, its NUL included, padded with blanks or cut.
+// Writes a name as a field of nWidth bytes with its NUL, padded with blanks or cut.
 inline void writeField(char *pField, size_t nWidth, const char *pName, size_t nLength) {
     const size_t nText = std::min(nLength, nWidth - 1);
     std::memcpy(pField, pName, nText);
@@ -63,7 +63,7 @@ inline void writeField(char *pField, size_t nWidth, const char *pName, size_t nL
 // ---- The component ----
 
 struct Component {
-    static constexpr bool kKeepsIndex = true;  // while names are stored
+    static constexpr bool kKeepsIndex = true;  // current while names are stored
     NamesManager *mgr;
 
     Component() : mgr(NamesManager_Create(nullptr, kDefaultNameFormat)) { require(mgr != nullptr); }
@@ -107,8 +107,8 @@ struct Component {
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) {
         require(NamesManager_FindNameList(mgr, ppNames, n, 0, pIndices) == 0);
     }
-    // The index of the first given name that would be there twice, were the names stored behind
-    // those held; -1 for none.
+    // Returns the index of the first given name that would be a duplicate if the names were stored
+    // after those held, or -1.
     int32_t findDuplicate(const NameList &given) {
         int32_t bDuplicate = 0, iFirst = -1, iSecond = -1;
         const int32_t nHeld = count();
@@ -135,7 +135,7 @@ template <typename Map>
 struct Strings {
     static constexpr bool kKeepsIndex = false;
     std::vector<std::string> names;
-    Map index;  // views of names, built once these stand still
+    Map index;  // views of names, built when these no longer move
 
     int32_t count() const { return static_cast<int32_t>(names.size()); }
     void storeBuffer(int32_t /*first*/, int32_t n, const char *pText) {
@@ -216,24 +216,23 @@ struct Strings {
     void copyFrom(const Strings &source) { names = source.names; }
 };
 
-// ---- The expert's arena: one text in the order of the names, an offset for each, a flat map of
-// views ----
+// ---- The arena: all text in the order of the names, offsets, and a flat map of views ----
 
-// A dump is the number of names, the bytes of text and the text, from which the offsets follow; or
-// with the offsets in front of the text.
+// A dump is the number of names, the number of bytes of text, and the text, from which the offsets
+// are computed; with kDumpOffsets it has the offsets before the text.
 template <typename Offset, bool kDumpOffsets = false, size_t kDumpPiece = SIZE_MAX>
 struct BasicArena {
     static constexpr bool kKeepsIndex = true;
     std::string text;                   // NULs kept
     std::vector<Offset> offsets = {0};  // of each name, and of the end
-    FlatMap index;                      // views into text; empty until it is wanted
+    FlatMap index;                      // views into text; empty until buildIndex
     bool bIndexed = false;
 
     int32_t count() const { return static_cast<int32_t>(offsets.size()) - 1; }
     std::string_view view(int32_t i) const {
         return {text.data() + offsets[at(i)], offsets[at(i) + 1] - offsets[at(i)] - 1};
     }
-    // Text that moves takes the keys of the index along; their hashes stay.
+    // When the text moves, the keys of the index are moved along; their hashes do not change.
     void appendText(const char *pText, size_t nBytes) {
         const char *pOld = text.data();
         text.append(pText, nBytes);
@@ -317,7 +316,7 @@ struct BasicArena {
         std::transform(ppNames, ppNames + n, pIndices,
                        [this](const char *szName) { return find(szName); });
     }
-    // The format comes at run time, as the component's does.
+    // The format is known at run time only, as the component's is.
     void generate(int32_t n, const char *szFormat = kDefaultNameFormat) {
         buildIndex();
         char aName[kFormBytes];
@@ -329,7 +328,7 @@ struct BasicArena {
         }
     }
 
-    // Gives the text's room back to the names to come, as the component does.
+    // The freed text is reused for later names, as the component's is.
     void removeFirst(int32_t n) {
         const Offset nBytes = offsets[at(n)];
         text.erase(0, nBytes);
@@ -381,9 +380,10 @@ struct BasicArena {
 };
 
 using Arena = BasicArena<uint32_t>;  // up to 4 GiB
-using LargeArena =
-    BasicArena<uint64_t>;  // any size; its offsets take as much room as the component's positions
+// Of any size; an offset takes as many bytes as a position of the component.
+using LargeArena = BasicArena<uint64_t>;
 using OffsetDumpingArena = BasicArena<uint32_t, true>;
-using PiecewiseArena = BasicArena<uint32_t, false, 131072>;  // written like the component's blocks
+using PiecewiseArena =
+    BasicArena<uint32_t, false, 131072>;  // written in blocks, as the component is
 
 #endif

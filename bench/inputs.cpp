@@ -15,7 +15,7 @@ void addName(NameList &list, const char *pName, size_t nLength) {
     list.lengths.push_back(static_cast<int32_t>(nLength));
 }
 
-// The text has stopped moving.
+// To be called when all text has been added, so that it no longer moves.
 void pointAtNames(NameList &list) {
     list.names.reserve(list.lengths.size());
     const char *pName = list.text.data();
@@ -46,13 +46,13 @@ NameList picked(const NameList &list, const std::vector<int32_t> &picks) {
     return result;
 }
 
-// Every name with another first byte, which is none of the forms', and something behind it.
-NameList renamedList(const NameList &list, const std::string &behind) {
+// Every name with another first byte, with which no generated name begins, and a suffix.
+NameList renamedList(const NameList &list, const std::string &suffix) {
     NameList result;
     for (size_t i = 0; i < list.names.size(); ++i) {
         std::string name(list.names[i]);
         name[0] = static_cast<char>(name[0] ^ 0x40);
-        name += behind;
+        name += suffix;
         addName(result, name.data(), name.size());
     }
     pointAtNames(result);

@@ -1,5 +1,4 @@
-// The lists that are measured, and what the work on them needs besides: queries, replacements,
-// orders.
+// The lists that are measured, and what the work on them needs: queries, replacements, orders.
 #ifndef BENCH_INPUTS_HPP
 #define BENCH_INPUTS_HPP
 
@@ -22,9 +21,9 @@ struct Inputs {
     NameList list;
     std::vector<int32_t> picks;       // indices of the list in random order
     NameList hits;                    // the names picked, copied in that order
-    NameList absent;                  // names of the same forms that the list does not hold
-    NameList renamed;                 // for each name another one as long
-    NameList renamedPicks;            // the same in the order of the picks
+    NameList absent;                  // names of the same forms that are not in the list
+    NameList renamed;                 // for each name another one of the same length
+    NameList renamedPicks;            // the same, in the order of the picks
     NameList longer;                  // each name, some bytes longer
     std::vector<int32_t> everyOther;  // the odd indices, ascending
 };
@@ -36,10 +35,10 @@ constexpr size_t kFormBytes = 64;
 int mixedName(char *pBuffer, int32_t i);       // four forms in turn, 4 to 24 bytes
 int structuredName(char *pBuffer, int32_t i);  // paths into a model, 8 to 40 bytes
 
-// A list with everything about it; each name is picked once.
+// All inputs for a list; each name is picked once.
 Inputs makeInputs(const std::string &label, NameForm form, int32_t nNames);
 
-// A list with nPicks random picks and hits alone.
+// A list with nPicks random picks and their hits; the other inputs stay empty.
 Inputs makeLargeInputs(const std::string &label, NameForm form, int32_t nNames, int32_t nPicks);
 
 #endif

@@ -1,5 +1,5 @@
-// The component measured beside what its users would write themselves, all in one run, or alone on
-// lists of rising size.
+// Measures the component and what its users would write themselves in one program run, or the
+// component alone on lists of rising size.
 #include <benchmark/benchmark.h>
 
 #include <CLI/CLI.hpp>
@@ -26,14 +26,13 @@ struct Options {
 };
 
 constexpr int32_t kShortList = 1000;
-constexpr int32_t kNamesPerSample =
-    200000;  // short lists are worked on again and again, up to so many names
+constexpr int32_t kNamesPerSample = 200000;  // work on shorter lists is repeated for so many names
 
 int64_t roundsFor(int32_t nNames) {
     return std::max(1, kNamesPerSample / nNames);
 }
 
-// One repetition: the mean of its rounds is a sample.
+// One repetition; the mean of its rounds is a sample.
 void measure(benchmark::State &state, Measured &measured, const Inputs &inputs, const Row &row,
              const Entrant &entrant) {
     double nSeconds = 0;
@@ -108,7 +107,7 @@ bool compare(const Options &options, Measured &measured) {
     return writeJsonIfWanted(options, measured, comparedRows(), lists, memory);
 }
 
-// Of the list of a size; lists are large, so only the last one used is kept.
+// Returns the inputs for nNames names. They are large, so only those used last are kept.
 const Inputs &growthInputs(const Options &options, int32_t nNames) {
     static std::unique_ptr<Inputs> inputs;
     if (inputs == nullptr || countOf(inputs->list) != nNames) {
@@ -138,24 +137,34 @@ bool grow(const Options &options, Measured &measured) {
     return writeJsonIfWanted(options, measured, growthRows(), sizes, memory);
 }
 
-int run(int argc, char **argv) {
-    std::thread([] {
-    }).join();  // the C library makes locks cheaper in a process that never had a second thread
-    benchmark::Initialize(&argc, argv);
-    Options options;
-    CLI::App app("Measures the names manager beside its alternatives. Options of Google Benchmark "
-                 "are taken, too.");
-    app.add_flag("--growth", options.bGrowth,
-                 "cost per name of the component alone, on lists of rising size");
-    app.add_flag("--quick", options.bQuick, "the first list alone, and no measurement of memory");
-    app.add_option("--names", options.nNames, "names of the long lists")
+// The C library makes locks cheaper in a process that never had a second thread. Users' processes
+// have, so this one gets it, too.
+void startAThreadOnce() {
+    std::thread([] {}).join();
+}
+
+void addOptions(CLI::App *pApp, Options *pOptions) {
+    pApp->add_flag("--growth", pOptions->bGrowth,
+                   "cost per name of the component alone, on lists of rising size");
+    pApp->add_flag("--quick", pOptions->bQuick,
+                   "the first list alone, and no measurement of memory");
+    pApp->add_option("--names", pOptions->nNames, "names of the long lists")
         ->check(CLI::Range(1000, 20000000))
         ->capture_default_str();
-    app.add_option("--max-names", options.nMaxNames,
-                   "longest list for --growth; 100000000 take 12 GB")
+    pApp->add_option("--max-names", pOptions->nMaxNames,
+                     "longest list for --growth; 100000000 take 12 GB")
         ->check(CLI::Range(1000, 100000000))
         ->capture_default_str();
-    app.add_option("--json", options.jsonPath, "write the tables to this file, too");
+    pApp->add_option("--json", pOptions->jsonPath, "write the tables to this file as well");
+}
+
+int run(int argc, char **argv) {
+    startAThreadOnce();
+    benchmark::Initialize(&argc, argv);
+    Options options;
+    CLI::App app("Measures the names manager and its alternatives. Google Benchmark's own options "
+                 "are accepted as well.");
+    addOptions(&app, &options);
     CLI11_PARSE(app, argc, argv);
     Measured measured;
     const bool bWritten = options.bGrowth ? grow(options, measured) : compare(options, measured);

@@ -8,8 +8,7 @@
 
 namespace {
 
-// What of a contender's memory is shown, in bytes per name over its text, and how much the
-// component may take.
+// The columns about memory, in bytes per name beyond its text, and how much the component may take.
 const struct {
     const char *szWhat;
     double MemoryUse::*pnBytes;
@@ -18,7 +17,7 @@ const struct {
                       {"with the index", &MemoryUse::nWithIndex, 22},
                       {"with an index that grew", &MemoryUse::nGrown, 36}};
 
-// NaN when nothing was measured.
+// Returns NaN when nothing was measured.
 double median(const Measured &measured, const std::string &list, const std::string &row,
               const std::string &contender) {
     const auto found = measured.samples.find({list, row, contender});
@@ -49,7 +48,7 @@ void printLine(const std::vector<std::string> &cells) {
     std::puts("|");
 }
 
-// The first nTexts columns are text, the others numbers.
+// The first nTexts columns hold text, the others numbers.
 void printHead(const std::vector<std::string> &cells, size_t nTexts) {
     std::puts("");
     printLine(cells);

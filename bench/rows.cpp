@@ -16,7 +16,7 @@ namespace {
 using UnorderedStrings = Strings<StdMap>;
 using AbslStrings = Strings<AbslMap>;
 
-// In the place of a lock where the contender locks by itself, or nobody does.
+// Stands for a lock where the contender has its own, or none is wanted.
 struct NoLock {
     void lock() {}
     void unlock() {}
@@ -24,7 +24,7 @@ struct NoLock {
 
 // ---- Tools ----
 
-// Time of this thread alone: what else the machine does while it waits for the core does not count.
+// Processor time of this thread, so that other work on its core does not count.
 double threadSeconds() {
     struct timespec now = {};
     require(clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now) == 0);
@@ -39,7 +39,7 @@ double secondsOf(Work work) {
     return threadSeconds() - nStart;
 }
 
-// Of n calls of work(k), each under the lock.
+// The seconds that n calls of work(k) take, each with the lock held.
 template <typename Lock, typename Work>
 double secondsOfCalls(size_t n, Work work) {
     Lock lock;
@@ -73,7 +73,7 @@ uint64_t digestOf(const char *pBytes, size_t nBytes) {
     return std::hash<std::string_view>()(std::string_view(pBytes, nBytes));
 }
 
-// Of all names that a contender holds.
+// The digest of all names that a contender holds.
 template <typename Contender>
 uint64_t contentOf(Contender &contender) {
     std::vector<const char *> names(at(contender.count()));
@@ -108,7 +108,7 @@ Sample storeFromBuffer(const Inputs &in) {
     return {nSeconds, contentOf(contender), nNames};
 }
 
-// The index is there from the first call on.
+// The index is built after the first call.
 template <typename Contender>
 void storeIndexed(Contender &contender, const NameList &list) {
     const int32_t nNames = countOf(list);
@@ -144,7 +144,7 @@ Sample appendSingly(const Inputs &in) {
     return {nSeconds, contentOf(contender), countOf(in.list)};
 }
 
-// With an index that is there from the first name on.
+// The index is built after the first name.
 template <typename Contender>
 Sample appendIndexed(const Inputs &in) {
     Contender contender;
@@ -159,8 +159,8 @@ Sample appendIndexed(const Inputs &in) {
 }
 
 // ---- Reading ----
-// Room for results is made first, so that clearing it does not push what is to be read out of the
-// caches.
+// Memory for the results comes first, so that clearing it does not evict from the caches what is to
+// be read.
 
 template <typename Contender>
 Sample readPointers(const Inputs &in) {
@@ -274,8 +274,7 @@ Sample findLists(const Inputs &in) {
     return {nSeconds, digestOf(found), countOf(in.hits)};
 }
 
-// Each name appended is followed by a lookup of a random name of the list, which is there by then
-// or not.
+// After each append a random name of the list is looked up, which may not have been appended yet.
 template <typename Contender, typename Lock>
 Sample appendAndFind(const Inputs &in) {
     Contender contender;
@@ -303,7 +302,8 @@ Sample generate(const Inputs &in) {
     return {nSeconds, contentOf(contender), nNames};
 }
 
-// The names to come are all new: the check has to go to the end. What is held is indexed already.
+// All names given are new, so the check has to read them all. The index of the names held is built
+// before the clock starts.
 template <typename Contender, bool kFull>
 Sample checkDuplicates(const Inputs &in) {
     Contender contender;
@@ -364,12 +364,11 @@ Sample copyWhole(const Inputs &in) {
     return {nSeconds, contentOf(copy), countOf(in.list)};
 }
 
-constexpr size_t kSmallImage = 65536;  // bytes, more than a short list takes
+constexpr size_t kSmallImage = 65536;  // bytes; more than a short list takes
 
-// Writes to memory that is there already, so that saving is measured and not the growth of a
-// buffer.
+// Writes to a buffer of full size, so that saving is measured and not the growth of a buffer.
 struct ReadyOutput {
-    HostOutputStream stream;  // first: writes get its address
+    HostOutputStream stream;  // first, as the stream's functions get its address
     std::vector<char> bytes;
     size_t nUsed;
 };
@@ -384,7 +383,7 @@ int32_t writeToReady(HostOutputStream *pStream, const void *pData, uint64_t nByt
 
 constexpr HostOutputStreamOps kReadyOps = {writeToReady};
 
-// Saves a list and loads what was saved; one of the two counts.
+// Saves a list and loads what was saved; kSave says which of the two is measured.
 template <typename Contender, bool kSave>
 Sample saveAndLoad(const Inputs &in) {
     ReadyOutput output = {
@@ -403,7 +402,7 @@ Sample saveAndLoad(const Inputs &in) {
     return {kSave ? nSaving : nLoading, contentOf(loaded), countOf(in.list)};
 }
 
-// Saves to the host's stream in memory, which grows as it is written to.
+// Saves to the host's stream in memory, which grows as it is written.
 template <typename Contender>
 Sample saveGrowing(const Inputs &in) {
     Contender source;

@@ -1,4 +1,4 @@
-// The work that is measured: one row per kind of work, with those who compete in it.
+// The work that is measured: a row for each kind of work, with its contenders.
 #ifndef BENCH_ROWS_HPP
 #define BENCH_ROWS_HPP
 
@@ -7,17 +7,17 @@
 
 #include "bench/inputs.hpp"
 
-// One go at the work of a row. Contenders that did the same work have the same digest.
+// The work of a row done once. Contenders that did the same work have the same digest.
 struct Sample {
     double nSeconds;
     uint64_t nDigest;
-    int64_t nNames;  // the seconds are for so many
+    int64_t nNames;  // that the work was done for
 };
 
 struct Entrant {
     const char *szContender;
-    Sample (*pfnRun)(const Inputs &inputs);  // builds what it needs, then works with the clock
-                                             // running, then digests the result
+    // Builds what the work needs, measures the work, and digests the result.
+    Sample (*pfnRun)(const Inputs &inputs);
 };
 
 constexpr char kComponent[] = "component";
@@ -25,7 +25,7 @@ constexpr char kComponent[] = "component";
 struct Row {
     const char *szId;
     const char *szWork;
-    double nBound;  // the component's time at most, in times of szAgainst; 0: for information
+    double nBound;  // at most this ratio of the component's time to that of szAgainst; 0: none
     const char *szAgainst;  // a contender of this row
     std::vector<Entrant> entrants;
 };
@@ -33,14 +33,13 @@ struct Row {
 const std::vector<Row> &comparedRows();
 const std::vector<Row> &growthRows();  // the component alone, on lists of rising size
 
-// Bytes of heap that a contender takes per name beyond its text, and in all, for a list stored from
-// one buffer.
+// Bytes of heap that a contender takes for a list stored from one buffer: per name beyond its text,
+// and in all.
 struct MemoryUse {
     const char *szContender;
     double nWithoutIndex;
     double nWithIndex;
-    double nGrown;  // with an index that was there while the list grew; NaN for contenders that do
-                    // not keep one
+    double nGrown;  // with an index kept while the list grew; NaN for contenders that keep none
     double nTotalWithIndex;
 };
 MemoryUse componentMemory(const NameList &list);

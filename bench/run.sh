@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh [OPTION...]: builds the benchmarks as a release, runs them on one core and prints their tables; JSON goes to build/.
-#   run.sh                               the component beside its alternatives
+# run.sh [OPTION...]: builds the benchmarks as a release, runs them on one core, prints their tables, and writes JSON to build/.
+#   run.sh                               the component and its alternatives
 #   run.sh --growth                      the cost per name on lists of rising size, up to 10,000,000 names
 #   run.sh --growth --max-names=100000000    up to 100,000,000 (12 GB of memory)
 # Further options are Google Benchmark's, such as --benchmark_filter='mixed/.*' or --benchmark_repetitions=3.

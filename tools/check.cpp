@@ -1,11 +1,14 @@
-// check: whether an image is sound and no name in it is repeated. self-check: whether the module
-// is.
+// The commands check (is an image sound, and is no name repeated?) and self-check (does the module
+// work on this machine?).
 #include <algorithm>
 #include <cstdio>
 #include <new>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "host/host_report.h"
+#include "tools/commands.hpp"
 #include "tools/progress.hpp"
 #include "tools/tool.hpp"
 
@@ -15,32 +18,32 @@ namespace {
 constexpr size_t kMaxNamesListed = 20;
 constexpr size_t kMaxIndicesListed = 10;
 
-// What was reported as an assertion while this lives.
+// Collects what is reported as an assertion while it lives, instead of the handlers set before.
 class Assertions {
 public:
-    Assertions() : mBefore(Host_SetReportHandlers(&mHandlers)) {}
+    Assertions() : pBefore_(Host_SetReportHandlers(&handlers_)) {}
     Assertions(const Assertions &) = delete;
     Assertions &operator=(const Assertions &) = delete;
-    ~Assertions() { Host_SetReportHandlers(mBefore); }
+    ~Assertions() { Host_SetReportHandlers(pBefore_); }
 
     std::vector<std::string> texts() const {
-        return mOutOfMemory ? throw std::bad_alloc() : mTexts;
+        return bOutOfMemory_ ? throw std::bad_alloc() : texts_;
     }
 
 private:
     static void note(void *pContext, uint64_t, int32_t nLine, int32_t, const char *szText) {
         auto *pSelf = static_cast<Assertions *>(pContext);
         try {
-            pSelf->mTexts.push_back(std::string(szText) + " (check " + std::to_string(nLine) + ")");
+            pSelf->texts_.push_back(std::string(szText) + " (check " + std::to_string(nLine) + ")");
         } catch (const std::bad_alloc &) {
-            pSelf->mOutOfMemory = true;  // told later: no exception may pass through the module
+            pSelf->bOutOfMemory_ = true;  // thrown later: no exception may pass through the module
         }
     }
 
-    std::vector<std::string> mTexts;
-    bool mOutOfMemory = false;
-    HostReportHandlers mHandlers = {this, nullptr, note};
-    const HostReportHandlers *mBefore;
+    std::vector<std::string> texts_;
+    bool bOutOfMemory_ = false;
+    HostReportHandlers handlers_ = {this, nullptr, note};
+    const HostReportHandlers *pBefore_;
 };
 
 std::vector<std::string> auditFindings(NamesManager *mgr) {
@@ -49,13 +52,12 @@ std::vector<std::string> auditFindings(NamesManager *mgr) {
     return assertions.texts();
 }
 
-// A name that stands at an earlier index already: (that index, its own), ascending.
+// A name with the same text as an earlier one: (the lowest index with that text, its own index).
 using Repetition = std::pair<int32_t, int32_t>;
 
-// The lookup index yields the lowest index of a text, so every other name of that text shows
-// itself. Texts are compared unchanged.
+// Looks every name up: a name is a repetition when the lowest index with its text is not its own.
+// The result is in ascending order.
 std::vector<Repetition> findRepetitions(NamesManager *mgr) {
-    constexpr int32_t kTextUnchanged = -2;
     std::vector<Repetition> repetitions;
     visitNames(mgr, [&](int32_t first, int32_t count, const char *const *names) {
         std::vector<int32_t> indices(static_cast<size_t>(count));
@@ -73,65 +75,70 @@ std::vector<Repetition> findRepetitions(NamesManager *mgr) {
     return repetitions;
 }
 
+// "names 0, 2, 5": original, and the names of the repetitions, all with the same text.
+std::string describeIndices(int32_t original, const Repetition *pFirst, const Repetition *pEnd) {
+    std::string text = "names " + std::to_string(original);
+    const auto nIndices = static_cast<size_t>(pEnd - pFirst);
+    const size_t nListed = std::min(nIndices, kMaxIndicesListed);
+    for (size_t i = 0; i < nListed; ++i) { text += ", " + std::to_string(pFirst[i].second); }
+    if (nIndices > nListed) { text += " and " + std::to_string(nIndices - nListed) + " more"; }
+    return text;
+}
+
+// One finding for each of the first repeated texts, and one for all the others.
 std::vector<std::string> describeRepetitions(NamesManager *mgr,
                                              const std::vector<Repetition> &repetitions) {
     std::vector<std::string> findings;
-    size_t nUnlisted = 0;
-    for (size_t i = 0; i < repetitions.size();) {
-        const int32_t original = repetitions[i].first;
-        const size_t begin = i;
-        std::string indices = std::to_string(original);
-        for (; i < repetitions.size() && repetitions[i].first == original; ++i) {
-            if (i - begin < kMaxIndicesListed) {
-                indices += ", " + std::to_string(repetitions[i].second);
-            }
-        }
-        if (i - begin > kMaxIndicesListed) {
-            indices += " and " + std::to_string(i - begin - kMaxIndicesListed) + " more";
-        }
+    int64_t nUnlisted = 0;
+    const Repetition *const pEnd = repetitions.data() + repetitions.size();
+    for (const Repetition *pFirst = repetitions.data(); pFirst != pEnd;) {
+        const int32_t original = pFirst->first;
+        const Repetition *const pNext = std::find_if(
+            pFirst, pEnd, [original](const Repetition &other) { return other.first != original; });
         if (findings.size() < kMaxNamesListed) {
             findings.push_back(quoted(NamesManager_GetName(mgr, original, 0)) +
-                               " is repeated: names " + indices);
+                               " is repeated: " + describeIndices(original, pFirst, pNext));
         } else {
             ++nUnlisted;
         }
+        pFirst = pNext;
     }
     if (nUnlisted > 0) {
-        findings.push_back(counted(static_cast<int64_t>(nUnlisted), "more text") +
-                           (nUnlisted == 1 ? " is" : " are") + " repeated");
+        findings.push_back(counted(nUnlisted, "more text") + (nUnlisted == 1 ? " is" : " are") +
+                           " repeated");
     }
     return findings;
 }
 
-// Everything that is wrong with the image, loaded into mgr on the way.
+// Loads the image into mgr and returns everything that is wrong with it.
 std::vector<std::string> findProblems(NamesManager *mgr, const std::string &image) {
     const Progress progress("checking");
     const std::string problem = loadProblem(mgr, image);
     if (!problem.empty()) { return {problem}; }
     std::vector<std::string> findings = auditFindings(mgr);
     if (!findings.empty()) { return findings; }
-    NamesManager_FindNames(mgr, nullptr, 0, 0, 0, nullptr);
-    if (mgr->nNames > 0 && !mgr->pLookupIndex) { throw std::bad_alloc(); }
+    buildIndex(mgr);
     return describeRepetitions(mgr, findRepetitions(mgr));
 }
 
 }  // namespace
 
-int runCheck(const std::string &image) {
+int runCheck(const Request &request) {
     const ManagerHandle mgr = makeManager();
-    const std::vector<std::string> problems = findProblems(mgr.get(), image);
+    const std::vector<std::string> problems = findProblems(mgr.get(), request.image);
     for (const std::string &problem : problems) {
-        std::fprintf(stderr, "names_tool: %s: %s\n", inputName(image).c_str(), problem.c_str());
+        std::fprintf(stderr, "names_tool: %s: %s\n", inputName(request.image).c_str(),
+                     problem.c_str());
     }
-    if (!problems.empty()) { return 1; }
-    Output().write(inputName(image) + ": sound, " + counted(mgr->nNames, "name") +
+    if (!problems.empty()) { return kExitNo; }
+    Output().write(inputName(request.image) + ": sound, " + counted(mgr->nNames, "name") +
                    ", none repeated\n");
-    return 0;
+    return kExitSuccess;
 }
 
-// The audits that the self-check runs report without being counted, so what they report counts
-// here.
-int runSelfCheck() {
+// Prints everything reported, as it says what failed. A report fails the self-check even if the
+// module did not count it, such as one of the host's own.
+int runSelfCheck(const Request &) {
     const Assertions assertions;
     const int32_t nFailed = NamesManager_SelfCheck();
     Output output;
@@ -142,7 +149,7 @@ int runSelfCheck() {
     }
     const bool bPassed = nFailed == 0 && texts.empty();
     output.write(bPassed ? "self-check: passed\n" : "self-check: FAILED\n");
-    return bPassed ? 0 : 1;
+    return bPassed ? kExitSuccess : kExitNo;
 }
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-// What fills the blocks of a manager.
+// How the blocks of a manager are filled.
 #ifndef TOOLS_FACTS_HPP
 #define TOOLS_FACTS_HPP
 
@@ -10,38 +10,40 @@
 
 namespace tool {
 
-// Of a block, or of several together. All sizes in bytes, each name with its NUL.
+// Of one block, or the sums of several. All sizes are in bytes, each name with its NUL.
 struct BlockFacts {
-    int64_t size = 0;
-    int64_t used = 0;
-    int64_t dead = 0;
-    int64_t names = 0;
+    int64_t nSize = 0;
+    int64_t nUsed = 0;
+    int64_t nDead = 0;
+    int64_t nNames = 0;
 };
 
-void add(BlockFacts &sum, const BlockFacts &block);
+void add(const BlockFacts &block, BlockFacts *pSum);
 
+// Sizes are in bytes as above, but that of the longest name is without its NUL.
 struct Facts {
     bool bPositions;
-    int32_t longest;
-    int64_t live = 0;
-    int64_t dead = 0;
-    int64_t free = 0;
+    int32_t nLongest;
+    int64_t nLive = 0;
+    int64_t nDead = 0;
+    int64_t nFree = 0;
     std::vector<BlockFacts> blocks;
 };
 
 Facts gatherFacts(NamesManager *mgr);
 
-// Bytes that lie back to back in a block and belong to names: those of a segment, or of one name in
-// individual-positions mode.
-struct TextRun {
+// Bytes of a block that belong to names without a gap: those of a segment, or in
+// individual-positions mode those of one name.
+struct TextSpan {
     int32_t iBlock;
     int32_t nOffset;
     int32_t nBytes;
-    int32_t iFirst;  // the first name
+    int32_t iFirst;  // index of the first name
 };
 
-// Calls visit for all runs, in the order of the names.
-void visitRuns(NamesManager *mgr, const std::function<void(const TextRun &run)> &visit);
+// Calls visit for the spans of all names, in the order of the names.
+using SpanVisitor = std::function<void(const TextSpan &span)>;
+void visitSpans(NamesManager *mgr, const SpanVisitor &visit);
 
 }  // namespace tool
 

@@ -1,9 +1,13 @@
-// Images in files and pipes.
+// Reads images from files and pipes, and writes them.
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <new>
+#include <string>
+#include <system_error>
+#include <vector>
 
 #include "tools/progress.hpp"
 #include "tools/tool.hpp"
@@ -11,11 +15,11 @@
 namespace tool {
 namespace {
 
-constexpr size_t kChunk = size_t{1} << 20;
+constexpr size_t kReadSize = size_t{1} << 20;
 
 // ---- The byte order of an image ----
 
-// What an image begins with.
+// The numbers that an image begins with.
 struct Counts {
     int32_t nNames = 0;
     int32_t nBlocks = 0;
@@ -43,7 +47,8 @@ bool arePlausible(const Counts &counts) {
            (counts.nSegmentsAlloc == 0 || counts.nPositionsAlloc == 0);
 }
 
-// Counts of the size that counts have are huge, or negative, in the other byte order.
+// Whether the counts come from a machine of the other byte order: read in the wrong order, numbers
+// of usual sizes are negative or huge.
 bool areOfOtherOrder(const Counts &counts) {
     const Counts other = swapped(counts);
     return arePlausible(other) &&
@@ -59,7 +64,7 @@ struct StreamCloser {
 using InputStream = std::unique_ptr<HostInputStream, StreamCloser>;
 using Bytes = std::unique_ptr<HostOutputStream, StreamCloser>;  // a stream in memory
 
-// All 0 where the bytes are too few.
+// All are 0 if there are too few bytes.
 Counts countsIn(const void *pBytes, uint64_t nBytes) {
     Counts counts;
     if (nBytes >= sizeof counts) { std::memcpy(&counts, pBytes, sizeof counts); }
@@ -77,23 +82,25 @@ Counts countsOf(const std::string &image) {
     return countsIn(bytes.data(), Input(image).read(bytes.data(), bytes.size()));
 }
 
-// Everything that comes from a pipe, so that its beginning can be looked at when it could not be
-// loaded. What is no image may have no end: of that, some bytes.
+// Whether the counts may be those of an image, of either byte order.
+bool mayBeImage(const Counts &counts) {
+    return arePlausible(counts) || arePlausible(swapped(counts));
+}
+
+// Reads all that comes from a pipe, so that the start of an image can be looked at again when it
+// could not be loaded. What is no image may have no end, so not much of that is read.
 Bytes gather(const std::string &image) {
     Input input(image);
-    Bytes bytes(HostOutputStream_CreateInMemory());
-    if (!bytes) { throw std::bad_alloc(); }
-    std::vector<char> chunk(kChunk);
+    Bytes gathered(HostOutputStream_CreateInMemory());
+    if (!gathered) { throw std::bad_alloc(); }
+    std::vector<char> buffer(kReadSize);
     size_t nGathered = 0;
-    while (const size_t nRead = input.read(chunk.data(), chunk.size())) {
-        if (HostStream_Write(bytes.get(), chunk.data(), nRead) != 0) { throw std::bad_alloc(); }
+    while (const size_t nRead = input.read(buffer.data(), buffer.size())) {
+        if (HostStream_Write(gathered.get(), buffer.data(), nRead) != 0) { throw std::bad_alloc(); }
         nGathered += nRead;
-        const Counts counts = countsOf(bytes.get());
-        if (nGathered >= sizeof counts && !arePlausible(counts) && !arePlausible(swapped(counts))) {
-            break;
-        }
+        if (nGathered >= sizeof(Counts) && !mayBeImage(countsOf(gathered.get()))) { break; }
     }
-    return bytes;
+    return gathered;
 }
 
 InputStream openStream(const std::string &image, const HostOutputStream *pGathered) {
@@ -107,9 +114,9 @@ InputStream openStream(const std::string &image, const HostOutputStream *pGather
 
 // ---- Writing ----
 
-// A stream into an output.
+// A stream that writes to an output.
 struct FileStream {
-    HostOutputStream stream;
+    HostOutputStream stream;  // first, as the stream's functions get its address
     Output *pOutput;
 };
 
@@ -131,11 +138,10 @@ std::string loadProblem(NamesManager *mgr, const std::string &image) {
     errno = 0;
     const int32_t nCode = NamesManager_Load(mgr, nullptr, stream.get());
     const int nError = errno;
-    char cBeyond = 0;
     if (nCode == 0) {
-        return HostStream_Read(stream.get(), &cBeyond, 1) == 0
-                   ? "not an image of names alone: more bytes follow"
-                   : "";
+        char cBeyond = 0;
+        const bool bEnds = HostStream_Read(stream.get(), &cBeyond, 1) != 0;
+        return bEnds ? "" : "not an image of names alone: more bytes follow";
     }
     if (nCode == HostStreamError_IO) { fail(inputName(image), "cannot read: " + systemError()); }
     if (areOfOtherOrder(bDirect ? countsOf(image) : countsOf(gathered.get()))) {

@@ -1,4 +1,4 @@
-// import, export and find: between lists of names and images.
+// The commands import, export and find: they take names from lists to images and back.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -6,10 +6,13 @@
 #include <cstdio>
 #include <new>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "tools/commands.hpp"
 #include "tools/files.hpp"
-#include "tools/list_reader.hpp"
+#include "tools/list_input.hpp"
 #include "tools/progress.hpp"
 #include "tools/tool.hpp"
 
@@ -18,16 +21,15 @@ namespace {
 
 // ---- import ----
 
-void storeList(NamesManager *mgr, const std::string &list, bool bNull, Progress &progress) {
-    ListReader reader(list, bNull);
-    while (reader.next()) {
+void storeList(NamesManager *mgr, const std::string &list, bool bNull, Progress *pProgress) {
+    ListInput input(list, bNull);
+    while (input.next()) {
         const int32_t first = NamesManager_GetNumNames(mgr);
-        const auto last = static_cast<int32_t>(reader.namesRead() - 1);
-        if (NamesManager_AddNames(mgr, first, last, 0, reader.names().data()) != 0) {
-            fail(reader.name(),
-                 "out of memory after " + reader.place(NamesManager_GetNumNames(mgr)));
+        const auto last = static_cast<int32_t>(input.namesRead() - 1);
+        if (NamesManager_AddNames(mgr, first, last, 0, input.names().data()) != 0) {
+            fail(input.name(), "out of memory after " + input.place(NamesManager_GetNumNames(mgr)));
         }
-        progress.set("storing", reader.namesRead());
+        pProgress->set("storing", input.namesRead());
     }
 }
 
@@ -45,7 +47,7 @@ std::string importSummary(const NamesManager *mgr, double seconds) {
 
 // ---- export ----
 
-// Why a list of lines would give the name back changed, or nothing if it would not.
+// Returns why the name would be another one when it is read from a list of lines, or NULL.
 const char *lineProblem(std::string_view name, bool bFirst) {
     if (name.find('\n') != std::string_view::npos || (!name.empty() && name.back() == '\r')) {
         return "holds a line break";
@@ -53,6 +55,7 @@ const char *lineProblem(std::string_view name, bool bFirst) {
     return bFirst && startsWithMark(name) ? "begins with a byte order mark" : nullptr;
 }
 
+// Fails if a list of lines cannot hold the names.
 void refuseForLines(NamesManager *mgr, const std::string &image) {
     visitNames(mgr, [&](int32_t first, int32_t count, const char *const *names) {
         for (int32_t i = 0; i < count; ++i) {
@@ -65,118 +68,133 @@ void refuseForLines(NamesManager *mgr, const std::string &image) {
     });
 }
 
-void writeList(NamesManager *mgr, Output &output, char cEnd) {
+void writeList(NamesManager *mgr, char cEnd, Output *pOutput) {
     std::string text;
     visitNames(mgr, [&](int32_t, int32_t count, const char *const *names) {
         text.clear();
         for (int32_t i = 0; i < count; ++i) { (text += names[i]) += cEnd; }
-        output.write(text);
+        pOutput->write(text);
         return true;
     });
 }
 
 // ---- find ----
 
-// Building the index of 2,000,000 names takes ten times as long as a walk through them, and still
-// six times as long where the walk looks for 100,000 names at once, more than a command line holds.
-// Standard input may go on for ever: there the index pays from the first read on that brings so
-// many names, or after so many walks.
+// An index of 2,000,000 names takes ten times as long to build as a walk through them, and still
+// six times as long as a walk that looks for 100,000 names at once, more than a command line holds.
+// A list on standard input may have no end: there the index pays once so many names are read at
+// once, or after so many walks.
 constexpr size_t kNamesForIndex = 20000;
 constexpr int kWalksForIndex = 4;
 
-// The lowest index of each name, found the other way round: the names of the image are looked up
-// among those sought. False where these cannot be stored for that.
-bool findByWalk(NamesManager *mgr, const std::vector<const char *> &names,
-                std::vector<int32_t> &indices) {
-    constexpr int32_t kTextUnchanged = -2;
-    const ManagerHandle sought = makeManager();
-    const auto nSought = static_cast<int32_t>(names.size());
-    std::vector<int32_t> alike(names.size());  // for each name the first one equal to it
-    if (NamesManager_AddNames(sought.get(), 0, nSought - 1, 0, names.data()) != 0) { return false; }
-    if (NamesManager_FindNameList(sought.get(), names.data(), nSought, 0, alike.data()) != 0) {
-        return false;
-    }
+using Names = std::vector<const char *>;
+using Indices = std::vector<int32_t>;
 
-    indices.assign(names.size(), -1);
-    int32_t nWanted = 0;
-    for (int32_t i = 0; i < nSought; ++i) { nWanted += alike[static_cast<size_t>(i)] == i ? 1 : 0; }
-    std::vector<int32_t> matches;
+// Stores the sought names and finds for each the first one that is equal to it. False without
+// memory.
+bool storeSought(NamesManager *sought, const Names &names, Indices *pFirstEqual) {
+    const auto nNames = static_cast<int32_t>(names.size());
+    pFirstEqual->resize(names.size());
+    return NamesManager_AddNames(sought, 0, nNames - 1, 0, names.data()) == 0 &&
+           NamesManager_FindNameList(sought, names.data(), nNames, 0, pFirstEqual->data()) == 0;
+}
+
+// Walks through mgr until each of nWanted sought names, which differ, is found; sets their indices,
+// which are -1 before. False without memory.
+bool walk(NamesManager *mgr, NamesManager *sought, int64_t nWanted, Indices *pIndices) {
     bool bSearched = true;
-    visitNames(mgr, [&](int32_t first, int32_t count, const char *const *texts) {
+    Indices matches;
+    visitNames(mgr, [&](int32_t first, int32_t count, const char *const *names) {
         matches.resize(static_cast<size_t>(count));
-        bSearched = NamesManager_FindNames(sought.get(), texts, count, kTextUnchanged, 0,
-                                           matches.data()) == 0;
-        for (size_t i = 0; bSearched && i < matches.size(); ++i) {
-            if (matches[i] < 0 || indices[static_cast<size_t>(matches[i])] >= 0) { continue; }
-            indices[static_cast<size_t>(matches[i])] = first + static_cast<int32_t>(i);
-            --nWanted;
+        bSearched =
+            NamesManager_FindNames(sought, names, count, kTextUnchanged, 0, matches.data()) == 0;
+        for (int32_t i = 0; bSearched && i < count; ++i) {
+            const int32_t match = matches[static_cast<size_t>(i)];
+            if (match >= 0 && (*pIndices)[static_cast<size_t>(match)] < 0) {
+                (*pIndices)[static_cast<size_t>(match)] = first + i;
+                --nWanted;
+            }
         }
         return bSearched && nWanted > 0;
     });
-    for (size_t i = 0; i < indices.size(); ++i) {
-        indices[i] = indices[static_cast<size_t>(alike[i])];
-    }
     return bSearched;
 }
 
-void findByIndex(NamesManager *mgr, const std::vector<const char *> &names,
-                 std::vector<int32_t> &indices) {
-    indices.resize(names.size());
+// Finds the lowest index of each name the other way round: the names of mgr are looked up among
+// those sought. False without memory.
+bool findByWalk(NamesManager *mgr, const Names &names, Indices *pIndices) {
+    const ManagerHandle sought = makeManager();
+    Indices firstEqual;
+    if (!storeSought(sought.get(), names, &firstEqual)) { return false; }
+    int64_t nWanted = 0;
+    for (size_t i = 0; i < names.size(); ++i) {
+        nWanted += static_cast<size_t>(firstEqual[i]) == i ? 1 : 0;
+    }
+    pIndices->assign(names.size(), -1);
+    if (!walk(mgr, sought.get(), nWanted, pIndices)) { return false; }
+    for (size_t i = 0; i < names.size(); ++i) {
+        (*pIndices)[i] = (*pIndices)[static_cast<size_t>(firstEqual[i])];
+    }
+    return true;
+}
+
+void findByIndex(NamesManager *mgr, const Names &names, Indices *pIndices) {
+    pIndices->resize(names.size());
     if (NamesManager_FindNameList(mgr, names.data(), static_cast<int32_t>(names.size()), 0,
-                                  indices.data()) != 0) {
+                                  pIndices->data()) != 0) {
         throw std::bad_alloc();
     }
 }
 
-// Prints "index<TAB>name" for each name. Returns how many are missing.
-int64_t printIndices(Output &output, const std::vector<const char *> &names,
-                     const std::vector<int32_t> &indices, const FindOptions &options) {
+// Prints index, tab and name for each name. Returns how many names are missing.
+int64_t printIndices(const Names &names, const Indices &indices, const Request &request,
+                     Output *pOutput) {
+    const int32_t base = request.bOneBased ? 1 : 0;
     for (size_t i = 0; i < names.size(); ++i) {
-        output.print("%" PRId32 "\t%s%c",
-                     indices[i] + (options.bOneBased && indices[i] >= 0 ? 1 : 0), names[i],
-                     options.bNull ? '\0' : '\n');
+        pOutput->print("%" PRId32 "\t%s%c", indices[i] + (indices[i] >= 0 ? base : 0), names[i],
+                       request.bNull ? '\0' : '\n');
     }
-    output.flush();
+    pOutput->flush();
     return std::count(indices.begin(), indices.end(), -1);
 }
 
-int64_t findGiven(NamesManager *mgr, const std::vector<std::string> &names,
-                  const FindOptions &options) {
-    std::vector<const char *> texts;
-    texts.reserve(names.size());
-    for (const std::string &name : names) { texts.push_back(name.c_str()); }
-    std::vector<int32_t> indices;
-    if (!findByWalk(mgr, texts, indices)) { findByIndex(mgr, texts, indices); }
+// Both return how many names are missing.
+int64_t findGiven(NamesManager *mgr, const Request &request) {
+    Names names;
+    names.reserve(request.names.size());
+    for (const std::string &name : request.names) { names.push_back(name.c_str()); }
+    Indices indices;
+    if (!findByWalk(mgr, names, &indices)) { findByIndex(mgr, names, &indices); }
     Output output;
-    return printIndices(output, texts, indices, options);
+    return printIndices(names, indices, request, &output);
 }
 
-int64_t findListed(NamesManager *mgr, const FindOptions &options) {
+int64_t findListed(NamesManager *mgr, const Request &request) {
     int64_t nMissing = 0;
     int nWalks = 0;
-    std::vector<int32_t> indices;
+    Indices indices;
     Output output;
-    ListReader reader("-", options.bNull, true);
-    while (reader.next()) {
-        const bool bWalk = reader.names().size() < kNamesForIndex && nWalks++ < kWalksForIndex;
-        if (!bWalk || !findByWalk(mgr, reader.names(), indices)) {
-            findByIndex(mgr, reader.names(), indices);
+    ListInput input("-", request.bNull, true);
+    while (input.next()) {
+        const bool bWalk = input.names().size() < kNamesForIndex && nWalks++ < kWalksForIndex;
+        if (!bWalk || !findByWalk(mgr, input.names(), &indices)) {
+            findByIndex(mgr, input.names(), &indices);
         }
-        nMissing += printIndices(output, reader.names(), indices, options);
+        nMissing += printIndices(input.names(), indices, request, &output);
     }
     return nMissing;
 }
 
 }  // namespace
 
-int runImport(const std::string &list, const std::string &image, bool bNull) {
+int runImport(const Request &request) {
     const auto begin = std::chrono::steady_clock::now();
-    Output output(image, list);  // first of all, to say at once if it cannot be written
+    Output output(request.image, request.list);  // first, to fail at once if it cannot be written
     if (output.isTerminal()) { fail(output.name(), "is a terminal, and an image is not text"); }
     const ManagerHandle mgr = makeManager();
     {
         Progress progress("storing");
-        storeList(mgr.get(), list, bNull, progress);
+        storeList(mgr.get(), request.list, request.bNull, &progress);
         progress.set("saving", mgr->nNames);
         saveImage(mgr.get(), output);
     }
@@ -187,29 +205,28 @@ int runImport(const std::string &list, const std::string &image, bool bNull) {
     } else {
         Output().write(summary);
     }
-    return 0;
+    return kExitSuccess;
 }
 
-int runExport(const std::string &image, const std::string &list, bool bNull) {
-    const ManagerHandle mgr = loadImage(image);
-    if (!bNull) { refuseForLines(mgr.get(), image); }
-    Output output(list, image);
+int runExport(const Request &request) {
+    const ManagerHandle mgr = loadImage(request.image);
+    if (!request.bNull) { refuseForLines(mgr.get(), request.image); }
+    Output output(request.list, request.image);
     std::optional<Progress> progress;
     if (!output.isTerminal()) { progress.emplace("exporting"); }
-    writeList(mgr.get(), output, bNull ? '\0' : '\n');
+    writeList(mgr.get(), request.bNull ? '\0' : '\n', &output);
     output.finish();
-    return 0;
+    return kExitSuccess;
 }
 
-int runFind(const std::string &image, const std::vector<std::string> &names,
-            const FindOptions &options) {
-    if (image == "-" && names.empty()) {
-        fail(inputName(image), "cannot be both the image and the names");
+int runFind(const Request &request) {
+    if (request.image == "-" && request.names.empty()) {
+        fail(inputName(request.image), "cannot be both the image and the names");
     }
-    const ManagerHandle mgr = loadImage(image);
+    const ManagerHandle mgr = loadImage(request.image);
     const int64_t nMissing =
-        names.empty() ? findListed(mgr.get(), options) : findGiven(mgr.get(), names, options);
-    return nMissing > 0 ? 1 : 0;
+        request.names.empty() ? findListed(mgr.get(), request) : findGiven(mgr.get(), request);
+    return nMissing > 0 ? kExitNo : kExitSuccess;
 }
 
 }  // namespace tool

@@ -4,110 +4,134 @@
 #include <sstream>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 namespace tool {
 namespace {
 
-// ---- What the manual consists of ----
+// ---- Texts ----
 
-enum class Kind { section, subsection, label, paragraph, example, option };
-
-// A paragraph's text is one line, an example's as many as it has; what: the option that the text
-// describes.
-struct Item {
-    Kind kind;
-    std::string text;
-    std::string what = {};
-};
-
-using Items = std::vector<Item>;
-
-void addOptions(Items &items, const CLI::App &app, bool bWithHelp) {
-    for (const CLI::Option *pOption :
-         app.get_options([](const CLI::Option *p) { return !p->get_group().empty(); })) {
-        if (pOption == app.get_help_ptr() && !bWithHelp) { continue; }
-        const bool bOperand = pOption->get_positional();
-        std::string name = pOption->get_name(bOperand, !bOperand);
-        if (const size_t iComma = name.find(','); iComma != std::string::npos) {
-            name.insert(iComma + 1, " ");
-        }
-        const std::string &argument = pOption->get_option_text();
-        if (!bOperand && argument.find_first_not_of(' ') != std::string::npos) {
-            name.append(" ").append(argument);
-        }
-        items.push_back({Kind::option, pOption->get_description() + ".", name});
-    }
+// The text without its marks for code.
+std::string plain(std::string text) {
+    text.erase(std::remove(text.begin(), text.end(), '`'), text.end());
+    return text;
 }
 
+// The text in lines of at most nWidth bytes, where its blanks allow; marks for code take no room.
+std::vector<std::string> wrapped(const std::string &text, size_t nWidth) {
+    std::istringstream words(text);
+    std::vector<std::string> lines(1);
+    for (std::string word; words >> word;) {
+        std::string &line = lines.back();
+        if (!line.empty() && plain(line).size() + 1 + plain(word).size() > nWidth) {
+            lines.push_back(word);
+        } else {
+            line += (line.empty() ? "" : " ") + word;
+        }
+    }
+    return lines;
+}
+
+// The lines of an example, which begins on a line of its own.
 std::vector<std::string> linesOf(const std::string &text) {
-    std::istringstream stream(text);
+    std::istringstream stream(text.substr(text.find_first_not_of('\n')));
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) { lines.push_back(line); }
     return lines;
 }
 
-// A line that ends with ':' is a heading, lines that begin with two blanks are an example, other
-// lines fill paragraphs.
-void addFooter(Items &items, const CLI::App &app, Kind heading) {
-    constexpr size_t kIndent = 2;
-    bool bGoesOn = false;  // the line before may be of the same item
-    for (const std::string &line : linesOf(app.get_footer())) {
-        const bool bText = !line.empty() && line.back() != ':';
-        const bool bExample = bText && line.front() == ' ';
-        const Kind kind = bExample ? Kind::example : Kind::paragraph;
-        if (bText && bGoesOn && items.back().kind == kind) {
-            items.back().text += (bExample ? "\n" : " ") + line.substr(bExample ? kIndent : 0);
-        } else if (bText) {
-            items.push_back({kind, line.substr(bExample ? kIndent : 0)});
-        } else if (!line.empty()) {
-            items.push_back({heading, line.substr(0, line.size() - 1)});
-        }
-        bGoesOn = bText;
-    }
+std::string joined(const std::vector<std::string> &lines, const std::string &indent = "") {
+    std::string text;
+    for (const std::string &line : lines) { text += indent + line + "\n"; }
+    return text;
 }
 
 // "names_tool import [OPTIONS] LIST IMAGE"
-std::string synopsis(const CLI::App &app, const std::string &name) {
-    const std::string usage = CLI::Formatter().make_usage(&app, name);
-    const size_t nLabel = std::string("Usage: ").size();
-    return usage.substr(nLabel, usage.find('\n') - nLabel);
+std::string synopsis(const Program &program, const Command &command) {
+    std::string text = std::string(program.szName) + " " + command.szName + " [OPTIONS]";
+    for (const Argument &operand : command.operands) {
+        const std::string name = std::string(operand.szName) + (operand.pValues ? "..." : "");
+        text += operand.bRequired ? " " + name : " [" + name + "]";
+    }
+    return text;
 }
 
-Items makeManual(const CLI::App &app) {
-    const auto commands = app.get_subcommands([](const CLI::App *) { return true; });
-    std::string usage;
-    for (const CLI::App *pCommand : commands) {
-        usage += (usage.empty() ? "" : "\n") +
-                 synopsis(*pCommand, app.get_name() + " " + pCommand->get_name());
+// "--svg FILE"
+std::string optionName(const Argument &option) {
+    return option.szName + std::string(*option.szValue ? " " : "") + option.szValue;
+}
+
+// ---- Help ----
+
+std::string helpEntry(const std::string &name, const char *szText) {
+    constexpr size_t kNameWidth = 22;
+    const std::string blanks(kNameWidth - std::min(name.size(), kNameWidth - 1), ' ');
+    return "  " + name + blanks + plain(szText) + "\n";
+}
+
+std::string helpOptions(const std::vector<Argument> &options) {
+    std::string text = "\nOptions:\n";
+    for (const Argument &option : options) { text += helpEntry(optionName(option), option.szText); }
+    return text;
+}
+
+std::string helpSections(const std::vector<Section> &sections) {
+    constexpr size_t kWidth = 91;
+    std::string text;
+    for (const Section &section : sections) {
+        text += "\n";
+        if (*section.szHeading) { text += std::string(section.szHeading) + ":\n"; }
+        text += *section.szText ? joined(wrapped(plain(section.szText), kWidth))
+                                : joined(linesOf(section.szLines), "  ");
     }
+    return text;
+}
+
+// ---- The manual as a sequence of items, for man and Markdown ----
+
+enum class Kind { section, subsection, label, paragraph, example, option };
+
+struct Item {
+    Kind kind;
+    std::string text;
+    std::string name = {};  // of an option or operand
+};
+
+using Items = std::vector<Item>;
+
+void addArguments(const std::vector<Argument> &arguments, Items *pItems) {
+    for (const Argument &argument : arguments) {
+        pItems->push_back({Kind::option, std::string(argument.szText) + ".", optionName(argument)});
+    }
+}
+
+void addSections(const std::vector<Section> &sections, Kind heading, Items *pItems) {
+    for (const Section &section : sections) {
+        if (*section.szHeading) { pItems->push_back({heading, section.szHeading}); }
+        if (*section.szText) {
+            pItems->push_back({Kind::paragraph, section.szText});
+        } else {
+            pItems->push_back({Kind::example, joined(linesOf(section.szLines))});
+        }
+    }
+}
+
+Items makeManual(const Program &program) {
+    std::string usage;
+    for (const Command &command : program.commands) { usage += synopsis(program, command) + "\n"; }
     Items items = {{Kind::section, "Synopsis"},
                    {Kind::example, usage},
                    {Kind::section, "Description"},
-                   {Kind::paragraph, app.get_description() + "."}};
-    addOptions(items, app, true);
+                   {Kind::paragraph, std::string(program.szSummary) + "."}};
+    addArguments({program.help, program.version}, &items);
     items.push_back({Kind::section, "Commands"});
-    for (const CLI::App *pCommand : commands) {
-        items.push_back({Kind::subsection, pCommand->get_name()});
-        items.push_back({Kind::paragraph, pCommand->get_description() + "."});
-        addOptions(items, *pCommand, false);
-        addFooter(items, *pCommand, Kind::label);
+    for (const Command &command : program.commands) {
+        items.push_back({Kind::subsection, command.szName});
+        items.push_back({Kind::paragraph, std::string(command.szSummary) + "."});
+        addArguments(command.operands, &items);
+        addArguments(command.options, &items);
+        addSections(command.sections, Kind::label, &items);
     }
-    addFooter(items, app, Kind::section);
+    addSections(program.sections, Kind::section, &items);
     return items;
-}
-
-// The text in lines of at most nWidth bytes, where its blanks allow.
-std::vector<std::string> wrapped(const std::string &text, size_t nWidth) {
-    std::istringstream words(text);
-    std::vector<std::string> lines(1);
-    for (std::string word; words >> word;) {
-        if (!lines.back().empty() && lines.back().size() + 1 + word.size() > nWidth) {
-            lines.emplace_back();
-        }
-        lines.back() += (lines.back().empty() ? "" : " ") + word;
-    }
-    return lines;
 }
 
 // ---- As input for man ----
@@ -136,6 +160,11 @@ std::string roffLines(const std::vector<std::string> &lines) {
     return result;
 }
 
+std::string roffText(const std::string &text) {
+    constexpr size_t kWidth = 78;
+    return roffLines(wrapped(roff(plain(text)), kWidth));
+}
+
 std::string upperCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](char c) {
         return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -143,37 +172,25 @@ std::string upperCase(std::string text) {
     return text;
 }
 
-// bFirst: the item stands right behind a heading.
+// bFirst: the item follows a heading, which begins a paragraph by itself.
 std::string roffItem(const Item &item, bool bFirst) {
-    constexpr size_t kWidth = 78;
     const std::string begin = bFirst ? "" : ".PP\n";
     switch (item.kind) {
     case Kind::section: return ".SH " + upperCase(item.text) + "\n";
     case Kind::subsection: return ".SS " + item.text + "\n";
     case Kind::label: return begin + ".B " + roff(item.text) + ":\n";
-    case Kind::paragraph: return begin + roffLines(wrapped(roff(item.text), kWidth));
+    case Kind::paragraph: return begin + roffText(item.text);
     case Kind::example: return ".RS 4\n.nf\n" + roffLines(linesOf(roff(item.text))) + ".fi\n.RE\n";
-    case Kind::option:
-        return ".TP\n.B " + roff(item.what) + "\n" + roffLines(wrapped(roff(item.text), kWidth));
+    case Kind::option: return ".TP\n.B " + roff(item.name) + "\n" + roffText(item.text);
     }
     return "";
 }
 
 // ---- As Markdown ----
 
-// A word that begins with '-' up to its punctuation is code: as text, several become a dash.
 std::string markdownText(const std::string &text) {
     constexpr size_t kWidth = 140;
-    std::string result;
-    for (std::string line : wrapped(text, kWidth)) {
-        for (size_t at = 0; (at = line.find(" -", at)) != std::string::npos;) {
-            line.insert(at + 1, 1, '`');
-            at = std::min(line.find_first_of(" ,;.)", at + 2), line.size());
-            line.insert(at, 1, '`');
-        }
-        result += line + "\n";
-    }
-    return result;
+    return joined(wrapped(text, kWidth));
 }
 
 std::string markdownItem(const Item &item) {
@@ -182,37 +199,58 @@ std::string markdownItem(const Item &item) {
     case Kind::subsection: return "### " + item.text + "\n";
     case Kind::label: return "**" + item.text + "**\n";
     case Kind::paragraph: return markdownText(item.text);
-    case Kind::example: return "```\n" + item.text + "\n```\n";
-    case Kind::option: return "- `" + item.what + "` " + markdownText(item.text);
+    case Kind::example: return "```\n" + item.text + "```\n";
+    case Kind::option: return "- `" + item.name + "` " + markdownText(item.text);
     }
     return "";
 }
 
 }  // namespace
 
-std::string manPage(const CLI::App &app, const std::string &version, const std::string &date) {
-    const std::string &name = app.get_name();
-    std::string page = ".TH " + upperCase(name) + " 1 " + date + " \"" + name + " " + version +
-                       "\" \"User Commands\"\n";
-    page += ".SH NAME\n" + name + " \\- keeps lists of names in images\n";
+std::string helpText(const Program &program) {
+    std::string text = std::string(program.szSummary) + "\nUsage: " + program.szName +
+                       " [OPTIONS] COMMAND\n" + helpOptions({program.help, program.version}) +
+                       "\nCommands:\n";
+    for (const Command &command : program.commands) {
+        text += helpEntry(command.szName, command.szSummary);
+    }
+    return text + helpSections(program.sections);
+}
+
+std::string helpText(const Program &program, const Command &command) {
+    std::string text = plain(command.szSummary) + "\nUsage: " + synopsis(program, command) + "\n";
+    if (!command.operands.empty()) { text += "\nOperands:\n"; }
+    for (const Argument &operand : command.operands) {
+        text += helpEntry(std::string(operand.szName) + (operand.pValues ? " ..." : ""),
+                          operand.szText);
+    }
+    std::vector<Argument> options = {program.help};
+    options.insert(options.end(), command.options.begin(), command.options.end());
+    return text + helpOptions(options) + helpSections(command.sections);
+}
+
+std::string manPage(const Program &program, const char *szVersion, const char *szDate) {
+    const std::string name = program.szName;
+    std::string page = ".TH " + upperCase(name) + " 1 " + szDate + " \"" + name + " " + szVersion +
+                       "\" \"User Commands\"\n.SH NAME\n" + name + " \\- " + program.szTopic + "\n";
     Kind before = Kind::paragraph;
-    for (const Item &item : makeManual(app)) {
+    for (const Item &item : makeManual(program)) {
         page += roffItem(item, before == Kind::section || before == Kind::subsection);
         before = item.kind;
     }
     return page;
 }
 
-std::string markdownPage(const CLI::App &app) {
-    std::string page = "# The command-line tool " + app.get_name() + "\n";
+std::string markdownPage(const Program &program) {
+    std::string page = "# The command-line tool " + std::string(program.szName) + "\n";
     Kind before = Kind::paragraph;
-    for (const Item &item : makeManual(app)) {
+    for (const Item &item : makeManual(program)) {
         if (item.kind != Kind::option || before != Kind::option) { page += "\n"; }
         page += markdownItem(item);
         before = item.kind;
     }
     return page + "\n<!-- Made by names_tool --markdown-page; what it says stands in "
-                  "tools/names_tool.cpp. -->\n";
+                  "tools/commands.cpp. -->\n";
 }
 
 }  // namespace tool

@@ -1,20 +1,22 @@
-// The manual, made of the texts that --help prints.
+// The manual in three forms, all written from the tables in tools/commands.hpp.
 #ifndef TOOLS_MANUAL_HPP
 #define TOOLS_MANUAL_HPP
 
 #include <string>
 
-namespace CLI {
-class App;
-}
+#include "tools/commands.hpp"
 
 namespace tool {
 
-// As a page of section 1 for man; date: when the texts were last changed.
-std::string manPage(const CLI::App &app, const std::string &version, const std::string &date);
+// What --help prints, without a command and with one.
+std::string helpText(const Program &program);
+std::string helpText(const Program &program, const Command &command);
 
-// As the page docs/tool.md.
-std::string markdownPage(const CLI::App &app);
+// A page of section 1 for man; szDate: when the texts were last changed.
+std::string manPage(const Program &program, const char *szVersion, const char *szDate);
+
+// The page docs/tool.md.
+std::string markdownPage(const Program &program);
 
 }  // namespace tool
 

@@ -9,10 +9,11 @@
 
 namespace tool {
 
-// Writes the picture: a row per block, each as wide as any other; of more than 40 blocks, several
-// share a row. From left to right a row shows its bytes: live ones in the colour of the names'
-// indices, dead ones, free ones. Its size is bounded whatever mgr holds.
-void drawPicture(Output &output, NamesManager *mgr, const Facts &facts, const std::string &image);
+// Writes the picture: a row for each block, all of the same width; more than 40 blocks share rows.
+// A row shows its bytes from left to right: live ones in the colour of their names' indices, dead
+// ones, free ones. The size of the picture is bounded, however many names there are. title: what it
+// shows.
+void drawPicture(NamesManager *mgr, const Facts &facts, const std::string &title, Output *pOutput);
 
 }  // namespace tool
 

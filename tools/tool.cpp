@@ -1,7 +1,6 @@
 #include "tools/tool.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <new>
 #include <system_error>
@@ -49,14 +48,23 @@ ManagerHandle makeManager() {
     return mgr;
 }
 
+void buildIndex(NamesManager *mgr) {
+    NamesManager_FindNameList(mgr, nullptr, 0, 0, nullptr);
+    if (mgr->nNames > 0 && !mgr->pLookupIndex) { throw std::bad_alloc(); }
+}
+
+int32_t readNames(NamesManager *mgr, int32_t first, NamePointers *pNames) {
+    const int32_t nMore = std::max(NamesManager_GetNumNames(mgr) - first, 0);
+    const int32_t count = std::min(nMore, static_cast<int32_t>(pNames->size()));
+    if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, pNames->data()) != 0) {
+        throw std::bad_alloc();
+    }
+    return count;
+}
+
 void visitNames(NamesManager *mgr, const NamesVisitor &visit) {
-    std::array<const char *, 4096> names;
-    const int32_t nNames = NamesManager_GetNumNames(mgr);
-    for (int32_t first = 0; first < nNames;) {
-        const int32_t count = std::min(nNames - first, static_cast<int32_t>(names.size()));
-        if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, names.data()) != 0) {
-            throw std::bad_alloc();
-        }
+    NamePointers names;
+    for (int32_t first = 0; const int32_t count = readNames(mgr, first, &names);) {
         if (!visit(first, count, names.data())) { return; }
         first += count;
     }

@@ -2,26 +2,26 @@
 #ifndef TOOLS_TOOL_HPP
 #define TOOLS_TOOL_HPP
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "names/names_manager.h"
 #include "tools/files.hpp"
 
 namespace tool {
 
-// What ends a command: thrown anywhere, printed by main as "names_tool: <text>", exit 2.
+// Ends a command: thrown anywhere, printed by main as "names_tool: <text>", exit status 2.
 struct Failure {
     std::string text;
 };
 
 [[noreturn]] void fail(const std::string &file, const std::string &what);
 
-// What errno says.
+// The message for errno.
 std::string systemError();
 
 // What messages call a file that is read.
@@ -34,7 +34,7 @@ std::string counted(int64_t number, const std::string &noun);
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 bool startsWithMark(std::string_view text);
 
-// The text in quotes, control characters escaped: names and formats of an image may hold anything.
+// The text in quotes, control characters escaped: an image's names and formats may hold any bytes.
 std::string quoted(const char *text);
 
 struct ManagerDeleter {
@@ -44,35 +44,32 @@ using ManagerHandle = std::unique_ptr<NamesManager, ManagerDeleter>;
 
 ManagerHandle makeManager();
 
-// Loads the image into mgr. "" or what is wrong with the image; fails when the file cannot be read
-// or memory runs out.
+// Loads the image into mgr. Returns what is wrong with the image, or "". Fails when the file cannot
+// be read or memory runs out.
 std::string loadProblem(NamesManager *mgr, const std::string &image);
 
-// The names of an image, which must be sound.
+// Returns the names of an image. Fails when it is not sound.
 ManagerHandle loadImage(const std::string &image);
 
 // Writes the image and finishes the output.
 void saveImage(NamesManager *mgr, Output &output);
 
-// Calls visit for all names in order, some thousands at a time, until it answers false: the index
-// of the first, how many, pointers to their texts.
+// Builds the lookup index if there is none. Without one every lookup would read all names, so this
+// fails when there is no memory for it.
+void buildIndex(NamesManager *mgr);
+
+// For FindNames: names end with a NUL and have no trailing blanks.
+constexpr int32_t kTextUnchanged = -2;
+
+// Points at the names from the 0-based index first on, as many as there are and have room; returns
+// how many.
+using NamePointers = std::array<const char *, 4096>;
+int32_t readNames(NamesManager *mgr, int32_t first, NamePointers *pNames);
+
+// Calls visit for all names in order, some thousands at a time, until it returns false. first: the
+// 0-based index of the first of the count names.
 using NamesVisitor = std::function<bool(int32_t first, int32_t count, const char *const *names)>;
 void visitNames(NamesManager *mgr, const NamesVisitor &visit);
-
-// The commands; each returns the exit status. bNull: names in lists and output end by NUL instead
-// of a line's end.
-int runImport(const std::string &list, const std::string &image, bool bNull);
-int runExport(const std::string &image, const std::string &list, bool bNull);
-struct FindOptions {
-    bool bOneBased;
-    bool bNull;
-};
-int runFind(const std::string &image, const std::vector<std::string> &names,
-            const FindOptions &options);
-// picture: the file to draw the storage into, instead of telling about it; "" for none.
-int runShow(const std::string &image, bool bJson, const std::string &picture);
-int runCheck(const std::string &image);
-int runSelfCheck();
 
 }  // namespace tool
 
