@@ -12,13 +12,12 @@ set(names_cxx_runtime ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_ITEM names_cxx_runtime ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_DUPLICATES names_cxx_runtime)
 
-# What libraries are made of: sources compiled with every symbol hidden but those of the public headers.
+# What libraries are made of: sources compiled with every symbol hidden but those that the public headers declare and, by a pragma, export.
 function(names_objects target)
     add_library(${target} OBJECT ${ARGN})
     names_project_settings(${target})
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
     set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-    target_compile_options(${target} PRIVATE -include "${PROJECT_SOURCE_DIR}/cmake/exports.h")
 endfunction()
 
 # How a library is used and linked. Headers are included as "names/..." and "host/...", from the root of the tree or of the installation. A

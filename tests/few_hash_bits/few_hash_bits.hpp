@@ -1,4 +1,4 @@
-// Hashes of which a test keeps few bits, in front of the shipped ones.
+// Hashes of which a test keeps few bits, in place of host/text_hash.hpp.
 #pragma once
 
 #include <functional>
