@@ -1,6 +1,8 @@
-# amalgamate.awk: copies its input and, in place of each include of this project, the file, which is found from the repository's root; a file
-# that was copied before, or that the list known has, is left out, and what is not found stays included. Where a macro names a header, the
-# header is the macro's default. With hidden=1 what a namespace holds goes to an unnamed one within, so that the linker does not see it.
+# amalgamate.awk: copies its input and puts files of this project, which it finds from the
+# repository's root, in place of their includes. A file that was copied before or is in the list
+# known is left out; what is not found stays included. Where a macro names a header, its default is
+# taken. With hidden=1 what a namespace holds goes to an unnamed one within, so that the linker does
+# not see it.
 function visit(line,    words) {
     split(line, words, /[ "]+/)
     if (line ~ /^#define [A-Z_]+_HEADER "/) defaults[words[2]] = words[3]
@@ -14,13 +16,10 @@ function visit(line,    words) {
 }
 function copy(file, include,    line, result) {
     if (copied[file]++) return
-    result = getline line < file
+    result = (getline line < file)
     print result < 0 ? include : "/* ---- " file " ---- */"
-    for (; result > 0; result = getline line < file) visit(line)
+    for (; result > 0; result = (getline line < file)) visit(line)
     close(file)
 }
-BEGIN {
-    split(known, files, " ")
-    for (i in files) copied[files[i]] = 1
-}
+BEGIN { for (i = split(known, files, " "); i > 0; --i) copied[files[i]] = 1 }
 { visit($0) }

@@ -17,8 +17,8 @@ namespace host {
 struct HashSecret {};
 
 inline const HashSecret &processSecret() {
-    static constexpr HashSecret none;
-    return none;
+    static constexpr HashSecret kNone;
+    return kNone;
 }
 
 inline KeyHash hashText(const HashSecret & /*secret*/, const char *szText) {

@@ -1,4 +1,4 @@
-# A library of the module's sources compiled with tiny sizes. The self-check expects the sizes that are shipped.
+# A library of the module's sources compiled with tiny sizes. The self-check expects the shipped ones.
 function(names_add_tiny_module target)
     set(sources ${names_module_sources})
     list(FILTER sources EXCLUDE REGEX "/self_check\\.cpp$")
