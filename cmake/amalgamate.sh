@@ -1,45 +1,40 @@
 #!/bin/sh
-# amalgamate.sh FOLDER: writes the whole component with the shipped host into FOLDER, as names_manager.h and names_manager.cpp.
+# amalgamate.sh FOLDER: writes the whole component with the shipped host into FOLDER, as
+# names_manager.h and names_manager.cpp.
 set -eu
 mkdir -p "$1"
 folder=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
-version=$(sed -n 's/^#define NAMES_MANAGER_VERSION_[A-Z]* \([0-9]*\)$/\1/p' names/names_manager.h | paste -s -d .)
-headers="names/names_manager.h $(echo host/*.h) $(echo files/*.h)"
-sources="$(echo names/*.cpp) $(echo host/*.cpp) $(echo files/*.cpp)"
-print_files() { # MODE KNOWN FILE...
-    mode=$1 known=$2
-    shift 2
-    awk -v mode="$mode" -v known="$known" -f cmake/amalgamate.awk "$@"
-}
+version=$(sed -n 's/^#define NAMES_MANAGER_VERSION_[A-Z]* \([0-9]*\)$/\1/p' names/names_manager.h |
+    paste -s -d .)
+list() { find "$@" | LC_ALL=C sort | paste -s -d ' '; }
+include() { printf '#include "%s"\n' "$@"; }
+headers=$(list names host files -name '*.h')
 
-# Words of these lists are the names of files.
-# shellcheck disable=SC2086
-{
-    cat <<END
-/* names_manager $version: keeps the names of numbered entities. For C11 and later and for C++; with the face for C++ from C++17 on.
+# Words of lists are the names of files.
+# shellcheck disable=SC2046,SC2086
+awk -f cmake/amalgamate.awk >"$folder/names_manager.h" <<END
+/* names_manager $version: keeps the names of numbered entities. For C11 and later and for C++; with
+ * the C++ face from C++17 on.
  *
- * This header and names_manager.cpp, which is C++20, are the whole component. They were put together from these files, whose names stand
- * where their parts begin:
-$(printf ' *     %s\n' $headers names/names_manager.hpp $sources)
- * Where names_manager.cpp is compiled with NAMES_OWN_HOST defined it leaves out the sources of host/ and files/; the services are then yours to
- * implement.
+ * This header and names_manager.cpp, which is C++20, are the whole component, put together from the
+ * files whose names stand where they begin. Where names_manager.cpp is compiled with NAMES_OWN_HOST
+ * defined, it leaves out host/ and files/; the services are then yours to implement.
  */
 #ifndef NAMES_MANAGER_H
 #define NAMES_MANAGER_H
+$(include names/names_manager.h $headers)
+#if defined(__cplusplus) && __cplusplus >= 201703L
+$(include names/names_manager.hpp)
+#endif
+#endif
 END
-    print_files header "" $headers
-    printf '\n#if defined(__cplusplus) && __cplusplus >= 201703L\n'
-    print_files header "$headers" names/names_manager.hpp
-    printf '#endif\n\n#endif\n'
-} >"$folder/names_manager.h"
-
-# shellcheck disable=SC2086
-{
-    printf '/* names_manager %s: the implementation. names_manager.h says where its parts come from. */\n' "$version"
-    printf '#ifndef NAMES_OWN_HOST\n#define NAMES_HOST_HAS_MAKERS\n#endif\n#include "names_manager.h"\n'
-    print_files source "$headers" names/*.cpp
-    printf '\n#ifndef NAMES_OWN_HOST\n'
-    print_files source "$headers" host/*.cpp files/*.cpp
-    printf '#endif\n'
-} >"$folder/names_manager.cpp"
+# shellcheck disable=SC2046
+awk -v known="$headers" -v hidden=1 -f cmake/amalgamate.awk >"$folder/names_manager.cpp" <<END
+/* names_manager $version: the implementation. */
+$(include names_manager.h)
+$(include $(list names -name '*.cpp'))
+#ifndef NAMES_OWN_HOST
+$(include $(list host files -name '*.cpp'))
+#endif
+END

@@ -1,38 +1,46 @@
-/* The recursive lock that is embedded in the records it protects. */
+/** @file
+ * The recursive lock that is embedded in the records it protects.
+ */
 #ifndef HOST_HOST_LOCK_H
 #define HOST_HOST_LOCK_H
 
 #include <stdint.h>
 
+#ifdef __GNUC__
+#pragma GCC visibility push(default) /* what is declared here is exported */
+#endif
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/* Must stay at its address from HostLock_Init to HostLock_Destroy. The fields are the host's own.
- */
+/** Must stay at its address from HostLock_Init() to HostLock_Destroy(). The fields are the host's
+ * own. */
 typedef struct HostLock {
-    uint64_t nOwner; /* the thread that holds it, 0: none */
-    int32_t nState;  /* 0 free, 1 held, 2 held and perhaps waited for */
-    int32_t nDepth;  /* times that its owner has taken it */
+    uint64_t nOwner; /**< the thread that holds it, 0: none */
+    int32_t nState;  /**< 0 free, 1 held, 2 held and perhaps waited for */
+    int32_t nDepth;  /**< times that its owner has taken it */
 } HostLock;
 
-/* Makes *pLock an unheld lock. Returns 0, or non-zero when the system has no resources for it;
- * *pLock is then not a lock. */
+/** Makes `*pLock` a lock that nobody holds.
+ *
+ * Returns 0, or non-zero if the system has no resources for it; `*pLock` is not a lock then. */
 int32_t HostLock_Init(HostLock *pLock);
 
-/* Waits until no other thread holds the lock and takes it. The thread that holds it may take it
+/** Waits until no other thread holds the lock and takes it. The thread that holds it may take it
  * again. */
 void HostLock_Acquire(HostLock *pLock);
 
-/* Gives back one HostLock_Acquire of the calling thread; the lock is free once all are given back.
- */
+/** Undoes one HostLock_Acquire() of the calling thread; the lock is free once all are undone. */
 void HostLock_Release(HostLock *pLock);
 
-/* Ends the lock, which no thread may hold or wait for. */
+/** Destroys the lock, which no thread may hold or wait for. */
 void HostLock_Destroy(HostLock *pLock);
 
 #ifdef __cplusplus
 }
+#endif
+#ifdef __GNUC__
+#pragma GCC visibility pop
 #endif
 
 #endif

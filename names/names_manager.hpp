@@ -1,10 +1,11 @@
-// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything
-// here is one C call, whose declaration tells what it does, when it fails and which views it ends;
-// indices count from 0. No exceptions; an operation that cannot answer says so.
-//
-// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a
-// NUL is refused (Status::failed) rather than cut. Views and strings given many at a time are
-// copied to NUL-terminated text for the time of the call.
+/// @file
+/// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything
+/// here is one C call, whose declaration says what it does, when it fails and which views it
+/// invalidates. Indices count from 0. Nothing throws; what fails says so by its result.
+///
+/// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a
+/// NUL is refused (Status::failed) rather than cut. Views and strings given many at a time are
+/// copied to NUL-terminated text for the duration of the call.
 #ifndef NAMES_NAMES_MANAGER_HPP
 #define NAMES_NAMES_MANAGER_HPP
 
@@ -30,18 +31,20 @@
 #include "files/names_file.h"
 #include "names/names_manager.h"
 
+/// The C++ face of names_manager.h.
 namespace names_manager {
 
+/// Results, as NamesManagerStatus has them.
 enum class [[nodiscard]] Status : int32_t{
     ok = 0,
-    failed = 1,   // memory ran out, or an argument lies outside the operation's contract
-    tooLong = 2,  // a name of more than 1048575 bytes
-    tooSmall = 3  // the buffer given
+    failed = 1,   ///< memory ran out, or an argument lies outside the operation's contract
+    tooLong = 2,  ///< a name has more than NAMES_MANAGER_MAX_NAME_BYTES
+    tooSmall = 3  ///< the buffer given
 };
 
-// Existing names of an index range in ascending order: a view with a size, of string views. An
-// iterator reads ahead, many names per lock, so nothing may change the manager while it is in use.
-// Views last as those of Manager::name do.
+/// The existing names of an index range in ascending order: a sized view of string views, which
+/// last as long as those of Manager::name do. An iterator reads ahead, many names per lock, so
+/// nothing may change the manager while an iterator is in use.
 class NameRange {
 public:
     class Iterator {
@@ -98,8 +101,8 @@ public:
     };
 
     NameRange() = default;
-    // Of the names first to last those that exist; none if the range is outside the contract of
-    // reading.
+    /// Those of the names first to last that exist; none if the range is outside the contract of
+    /// reading.
     NameRange(NamesManager *mgr, int32_t first, int32_t last) noexcept : pManager_(mgr) {
         const int32_t nNames = NamesManager_GetNumNames(mgr);
         if (0 <= first && first < nNames && first <= last && last < INT32_MAX) {
@@ -118,19 +121,20 @@ private:
     int32_t iEnd_ = 0;
 };
 
-// What a check for repeated names found. The name at iSecond repeats the one at iFirst.
+/// What a check for repeated names found. The name at iSecond repeats the one at iFirst.
 struct [[nodiscard]] Duplicate {
-    Status status = Status::failed;  // ok: the check was made
+    Status status = Status::failed;  ///< ok: the check was made
     bool found = false;
     int32_t iFirst = -1;
     int32_t iSecond = -1;
 };
 
-// Owns a manager; moves, does not copy (see copyFrom). One that was moved from, or could not be
-// created, is false and good for nothing else.
+/// Owns a manager; moves, does not copy (see copyFrom). One that was moved from, or could not be
+/// created, is false and must not be used for anything else.
 class Manager {
 public:
-    // False when it could not be created. The format of default names: see NamesManager_Create.
+    /// Is false if the manager could not be created. For szFormat, the format of default names, see
+    /// NamesManager_Create().
     explicit Manager(const char *szFormat = nullptr, void *pOwner = nullptr) noexcept
         : pManager_(NamesManager_Create(pOwner, szFormat)) {}
     static Manager adopt(NamesManager *mgr) noexcept { return Manager(Adopted{mgr}); }
@@ -144,9 +148,8 @@ public:
     ~Manager() { NamesManager_Destroy(pManager_); }
 
     explicit operator bool() const noexcept { return pManager_ != nullptr; }
-    NamesManager *get() const noexcept {
-        return pManager_;
-    }  // for every operation that has no method here
+    /// For every operation that has no method here.
+    NamesManager *get() const noexcept { return pManager_; }
     NamesManager *release() noexcept { return std::exchange(pManager_, nullptr); }
 
     int32_t size() const noexcept { return NamesManager_GetNumNames(pManager_); }
@@ -159,7 +162,9 @@ public:
         return Status{NamesManager_StoreIndividualNamePositions(pManager_)};
     }
 
-    // ---- Storing ----
+    /// @name Storing
+    /// @{
+
     Status add(int32_t index, const char *szName) noexcept {
         return Status{NamesManager_AddName(pManager_, index, 0, szName)};
     }
@@ -174,7 +179,7 @@ public:
     Status add(int32_t first, int32_t last, const char *const *pszNames) noexcept {
         return Status{NamesManager_AddNames(pManager_, first, last, 0, pszNames)};
     }
-    // nNames names at first and behind it.
+    /// Stores nNames names from index first on.
     Status add(int32_t first, const char *const *pszNames, std::size_t nNames) noexcept {
         return nNames == 0           ? Status::ok
                : fits(first, nNames) ? add(first, lastOf(first, nNames), pszNames)
@@ -189,7 +194,7 @@ public:
     Status addFromBuffer(int32_t first, int32_t last, const char *pBuffer) noexcept {
         return Status{NamesManager_AddNamesFromBuffer(pManager_, first, last, 0, pBuffer)};
     }
-    // The source's name, behind the prefix. The source may be this manager.
+    /// Stores the prefix and after it the source's name. The source may be this manager.
     Status addCopy(int32_t index, const Manager &source, int32_t iSource,
                    const char *szPrefix = "") noexcept {
         return Status{NamesManager_CopyNameWithPrefix(pManager_, index, 0, source.pManager_,
@@ -199,29 +204,37 @@ public:
         return Status{NamesManager_GenerateNames(pManager_, nCount)};
     }
 
-    // ---- Reading ----
-    // A view with data() == nullptr when there is no such name. A manager that is not const makes
-    // default names up to it first.
+    /// @}
+
+    /// @name Reading
+    /// @{
+
+    /// A view with data() == nullptr if there is no such name. A manager that is not const
+    /// generates default names up to it first.
     std::string_view name(int32_t index) const noexcept {
         return 0 <= index && index < size() ? read(index) : std::string_view();
     }
     std::string_view name(int32_t index) noexcept { return read(index); }
     NameRange names() const noexcept { return {pManager_, 0, size() - 1}; }
     NameRange names(int32_t first, int32_t last) const noexcept { return {pManager_, first, last}; }
-    // Makes default names up to last first, as many as it can.
+    /// Generates default names up to last first, as many as it can.
     NameRange names(int32_t first, int32_t last) noexcept {
         static_cast<void>(NamesManager_GetNamePointers(pManager_, first, last, 0, nullptr));
         return {pManager_, first, last};
     }
     int32_t maxNameLength() const noexcept { return NamesManager_GetMaxNameLength(pManager_); }
-    // Plain names back to back, each with its NUL. pnRequired may be NULL.
+    /// Copies plain names back to back, each with its NUL. pnRequired may be NULL.
     Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes,
                    uint64_t *pnRequired = nullptr) const noexcept {
         return Status{
             NamesManager_GetNames(pManager_, first, last, 0, 0, 0, 0, pBuffer, nBytes, pnRequired)};
     }
 
-    // ---- Looking up: the index, -1 for none ----
+    /// @}
+
+    /// @name Looking up: the index, -1 for none
+    /// @{
+
     int32_t find(const char *szName) const noexcept {
         return NamesManager_FindName(pManager_, szName, 0);
     }
@@ -230,7 +243,7 @@ public:
                    ? -1
                    : NamesManager_FindNameInField(pManager_, textOf(name), lengthOf(name), 0);
     }
-    // Many at once, which is faster; pIndices has room for nNames.
+    /// Finds many at once, which is faster. pIndices has room for nNames.
     Status find(const char *const *pszNames, std::size_t nNames, int32_t *pIndices) const noexcept {
         if (!fits(0, nNames)) return Status::failed;
         return Status{NamesManager_FindNameList(pManager_, pszNames, static_cast<int32_t>(nNames),
@@ -244,8 +257,12 @@ public:
         return findTexts(pNames, nNames, pIndices);
     }
 
-    // ---- Checking, before names are added at first and behind it: see
-    // NamesManager_CheckDuplicateNames ----
+    /// @}
+
+    /// @name Checking, before names are added from index first on
+    /// See NamesManager_CheckDuplicateNames().
+    /// @{
+
     Duplicate findDuplicate(int32_t first, const char *const *pszNames,
                             std::size_t nNames) noexcept {
         const auto lengths = std::unique_ptr<int32_t[]>(new (std::nothrow) int32_t[nNames + 1]);
@@ -266,7 +283,11 @@ public:
         return findDuplicateText(first, pNames, nNames);
     }
 
-    // ---- Removing ----
+    /// @}
+
+    /// @name Removing
+    /// @{
+
     Status remove(int32_t index) noexcept { return remove(index, index); }
     Status remove(int32_t first, int32_t last) noexcept {
         return Status{NamesManager_RemoveNames(pManager_, first, last, 0)};
@@ -275,7 +296,11 @@ public:
         return Status{NamesManager_RemoveNamesByIndices(pManager_, pIndices, nCount)};
     }
 
-    // ---- Images: 0, -1, or the stream's code; by path on the shipped host alone ----
+    /// @}
+
+    /// @name Images: 0, -1, or the stream's code; by path on the shipped host alone
+    /// @{
+
     int32_t save(HostOutputStream *pStream) const noexcept {
         return NamesManager_Save(pManager_, nullptr, pStream);
     }
@@ -289,7 +314,12 @@ public:
         return NamesManager_LoadFromFile(pManager_, szPath);
     }
 
+    /// @}
+
 #ifdef __cpp_lib_span
+    /// @name Spans
+    /// @{
+
     Status add(int32_t first, std::span<const char *const> names) noexcept {
         return add(first, names.data(), names.size());
     }
@@ -299,7 +329,7 @@ public:
     Status add(int32_t first, std::span<const std::string> names) noexcept {
         return add(first, names.data(), names.size());
     }
-    // As many indices as names, else nothing is done (tooSmall).
+    /// There must be as many indices as names, else nothing is done (tooSmall).
     Status find(std::span<const char *const> names, std::span<int32_t> indices) const noexcept {
         return findIn(names, indices);
     }
@@ -315,6 +345,8 @@ public:
                    ? remove(indices.data(), static_cast<int32_t>(indices.size()))
                    : Status::failed;
     }
+
+    /// @}
 #endif
 
 private:
@@ -335,7 +367,7 @@ private:
     static int32_t lastOf(int32_t first, std::size_t nNames) noexcept {
         return first + (static_cast<int32_t>(nNames) - 1);
     }
-    // What storing NUL-terminated text would say.
+    // What storing the name as NUL-terminated text would return.
     static Status check(std::string_view name) noexcept {
         constexpr std::size_t kLongest = 1048575;
         if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX)
@@ -343,7 +375,7 @@ private:
         return name.find_last_not_of(' ') + 1 > kLongest ? Status::tooLong : Status::ok;
     }
 
-    // Names that are views or strings, NUL-terminated for the time of a call.
+    // Names that are views or strings, NUL-terminated for the duration of a call.
     struct Terminated {
         template <typename Text>
         Terminated(const Text *pNames, std::size_t nNames) noexcept {

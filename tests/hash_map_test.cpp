@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/host_hash_map.h"
-#include "host/text_hash.hpp"
+#include "tests/few_hash_bits/few_hash_bits.hpp"
 #include "tests/starve.hpp"
 
 namespace {

@@ -31,17 +31,16 @@ mv first static
 build_and_install shared -DBUILD_SHARED_LIBS=ON
 build_and_install module -DNAMES_BUILD_HOST=OFF -DCMAKE_DISABLE_FIND_PACKAGE_Threads=ON
 
-# Nothing but the public operations can be linked against, and each of these can; the static library hides the rest, too, but for what it
-# has from the standard library.
-declared() { # HEADER...
-    "$CC" -E -P -I"$source" "$@" | tr '\n' ' ' | sed 's/static inline[^}]*}//g' | grep -oE '\b(NamesManager|Host[A-Za-z]*|ZOLT)[A-Za-z_]+ ?\(' |
-        tr -d ' (' | sort -u
-}
-cat "$source"/host/host_*.h "$source"/files/*.h >all.h
+# What the installed headers declare, and nothing else, can be linked against. The static library,
+# too, hides the rest, except for what it has from the standard library.
+cat static/include/names_manager/*/*.h >all.h
+"$CC" -E -P -Istatic/include/names_manager all.h | tr '\n' ' ' | sed 's/static inline[^}]*}//g' |
+    grep -oE '\b(Names[A-Z]|Host|ZOLT)[A-Za-z_]+ ?\(' | tr -d ' (' | sort -u >declared
 nm -D --defined-only shared/lib/libnames_manager.so | awk '{ print $3 }' | grep -vx HostHashMap_StringKeys | sort >exported
-readelf -sW static/lib/libnames_manager.a | awk '$5 ~ /GLOBAL|WEAK|UNIQUE/ && $6 == "DEFAULT" && $7 != "UND" { print $8 }' |
+readelf -sW static/lib/libnames_manager.a |
+    awk '$5 ~ /GLOBAL|WEAK|UNIQUE/ && $6 == "DEFAULT" && $7 != "UND" { print $8 }' |
     grep -vE '^(HostHashMap_StringKeys|_ZN?K?St|_ZZN?K?St)' | sort -u >visible
-declared all.h | diff - exported
+diff declared exported
 diff visible exported
 
 # pkg-config.
@@ -133,8 +132,12 @@ quietly "$CC" -std=c11 -Wall -Wextra -pedantic-errors -Werror -fsyntax-only -x c
 quietly "$CXX" -std=c++17 -Wall -Wextra -pedantic-errors -Werror -fsyntax-only -x c++ "$two/names_manager.h"
 quietly "$CXX" -std=c++20 -Wall -Wextra -Werror -DNAMES_OWN_HOST -fsyntax-only "$two/names_manager.cpp"
 quietly ${ccache:+"$ccache"} "$CXX" -std=c++20 -O2 -Wall -Wextra -Werror -c "$two/names_manager.cpp" -o names_manager.o
+nm -g --defined-only names_manager.o | awk '{ print $3 }' | sort >linkable
+grep -E '^(Names|Host|ZOLT)' linkable | grep -vx HostHashMap_StringKeys | diff - exported
+if grep -E '^_ZNK?(5names|4host)' linkable; then exit 1; fi
 for language in c cpp; do
-    sed -E 's|^#include "names/names_manager.hp*"|#include "names_manager.h"|; /^#include "host/d' "$source/examples/typical_course.$language" >"two.$language"
+    sed -E 's|^#include "names/names_manager.hp*"|#include "names_manager.h"|; /^#include "(host|files)/d' \
+        "$source/examples/typical_course.$language" >"two.$language"
     quietly "$CC" -I"$two" -O2 -c "two.$language" -o two.o
     quietly "$CXX" two.o names_manager.o -o two -pthread
     same_output ./two "typical_course_$language"

@@ -1,6 +1,6 @@
 // A second, slow telling of the names manager: every operation carried out step by step on plain
 // containers, so that after each one the whole record of a real manager can be compared with it. It
-// takes the module's sizes from names/names_sizes.hpp, as the module does, and never runs out of
+// takes the module's sizes from the header that the module takes them from, and never runs out of
 // memory, but knows how to do without maps. Statuses, index bases and widths are those of
 // names/names_manager.h; texts hold no NUL; pTexts points to one text for each index of its range.
 // Sizes of names count the NUL, lengths do not.
@@ -18,8 +18,12 @@
 #include <vector>
 
 #include "names/names_manager.h"
-#include "names/names_sizes.hpp"
 #include "tests/steered_host.hpp"
+
+#ifndef NAMES_SIZES_HEADER
+#define NAMES_SIZES_HEADER "names/names_sizes.hpp"
+#endif
+#include NAMES_SIZES_HEADER
 
 namespace model {
 

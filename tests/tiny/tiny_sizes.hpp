@@ -1,6 +1,6 @@
-// The module's sizes for tests: a handful of names fills tables, blocks and segments.
-#ifndef NAMES_NAMES_SIZES_HPP
-#define NAMES_NAMES_SIZES_HPP
+// The module's sizes for tests, in place of names/names_sizes.hpp: a handful of names fills tables,
+// blocks and segments.
+#pragma once
 
 #include <cstdint>
 
@@ -20,5 +20,3 @@ constexpr int32_t kReleaseInterval = 7;
 constexpr int32_t kMaxBatchNames = 7;
 
 }  // namespace names
-
-#endif

@@ -1,4 +1,4 @@
-// Hashes of which a test keeps few bits, in front of the shipped ones.
+// Hashes of which a test keeps few bits, in place of host/text_hash.hpp.
 #pragma once
 
 #include <functional>
@@ -17,8 +17,8 @@ namespace host {
 struct HashSecret {};
 
 inline const HashSecret &processSecret() {
-    static constexpr HashSecret none;
-    return none;
+    static constexpr HashSecret kNone;
+    return kNone;
 }
 
 inline KeyHash hashText(const HashSecret & /*secret*/, const char *szText) {
