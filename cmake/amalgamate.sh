@@ -37,7 +37,7 @@ END
 # shellcheck disable=SC2086
 {
     printf '/* names_manager %s: the implementation. names_manager.h says where its parts come from. */\n' "$version"
-    printf '#ifndef NAMES_OWN_HOST\n#define NAMES_HOST_HAS_MAKERS\n#endif\n#include "names_manager.h"\n'
+    printf '#include "names_manager.h"\n'
     print_files source "$headers" names/*.cpp
     printf '\n#ifndef NAMES_OWN_HOST\n'
     print_files source "$headers" host/*.cpp

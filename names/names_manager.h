@@ -412,10 +412,9 @@ int32_t NamesManager_Load(NamesManager *mgr, void *reserved, HostInputStream *st
 
 /* Runs fixed scenarios over every public operation on managers of its own, auditing after each
  * step; for an integrator to run on a new host. NamesManager_WriteNameToText and NamesManager_Load
- * are left out unless the module was built with NAMES_HOST_HAS_MAKERS defined, as it is for the
- * shipped host: docs/porting.md tells what that takes. Prints progress on standard output and
- * reports each failed expectation through the host. The number of expectations that failed,
- * findings of the audit included; 0 is a pass. */
+ * are left out: they take a text buffer and an input stream, which only the host can make. Prints
+ * progress on standard output and reports each failed expectation through the host. Returns the
+ * number of expectations that failed, findings of the audit included; 0 is a pass. */
 int32_t NamesManager_SelfCheck(void);
 
 #ifdef __cplusplus
