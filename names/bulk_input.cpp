@@ -1,4 +1,5 @@
-// Storing names given back to back in one buffer, or as a field that need not end in a NUL.
+// Storing names given back to back in one buffer, part by part, or as a field that need not end in
+// a NUL.
 #include <algorithm>
 
 #include "names/storage/text_walk.hpp"
@@ -8,37 +9,30 @@ namespace names {
 
 namespace {
 
-// Work arrays for one batch of names.
-struct BatchArrays {
+// Work arrays for the names of one part.
+struct PartArrays {
     const char **ppNames;
     int32_t *pLengths;
     int32_t nRoom;
 };
 
-void freeArrays(BatchArrays *pArrays) {
-    HostMem_Free(pArrays->pLengths, kSourceTag, __LINE__);
-    HostMem_Free(pArrays->ppNames, kSourceTag, __LINE__);
+void freeArrays(PartArrays *pArrays) {
+    freeMemory(pArrays->pLengths);
+    freeMemory(pArrays->ppNames);
 }
 
 // False without memory for both: there is neither then.
-bool allocArrays(BatchArrays *pArrays, int32_t nRoom) {
-    const uint64_t nNames = static_cast<uint64_t>(nRoom);
+bool allocArrays(PartArrays *pArrays, int32_t nRoom) {
+    const uint64_t nBytes = static_cast<uint64_t>(nRoom) * sizeof(char *);
+    pArrays->ppNames = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    pArrays->pLengths = pArrays->ppNames != nullptr ? allocNumbers(nRoom, __LINE__) : nullptr;
     pArrays->nRoom = nRoom;
-    pArrays->pLengths = nullptr;
-    pArrays->ppNames =
-        static_cast<const char **>(HostMem_Alloc(nNames * sizeof(char *), kSourceTag, __LINE__));
-    if (pArrays->ppNames != nullptr) {
-        pArrays->pLengths =
-            static_cast<int32_t *>(HostMem_Alloc(nNames * sizeof(int32_t), kSourceTag, __LINE__));
-    }
-    if (pArrays->pLengths == nullptr) {
-        freeArrays(pArrays);
-        return false;
-    }
-    return true;
+    if (pArrays->pLengths == nullptr) { freeArrays(pArrays); }
+    return pArrays->pLengths != nullptr;
 }
 
-// Notes the lengths of names whose starts have been found. False if one ends in a blank.
+// Sets the lengths of names that start at aStarts, the end of the last one included. False if one
+// ends in a blank.
 bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int32_t *pLengths) {
     int32_t nBlanks = 0;
     for (int32_t k = 0; k < nNames; ++k) {
@@ -49,9 +43,9 @@ bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int3
     return nBlanks == 0;
 }
 
-// Notes the lengths of the nNames names at pText, provided that they can be taken as they lie: none
-// ends in a blank or is too long. Each of the names yet to come has at least its NUL, so that as
-// many bytes can be looked at at once; a name found in as many as it may have is not too long.
+// Sets the lengths of the nNames names at pText. False if they cannot be taken as they lie: one
+// ends in a blank or is too long. Each name yet to come has at least its NUL, so that many bytes
+// can be read at once; a name that ends in as many as a name may have is not too long.
 bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     while (nNames > 0) {
@@ -72,47 +66,46 @@ bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
     return true;
 }
 
-// Notes start and trimmed length of the nNames names at *ppText and steps over them. Status 2 if
-// one is too long.
-int32_t measureNames(const char **ppText, int32_t nNames, const BatchArrays &arrays) {
+// Sets starts and trimmed lengths of the nNames names at *ppText and steps over them. False if one
+// is too long.
+bool measureNames(const char **ppText, int32_t nNames, const PartArrays &arrays) {
     const char *pText = *ppText;
     for (int32_t k = 0; k < nNames; ++k) {
         const size_t nLength = std::strlen(pText);
         const uint64_t nTrimmed = trimmedLength(pText, nLength);
-        if (nTrimmed > kMaxNameBytes) { return 2; }
+        if (nTrimmed > kMaxNameBytes) { return false; }
         arrays.ppNames[k] = pText;
         arrays.pLengths[k] = static_cast<int32_t>(nTrimmed);
         pText += nLength + 1;
     }
     *ppText = pText;
+    return true;
+}
+
+// A range without names is stored once all the same: it may have a gap before it.
+int32_t addInParts(NamesManager *mgr, IndexRange range, const char *pText,
+                   const PartArrays &arrays) {
+    do {
+        const int32_t nNames = std::min(countOf(range), arrays.nRoom);
+        GivenNames given = {nullptr, pText, arrays.pLengths};
+        if (measureUntrimmed(pText, nNames, arrays.pLengths)) {
+            pText += bytesFor(arrays.pLengths, nNames);
+        } else {
+            given = {arrays.ppNames, nullptr, arrays.pLengths};
+            if (!measureNames(&pText, nNames, arrays)) { return 2; }
+        }
+        if (!storeNames(mgr, {range.first, range.first + nNames - 1}, given)) { return 1; }
+        range.first += nNames;
+    } while (countOf(range) > 0);
     return 0;
 }
 
-int32_t storeInBatches(NamesManager *mgr, IndexRange range, const char *pText,
-                       const BatchArrays &arrays) {
-    int32_t nStatus = 0;
-    int32_t nDone = 0;
-    do {
-        const int32_t nBatch = std::min(countOf(range) - nDone, arrays.nRoom);
-        const int32_t iFirst = range.first + nDone;
-        GivenNames given = {nullptr, pText, arrays.pLengths};
-        if (measureUntrimmed(pText, nBatch, arrays.pLengths)) {
-            pText += bytesFor(arrays.pLengths, nBatch);
-        } else {
-            given = {arrays.ppNames, nullptr, arrays.pLengths};
-            nStatus = measureNames(&pText, nBatch, arrays);
-        }
-        if (nStatus == 0) { nStatus = storeRange(mgr, {iFirst, iFirst + nBatch - 1}, given); }
-        nDone += nBatch;
-    } while (nStatus == 0 && nDone < countOf(range));
-    return nStatus;
-}
-
-// The caller's index base is kept: it decides which single stores release empty blocks.
-int32_t storeSingly(NamesManager *mgr, int32_t first, int32_t nNames, int32_t bOneBased,
+// Without memory for a part. The caller's index base is kept: it decides where single names release
+// empty blocks.
+int32_t addOneByOne(NamesManager *mgr, int32_t first, int32_t nNames, int32_t bOneBased,
                     const char *pText) {
     for (int32_t k = 0; k < nNames; ++k) {
-        const int32_t nStatus = addNames(mgr, first + k, first + k, bOneBased, &pText);
+        const int32_t nStatus = addName(mgr, first + k, bOneBased, pText);
         if (nStatus != 0) { return nStatus; }
         pText += std::strlen(pText) + 1;
     }
@@ -130,11 +123,11 @@ int32_t NamesManager_AddNamesFromBuffer(NamesManager *mgr, int32_t first, int32_
     ScopedLock lock(mgr);
     IndexRange range;
     if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
-    BatchArrays arrays;
+    PartArrays arrays;
     if (first == last || !allocArrays(&arrays, std::min(countOf(range), kMaxBatchNames))) {
-        return storeSingly(mgr, first, countOf(range), bOneBased, buffer);
+        return addOneByOne(mgr, first, countOf(range), bOneBased, buffer);
     }
-    const int32_t nStatus = storeInBatches(mgr, range, buffer, arrays);
+    const int32_t nStatus = addInParts(mgr, range, buffer, arrays);
     freeArrays(&arrays);
     return nStatus;
 }

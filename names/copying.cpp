@@ -3,6 +3,7 @@
 
 #include "names/lifecycle.hpp"
 #include "names/storage/blocks.hpp"
+#include "names/storage/positions.hpp"
 #include "names/storage/segments.hpp"
 
 namespace names {
@@ -13,8 +14,7 @@ namespace {
 bool copyTables(NamesManager *dst, const NamesManager *src) {
     if (!resizeBlockTable(dst, src->nBlocksAlloc)) { return false; }
     if (src->pSegments != nullptr) { return resizeSegmentTable(dst, src->nSegmentsAlloc); }
-    const uint64_t nBytes = static_cast<uint64_t>(src->nPositionsAlloc) * sizeof(NamePosition);
-    dst->pPositions = static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    dst->pPositions = allocPositions(src->nPositionsAlloc);
     if (dst->pPositions == nullptr) { return false; }
     dst->nPositionsAlloc = src->nPositionsAlloc;
     std::memset(dst->pPositions + src->nNames, 0,
@@ -70,8 +70,7 @@ int32_t NamesManager_Copy(NamesManager *dst, NamesManager *src) {
     if (dst == src) { return 1; }
     ScopedLock lockDestination(dst);
     ScopedLock lockSource(src);
-    if (hasNoTables(src) || clearNames(dst) != 0 || !copyTables(dst, src) ||
-        !copyBlockSizes(dst, src)) {
+    if (hasNoTables(src) || !clearAll(dst) || !copyTables(dst, src) || !copyBlockSizes(dst, src)) {
         return 1;
     }
     copyContent(dst, src);

@@ -127,11 +127,12 @@ int32_t generateNames(NamesManager *mgr, int32_t iLastIndex) {
         Candidate candidate;
         run.nWanted = iLastIndex - i + 1;
         const bool bFound = bFormat && findFreeName(&run, &candidate);
-        if (!bFound || addOneName(mgr, i, candidate.szText, candidate.nLength) != 0) {
+        if (!bFound || !storeName(mgr, i, candidate.szText, candidate.nLength)) {
             Host_ReportError(kSourceTag, __LINE__, 0,
                              "NamesManager_AddName failed - possibly out of memory?");
             return 1;
         }
+        releaseAtIntervals(mgr, i);
     }
     mgr->nGeneratedNameBase = run.nNumber - 1;
     return 0;

@@ -6,7 +6,7 @@ using namespace names;
 
 int32_t NamesManager_StoreIndividualNamePositions(NamesManager *mgr) {
     ScopedLock lock(mgr);
-    return storeIndividualPositions(mgr);
+    return storeIndividualPositions(mgr) ? 0 : 1;
 }
 
 int32_t NamesManager_ReleaseEmptyBlocks(NamesManager *mgr) {

@@ -2,6 +2,7 @@
 #include "names/lifecycle.hpp"
 
 #include "names/storage/blocks.hpp"
+#include "names/storage/longest.hpp"
 #include "names/storage/lookup_index.hpp"
 #include "names/storage/name_format.hpp"
 #include "names/storage/segments.hpp"
@@ -14,27 +15,26 @@ constexpr char kDefaultFormat[] = "nm%d";
 
 }  // namespace
 
-int32_t clearNames(NamesManager *mgr) {
-    int32_t nStatus = 0;
-    mgr->nMaxNameLength = -1;
+bool clearAll(NamesManager *mgr) {
+    bool bTable = true;
+    forgetMaximum(mgr);
     mgr->nMaxNameLengthCount = 0;
     mgr->nNames = 0;
     dropCursor(mgr);
     for (int32_t b = 1; b < mgr->nBlocks; ++b) { freeMemory(mgr->pBlocks[b].pData); }
-    mgr->pBlocks[0].nUsed = 0;
-    mgr->pBlocks[0].nNamesInBlock = 0;
+    leaveBlock(&mgr->pBlocks[0], mgr->pBlocks[0].nNamesInBlock);
     mgr->nBlocks = 1;
     mgr->nGeneratedNameBase = 0;
     mgr->nSegments = 0;
     if (mgr->pSegments == nullptr) {
         mgr->nSegmentsAlloc = 0;
-        nStatus = growSegmentTable(mgr) ? 0 : 1;
+        bTable = growSegmentTable(mgr);
     }
     freeMemory(mgr->pPositions);
     mgr->pPositions = nullptr;
     mgr->nPositionsAlloc = 0;
     dropIndex(mgr);
-    return nStatus;
+    return bTable;
 }
 
 }  // namespace names
@@ -54,7 +54,7 @@ NamesManager *NamesManager_Create(void *pOwner, const char *szFormat) {
     }
     mgr->pOwner = pOwner;
     std::strcpy(mgr->szNameFormat, szFormat);
-    mgr->nMaxNameLength = -1;
+    forgetMaximum(mgr);
     mgr->iCursorName = -1;
     const bool bComplete = resizeBlockTable(mgr, kTableStep) && addBlock(mgr, kFirstBlockBytes) &&
                            growSegmentTable(mgr);
@@ -78,7 +78,7 @@ void NamesManager_Destroy(NamesManager *mgr) {
 
 int32_t NamesManager_Clear(NamesManager *mgr) {
     ScopedLock lock(mgr);
-    return clearNames(mgr);
+    return clearAll(mgr) ? 0 : 1;
 }
 
 int32_t NamesManager_GetNumNames(NamesManager *mgr) {

@@ -6,8 +6,8 @@
 
 namespace names {
 
-// NamesManager_Clear.
-int32_t clearNames(NamesManager *mgr);
+// NamesManager_Clear. False without memory for a segment table: there is neither table then.
+bool clearAll(NamesManager *mgr);
 
 }  // namespace names
 

@@ -329,7 +329,7 @@ void takeOver(NamesManager *mgr, const NamesManager &record) {
 }
 
 int32_t load(NamesManager *mgr, HostInputStream *pStream) {
-    if (clearNames(mgr) != 0) { return kRefused; }
+    if (!clearAll(mgr)) { return kRefused; }
     Image image;
     std::memset(&image, 0, sizeof image);
     Reader reader = {pStream, 0};

@@ -8,7 +8,6 @@
 #include "names/storage/lookup_index.hpp"
 #include "names/storage/positions.hpp"
 #include "names/storage/reading.hpp"
-#include "names/storage/text_walk.hpp"
 
 namespace names {
 
@@ -22,63 +21,47 @@ void removePositions(NamesManager *mgr, IndexRange range) {
               mgr->pPositions + range.first);
 }
 
-// Takes the segments of a range out, leaving what its first and last segment hold of other names.
-// The table has room for two more.
+// Cuts the range out of the segments that it lies in, from the first one up. What these hold of
+// names before and after it stays. The table must have room for two more records.
 void removeSegments(NamesManager *mgr, IndexRange range) {
-    const NameLocation place = locateName(mgr, range.first);
+    const NameLocation start = locateName(mgr, range.first);
+    int32_t iSegment = start.iSegment;
+    int32_t nFront = start.nOffset - mgr->pSegments[iSegment].nOffset;
+    const int32_t iMoved = iSegment + (nFront > 0 ? 1 : 0);  // the first record to be renumbered
     NameSegment aRest[2];
     int32_t nRest = 0;
-    int32_t nOffset = place.nOffset;
-    int32_t iSegment = place.iSegment;
-    if (mgr->pSegments[iSegment].iFirst < range.first) {
-        aRest[nRest] = mgr->pSegments[iSegment];
-        aRest[nRest].iLast = range.first - 1;
-        aRest[nRest].nBytes = nOffset - aRest[nRest].nOffset;
-        ++nRest;
-    }
-    for (int32_t iNext = range.first; iNext <= range.last; ++iSegment) {
-        const NameSegment segment = mgr->pSegments[iSegment];
-        const int32_t iLast = std::min(segment.iLast, range.last);
-        int32_t nBytes = segment.nOffset + segment.nBytes - nOffset;
-        if (iLast < segment.iLast) {
-            const char *pText = textAt(mgr, segment.iBlock, nOffset);
-            nBytes = bytesOfNames(pText, textLimit(mgr, segment.iBlock), iLast - iNext + 1);
-            const int32_t nEnd = nOffset + nBytes;
-            aRest[nRest++] = {iLast + 1, segment.iLast, segment.iBlock, nEnd,
-                              segment.nOffset + segment.nBytes - nEnd};
-        }
-        giveBackText(&mgr->pBlocks[segment.iBlock], nOffset, nBytes, iLast - iNext + 1);
+    for (int32_t iNext = range.first; iNext <= range.last; ++iSegment, nFront = 0) {
+        const int32_t iLast = std::min(mgr->pSegments[iSegment].iLast, range.last);
+        const Cut cut = cutSegment(mgr, iSegment, {iNext, iLast}, nFront);
+        giveBackPiece(mgr, cut.middle);
+        if (hasNames(cut.front)) { aRest[nRest++] = cut.front; }
+        if (hasNames(cut.back)) { aRest[nRest++] = cut.back; }
         iNext = iLast + 1;
-        nOffset = iSegment + 1 < mgr->nSegments ? mgr->pSegments[iSegment + 1].nOffset : 0;
     }
-    spliceSegments(mgr, place.iSegment, iSegment, aRest, nRest);
-    for (int32_t s = place.iSegment; s < mgr->nSegments; ++s) {
-        if (mgr->pSegments[s].iFirst > range.first) {
-            mgr->pSegments[s].iFirst -= countOf(range);
-            mgr->pSegments[s].iLast -= countOf(range);
-        }
+    spliceSegments(mgr, start.iSegment, iSegment, aRest, nRest);
+    for (int32_t s = iMoved; s < mgr->nSegments; ++s) {
+        mgr->pSegments[s].iFirst -= countOf(range);
+        mgr->pSegments[s].iLast -= countOf(range);
     }
 }
 
 }  // namespace
 
-// Removes a range that is not empty and lies below nNames. 0, or 1 without memory for the segments
-// that it cuts.
-int32_t removeRange(NamesManager *mgr, IndexRange range) {
+bool removeRange(NamesManager *mgr, IndexRange range) {
     dropIndex(mgr);
-    noteRemovedLengths(mgr, range);
+    noteRemovedNames(mgr, range);
     if (mgr->pSegments == nullptr) {
         removePositions(mgr, range);
-    } else if (mgr->nSegmentsAlloc - mgr->nSegments >= 2 || growSegmentTable(mgr)) {
+    } else if (makeRoomForCut(mgr)) {
         removeSegments(mgr, range);
     } else {
-        return 1;
+        return false;
     }
     mgr->nNames -= countOf(range);
     dropCursor(mgr);
-    if (mgr->pSegments != nullptr) { switchIfFragmented(mgr); }
+    switchIfFragmented(mgr);
     releaseEmptyBlocks(mgr);
-    return 0;
+    return true;
 }
 
 }  // namespace names
@@ -92,7 +75,6 @@ int32_t NamesManager_RemoveNames(NamesManager *mgr, int32_t first, int32_t last,
     const int64_t iFirst = first - nBase;
     const int64_t iLast = std::min<int64_t>(last - nBase, mgr->nNames - 1);
     if (iFirst < 0 || iFirst > last - nBase + 1) { return 1; }
-    return iFirst <= iLast
-               ? removeRange(mgr, {static_cast<int32_t>(iFirst), static_cast<int32_t>(iLast)})
-               : 0;
+    if (iFirst > iLast) { return 0; }
+    return removeRange(mgr, {static_cast<int32_t>(iFirst), static_cast<int32_t>(iLast)}) ? 0 : 1;
 }

@@ -6,9 +6,9 @@
 
 namespace names {
 
-// Removes a range that is not empty and lies below nNames. Returns 0, or 1 without memory for the
-// segments that it cuts.
-int32_t removeRange(NamesManager *mgr, IndexRange range);
+// Removes a range that is not empty and lies below nNames. False without memory for the segments
+// that it cuts: no name is removed then.
+bool removeRange(NamesManager *mgr, IndexRange range);
 
 }  // namespace names
 

@@ -1,4 +1,4 @@
-// Storing names: the public entries, and the way from a range to its replaced and appended parts.
+// Storing names given as pointers, one or many, and names of other managers.
 #include "names/storing.hpp"
 
 #include <algorithm>
@@ -6,77 +6,81 @@
 
 #include "names/generating.hpp"
 #include "names/own_names.hpp"
-#include "names/storage/blocks.hpp"
 
 namespace names {
 
-namespace {
-
-// storeRange for one name.
-int32_t storeOne(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
-    const GivenNames given = {&pName, nullptr, &nLength};
-    if (index != mgr->nNames || hasNoTables(mgr)) { return storeRange(mgr, {index, index}, given); }
-    assert(areTrimmed(given, 1));
+bool storeNames(NamesManager *mgr, IndexRange range, const GivenNames &given) {
+    assert(areTrimmed(given, countOf(range)));
+    if (hasNoTables(mgr) ||
+        (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
+        return false;
+    }
     dropCursor(mgr);
-    return appendOne(mgr, given) ? 0 : 1;
+    const int32_t nReplaced = std::max(0, std::min(range.last + 1, mgr->nNames) - range.first);
+    if (nReplaced > 0 && !replaceNames(mgr, {range.first, range.first + nReplaced - 1}, given)) {
+        return false;
+    }
+    return nReplaced == countOf(range) ||
+           appendNames(mgr, skipGiven(given, nReplaced), countOf(range) - nReplaced);
 }
 
-// Status 2 if one of the names is too long.
-int32_t trimNames(const char *const *names, int32_t nNames, int32_t *lengths) {
-    for (int32_t k = 0; k < nNames; ++k) {
-        if (!measureTrimmed(names[k], &lengths[k])) { return 2; }
+bool storeName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
+    if (index != mgr->nNames) {
+        return storeNames(mgr, {index, index}, {&pName, nullptr, &nLength});
     }
+    dropCursor(mgr);
+    return appendName(mgr, pName, nLength);
+}
+
+int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *pName) {
+    IndexRange range;
+    int32_t nLength = 0;
+    if (!toIndexRange(index, index, bOneBased, &range)) { return 1; }
+    if (!measureTrimmed(pName, &nLength)) { return 2; }
+    if (!storeName(mgr, range.first, pName, nLength)) { return 1; }
+    releaseAtIntervals(mgr, index);
     return 0;
 }
 
-// All names of a range in one store; lengths is their work array, given back here.
-int32_t storeAtOnce(NamesManager *mgr, IndexRange range, const char *const *names,
-                    int32_t *lengths) {
-    int32_t nStatus = trimNames(names, countOf(range), lengths);
-    if (nStatus == 0) {
-        nStatus = storeRange(mgr, range, {names, nullptr, lengths});
-        HostMem_Free(lengths, kSourceTag, __LINE__);
-        releaseEmptyBlocks(mgr);
-    } else {
-        HostMem_Free(lengths, kSourceTag, __LINE__);
-    }
-    return nStatus;
-}
+namespace {
 
-int32_t trimAndStoreOne(NamesManager *mgr, int32_t index, const char *pName) {
-    int32_t nLength = 0;
-    return measureTrimmed(pName, &nLength) ? storeOne(mgr, index, pName, nLength) : 2;
-}
-
-// The names of a range at once, or one after the other where there is no memory for their lengths.
-int32_t storeSeveral(NamesManager *mgr, IndexRange range, const char *const *names) {
-    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
-    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (lengths != nullptr) { return storeAtOnce(mgr, range, names, lengths); }
+// Adds names one after the other, without memory for their lengths.
+int32_t addSingly(NamesManager *mgr, IndexRange range, const char *const *ppNames) {
     for (int32_t i = range.first; i <= range.last; ++i) {
-        const int32_t nStatus = trimAndStoreOne(mgr, i, names[i - range.first]);
-        if (nStatus != 0) { return nStatus; }
+        const char *pName = ppNames[i - range.first];
+        int32_t nLength = 0;
+        if (!measureTrimmed(pName, &nLength)) { return 2; }
+        if (!storeName(mgr, i, pName, nLength)) { return 1; }
     }
     releaseEmptyBlocks(mgr);
     return 0;
 }
 
-}  // namespace
+// Adds names at once. pLengths is a work array.
+int32_t addMeasured(NamesManager *mgr, IndexRange range, const char *const *ppNames,
+                    int32_t *pLengths) {
+    for (int32_t k = 0; k < countOf(range); ++k) {
+        if (!measureTrimmed(ppNames[k], &pLengths[k])) { return 2; }
+    }
+    const bool bStored = storeNames(mgr, range, {ppNames, nullptr, pLengths});
+    releaseEmptyBlocks(mgr);
+    return bStored ? 0 : 1;
+}
 
-// NamesManager_AddName; the index is in the caller's base, which decides when empty blocks are
-// released.
-int32_t addName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *pName) {
-    IndexRange range;
-    if (!toIndexRange(index, index, bOneBased, &range)) { return 1; }
-    const int32_t nStatus = trimAndStoreOne(mgr, range.first, pName);
-    if (nStatus == 0 && index % kReleaseInterval == 0) { releaseEmptyBlocks(mgr); }
+int32_t addRange(NamesManager *mgr, IndexRange range, const char *const *ppNames) {
+    int32_t *pLengths = allocNumbers(countOf(range), __LINE__);
+    if (pLengths == nullptr) { return addSingly(mgr, range, ppNames); }
+    const int32_t nStatus = addMeasured(mgr, range, ppNames, pLengths);
+    freeMemory(pLengths);
     return nStatus;
 }
 
+}  // namespace
+
 int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
-                 const char *const *names) {
+                 const char *const *ppNames) {
     IndexRange range;
-    if (first == last) { return addName(mgr, first, bOneBased, names[0]); }
+    if (first == last) { return addName(mgr, first, bOneBased, ppNames[0]); }
     if (last < first) {
         releaseEmptyBlocks(mgr);
         return 0;
@@ -84,36 +88,13 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
     if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
     // Of names that replace others, those that lie in the manager itself would be overwritten by
     // those stored before them.
-    if (range.first >= mgr->nNames || !anyLiesInBlock(mgr, names, countOf(range))) {
-        return storeSeveral(mgr, range, names);
+    if (range.first >= mgr->nNames || !anyLiesInBlock(mgr, ppNames, countOf(range))) {
+        return addRange(mgr, range, ppNames);
     }
-    const char **ppCopies = copyOwnNames(mgr, names, countOf(range));
-    const int32_t nStatus = ppCopies != nullptr ? storeSeveral(mgr, range, ppCopies) : 1;
-    HostMem_Free(ppCopies, kSourceTag, __LINE__);
+    const char **ppCopies = copyOwnNames(mgr, ppNames, countOf(range));
+    const int32_t nStatus = ppCopies != nullptr ? addRange(mgr, range, ppCopies) : 1;
+    freeMemory(ppCopies);
     return nStatus;
-}
-
-int32_t addOneName(NamesManager *mgr, int32_t index, const char *pName, int32_t nLength) {
-    const int32_t nStatus = storeOne(mgr, index, pName, nLength);
-    if (nStatus == 0 && index % kReleaseInterval == 0) { releaseEmptyBlocks(mgr); }
-    return nStatus;
-}
-
-int32_t storeRange(NamesManager *mgr, IndexRange range, const GivenNames &given) {
-    assert(areTrimmed(given, countOf(range)));
-    if (hasNoTables(mgr) ||
-        (range.first > mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.first - 1) != 0)) {
-        return 1;
-    }
-    dropCursor(mgr);
-    const int32_t nReplaced = std::max(0, std::min(range.last + 1, mgr->nNames) - range.first);
-    if (nReplaced > 0 &&
-        replaceNames(mgr, {range.first, range.first + nReplaced - 1}, given) != 0) {
-        return 1;
-    }
-    return nReplaced == countOf(range)
-               ? 0
-               : appendNames(mgr, skipGiven(given, nReplaced), countOf(range) - nReplaced);
 }
 
 }  // namespace names
@@ -123,9 +104,9 @@ using namespace names;
 int32_t NamesManager_StoreNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
                                 const char *const *names, const int32_t *lengths) {
     IndexRange range;
-    return toIndexRange(first, last, bOneBased, &range)
-               ? storeRange(mgr, range, {names, nullptr, lengths})
-               : 1;
+    const bool bStored = toIndexRange(first, last, bOneBased, &range) &&
+                         storeNames(mgr, range, {names, nullptr, lengths});
+    return bStored ? 0 : 1;
 }
 
 int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
@@ -138,4 +119,29 @@ int32_t NamesManager_AddName(NamesManager *mgr, int32_t index, int32_t bOneBased
                              const char *name) {
     ScopedLock lock(mgr);
     return addName(mgr, index, bOneBased, name);
+}
+
+int32_t NamesManager_CopyName(NamesManager *destination, int32_t destinationIndex,
+                              int32_t bDestinationOneBased, NamesManager *source,
+                              int32_t sourceIndex, int32_t bSourceOneBased) {
+    const char *pName = NamesManager_GetName(source, sourceIndex, bSourceOneBased);
+    return pName != nullptr
+               ? NamesManager_AddName(destination, destinationIndex, bDestinationOneBased, pName)
+               : 1;
+}
+
+int32_t NamesManager_CopyNameWithPrefix(NamesManager *destination, int32_t destinationIndex,
+                                        int32_t bDestinationOneBased, NamesManager *source,
+                                        int32_t sourceIndex, int32_t bSourceOneBased,
+                                        const char *prefix) {
+    const char *pName = NamesManager_GetName(source, sourceIndex, bSourceOneBased);
+    if (pName == nullptr) { return 1; }
+    const size_t nPrefix = std::strlen(prefix);
+    const size_t nName = std::strlen(pName) + 1;
+    TextBuffer buffer;
+    char *pText = roomFor(&buffer, nPrefix + nName);
+    if (pText == nullptr) { return 1; }
+    std::memcpy(pText, prefix, nPrefix);
+    std::memcpy(pText + nPrefix, pName, nName);
+    return NamesManager_AddName(destination, destinationIndex, bDestinationOneBased, pText);
 }

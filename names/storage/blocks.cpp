@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "names/storage/segments.hpp"
+
 namespace names {
 
 bool resizeBlockTable(NamesManager *mgr, int64_t nNewAlloc) {
@@ -14,21 +16,16 @@ bool resizeBlockTable(NamesManager *mgr, int64_t nNewAlloc) {
     return true;
 }
 
-char *allocText(int64_t nBytes) {
-    return static_cast<char *>(HostMem_Alloc(static_cast<uint64_t>(nBytes), kSourceTag, __LINE__));
-}
-
-// A block of nSize bytes at the end of the table, which must have the room.
 bool addBlock(NamesManager *mgr, int64_t nSize) {
-    char *pData = allocText(nSize);
+    void *pData = HostMem_Alloc(static_cast<uint64_t>(nSize), kSourceTag, __LINE__);
     if (pData == nullptr) { return false; }
-    mgr->pBlocks[mgr->nBlocks++] = {pData, static_cast<int32_t>(nSize), 0, 0};
+    mgr->pBlocks[mgr->nBlocks++] = {static_cast<char *>(pData), static_cast<int32_t>(nSize), 0, 0};
     return true;
 }
 
 namespace {
 
-// Fails over to ever smaller blocks rather than fail, as long as the text fits.
+// Tries ever smaller blocks before it fails, as long as the text fits.
 bool addBlockForText(NamesManager *mgr, int64_t nNeed) {
     if (nNeed > INT32_MAX || (mgr->nBlocks == mgr->nBlocksAlloc &&
                               !resizeBlockTable(mgr, int64_t{mgr->nBlocksAlloc} + kTableStep))) {
@@ -42,45 +39,46 @@ bool addBlockForText(NamesManager *mgr, int64_t nNeed) {
     return true;
 }
 
-// Block numbers that references take on when blocks go.
-struct Renumbering {
-    const NameStorageBlock
-        *pReleased;  // released records in table order, nSize their old block number
-    int32_t nReleased;
-    int32_t iLastOld;  // neighbours mostly lie in one block
-    int32_t iLastNew;
-};
-
-int32_t renumbered(Renumbering *pMap, int32_t iBlock) {
-    if (iBlock != pMap->iLastOld) {
-        const NameStorageBlock *pEnd = pMap->pReleased + pMap->nReleased;
-        const NameStorageBlock *pFirstAbove = std::lower_bound(
-            pMap->pReleased, pEnd, iBlock,
-            [](const NameStorageBlock &released, int32_t iOld) { return released.nSize < iOld; });
-        pMap->iLastOld = iBlock;
-        pMap->iLastNew = iBlock - static_cast<int32_t>(pFirstAbove - pMap->pReleased);
-    }
-    return pMap->iLastNew;
+bool isEmptyBlock(const NameStorageBlock &block) {
+    return block.nUsed == 0;
 }
 
-// Frees the text of empty blocks and moves the blocks that stay to the front, in order; the records
-// of the others, in table order, behind them carry their old number in nSize. The number of blocks
-// that stay: at least one, the last if all are empty.
-int32_t partitionBlocks(NamesManager *mgr) {
+// Frees the text of the empty blocks, but for one if there is no other; in the others nNamesInBlock
+// becomes their number without these.
+void freeEmptyTexts(NamesManager *mgr) {
     int32_t nKept = 0;
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
+        NameStorageBlock *pBlock = &mgr->pBlocks[b];
         const bool bOnlyOneLeft = nKept == 0 && b == mgr->nBlocks - 1;
-        if (mgr->pBlocks[b].nUsed != 0 || bOnlyOneLeft) {
-            std::swap(mgr->pBlocks[nKept++], mgr->pBlocks[b]);
+        if (isEmptyBlock(*pBlock) && !bOnlyOneLeft) {
+            freeMemory(pBlock->pData);
+            pBlock->pData = nullptr;
         } else {
-            freeMemory(mgr->pBlocks[b].pData);
-            mgr->pBlocks[b] = {nullptr, b, 0, 0};
+            pBlock->nNamesInBlock = nKept++;
         }
     }
-    std::sort(
-        mgr->pBlocks + nKept, mgr->pBlocks + mgr->nBlocks,
-        [](const NameStorageBlock &a, const NameStorageBlock &b) { return a.nSize < b.nSize; });
-    return nKept;
+}
+
+// Gives segments, positions and a set cursor the block numbers that nNamesInBlock holds.
+void renumberReferences(NamesManager *mgr) {
+    const auto renumber = [mgr](int32_t *piBlock) {
+        *piBlock = mgr->pBlocks[*piBlock].nNamesInBlock;
+    };
+    for (int32_t s = 0; s < mgr->nSegments; ++s) { renumber(&mgr->pSegments[s].iBlock); }
+    for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
+        renumber(&mgr->pPositions[i].iBlock);
+    }
+    if (mgr->iCursorName >= 0) { renumber(&mgr->iCursorBlock); }
+}
+
+void countNamesInBlocks(NamesManager *mgr) {
+    for (int32_t b = 0; b < mgr->nBlocks; ++b) { mgr->pBlocks[b].nNamesInBlock = 0; }
+    for (int32_t s = 0; s < mgr->nSegments; ++s) {
+        mgr->pBlocks[mgr->pSegments[s].iBlock].nNamesInBlock += namesIn(mgr->pSegments[s]);
+    }
+    for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
+        ++mgr->pBlocks[mgr->pPositions[i].iBlock].nNamesInBlock;
+    }
 }
 
 }  // namespace
@@ -92,21 +90,17 @@ int32_t searchBlock(NamesManager *mgr, int64_t nNeed) {
     return addBlockForText(mgr, nNeed) ? mgr->nBlocks - 1 : -1;
 }
 
+// A release must not need memory. So nNamesInBlock, which can be counted again, holds each block's
+// new number while references still have the old one.
 void releaseEmptyBlocks(NamesManager *mgr) {
-    const auto isEmpty = [](const NameStorageBlock &block) { return block.nUsed == 0; };
-    if (mgr->nBlocks < 2 || std::none_of(mgr->pBlocks, mgr->pBlocks + mgr->nBlocks, isEmpty)) {
-        return;
-    }
-    const int32_t nKept = partitionBlocks(mgr);
-    Renumbering map = {mgr->pBlocks + nKept, mgr->nBlocks - nKept, -1, -1};
-    for (int32_t s = 0; s < mgr->nSegments; ++s) {
-        mgr->pSegments[s].iBlock = renumbered(&map, mgr->pSegments[s].iBlock);
-    }
-    for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
-        mgr->pPositions[i].iBlock = renumbered(&map, mgr->pPositions[i].iBlock);
-    }
-    if (mgr->iCursorName >= 0) { mgr->iCursorBlock = renumbered(&map, mgr->iCursorBlock); }
-    mgr->nBlocks = nKept;
+    NameStorageBlock *pEnd = mgr->pBlocks + mgr->nBlocks;
+    if (mgr->nBlocks < 2 || std::none_of(mgr->pBlocks, pEnd, isEmptyBlock)) { return; }
+    freeEmptyTexts(mgr);
+    renumberReferences(mgr);
+    const auto isFreed = [](const NameStorageBlock &block) { return block.pData == nullptr; };
+    pEnd = std::remove_if(mgr->pBlocks, pEnd, isFreed);
+    mgr->nBlocks = static_cast<int32_t>(pEnd - mgr->pBlocks);
+    countNamesInBlocks(mgr);
 }
 
 }  // namespace names

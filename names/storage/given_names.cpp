@@ -3,45 +3,37 @@
 
 namespace names {
 
-// A stretch of names that turn out to lie back to back moves in one piece; whatever stands between
-// them there, NULs end them here.
+// A stretch of names that turn out to lie back to back is copied in one piece. What ended each of
+// them there, a blank perhaps, becomes a NUL.
 void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBytes) {
-    if (given.names == nullptr) {
+    if (given.ppNames == nullptr) {
         std::memcpy(pText, given.pText, static_cast<size_t>(nBytes));
         return;
     }
     for (int32_t i = 0; i < nNames;) {
-        const char *pSource = given.names[i];
-        int64_t nStretch = given.lengths[i];
+        const char *pSource = given.ppNames[i];
+        int64_t nStretch = given.pLengths[i];
         int32_t iEnd = i + 1;
-        while (iEnd < nNames && given.names[iEnd] == pSource + nStretch + 1) {
-            nStretch += 1 + given.lengths[iEnd++];
+        while (iEnd < nNames && given.ppNames[iEnd] == pSource + nStretch + 1) {
+            nStretch += 1 + given.pLengths[iEnd++];
         }
         std::memmove(pText, pSource, static_cast<size_t>(nStretch));
         for (; i < iEnd; ++i) {
-            pText += given.lengths[i];
+            pText += given.pLengths[i];
             *pText++ = 0;
         }
     }
 }
 
-// Lookups rely on it.
-[[maybe_unused]] bool areTrimmed(const GivenNames &given, int32_t nNames) {
+bool areTrimmed(const GivenNames &given, int32_t nNames) {
     const char *pName = given.pText;
     for (int32_t k = 0; k < nNames; ++k) {
-        pName = given.names != nullptr ? given.names[k] : pName;
-        const int32_t nLength = given.lengths[k];
+        pName = given.ppNames != nullptr ? given.ppNames[k] : pName;
+        const int32_t nLength = given.pLengths[k];
         if (nLength > 0 && pName[nLength - 1] == ' ') { return false; }
         pName += nLength + 1;
     }
     return true;
-}
-
-// Length of a name without trailing blanks. False if that is too long.
-bool measureTrimmed(const char *pName, int32_t *pLength) {
-    const uint64_t nLength = trimmedLength(pName, std::strlen(pName));
-    *pLength = static_cast<int32_t>(nLength);
-    return nLength <= kMaxNameBytes;
 }
 
 }  // namespace names

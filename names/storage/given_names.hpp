@@ -6,38 +6,44 @@
 
 namespace names {
 
-// Names to be stored.
+// Where names to be stored begin, each on its own or, where ppNames is NULL, back to back from
+// pText on, each followed by its NUL; and their lengths.
 struct GivenNames {
-    const char *const
-        *names;  // where each begins; NULL: back to back from pText on, each followed by its NUL
+    const char *const *ppNames;
     const char *pText;
-    const int32_t *lengths;
+    const int32_t *pLengths;
 };
 
-// Bytes that names of these lengths take, NULs included.
-inline int64_t bytesFor(const int32_t *lengths, int32_t nNames) {
+// The bytes that names of these lengths take, NULs included.
+inline int64_t bytesFor(const int32_t *pLengths, int32_t nNames) {
     int64_t nBytes = nNames;
-    for (int32_t k = 0; k < nNames; ++k) { nBytes += lengths[k]; }
+    for (int32_t k = 0; k < nNames; ++k) { nBytes += pLengths[k]; }
     return nBytes;
 }
 
 inline const char *firstGiven(const GivenNames &given) {
-    return given.names != nullptr ? given.names[0] : given.pText;
+    return given.ppNames != nullptr ? given.ppNames[0] : given.pText;
 }
 
 inline GivenNames skipGiven(const GivenNames &given, int32_t nNames) {
-    if (given.names != nullptr) { return {given.names + nNames, nullptr, given.lengths + nNames}; }
-    return {nullptr, given.pText + bytesFor(given.lengths, nNames), given.lengths + nNames};
+    if (given.ppNames != nullptr) {
+        return {given.ppNames + nNames, nullptr, given.pLengths + nNames};
+    }
+    return {nullptr, given.pText + bytesFor(given.pLengths, nNames), given.pLengths + nNames};
 }
 
 // Copies names back to back to pText, each followed by a NUL, nBytes in all.
 void copyTexts(char *pText, const GivenNames &given, int32_t nNames, int32_t nBytes);
 
-// Lookups rely on it: no stored name ends in a blank.
+// True if no name ends in a blank, which lookups rely on.
 bool areTrimmed(const GivenNames &given, int32_t nNames);
 
-// Sets the length of a name without trailing blanks. False if that is too long.
-bool measureTrimmed(const char *pName, int32_t *pLength);
+// Sets the length of a name without its trailing blanks. False if that is too long.
+inline bool measureTrimmed(const char *pName, int32_t *pLength) {
+    const uint64_t nLength = trimmedLength(pName, std::strlen(pName));
+    *pLength = static_cast<int32_t>(nLength);
+    return nLength <= kMaxNameBytes;
+}
 
 }  // namespace names
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "names/storage/positions.hpp"
 #include "names/storage/reading.hpp"
 #include "names/storage/text_walk.hpp"
 
@@ -10,33 +11,66 @@ namespace names {
 
 namespace {
 
-// The new length of a name that had nOld bytes, against the known maximum.
+// A name that becomes as long as the longest is not counted, so the count may be too low, never too
+// high.
 void noteReplacedLength(NamesManager *mgr, int32_t nOld, int32_t nNew) {
-    if (nNew > nOld && nNew > mgr->nMaxNameLength) {
-        mgr->nMaxNameLength = nNew;
-        mgr->nMaxNameLengthCount = 1;
-    } else if (nNew < nOld && nOld == mgr->nMaxNameLength && --mgr->nMaxNameLengthCount == 0) {
-        mgr->nMaxNameLength = -1;
+    if (nNew > mgr->nMaxNameLength) {
+        noteAddedLength(mgr, nNew);
+    } else if (nNew < nOld) {
+        noteRemovedLength(mgr, nOld);
     }
 }
 
-// The length of the longest name, and how many are as long.
+// The lengths of a range while the maximum is known; the caller frees them. NULL if it is unknown,
+// or becomes so for want of memory.
+int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range) {
+    if (!isMaximumKnown(mgr)) { return nullptr; }
+    int32_t *pLengths = allocNumbers(countOf(range), __LINE__);
+    if (pLengths != nullptr) {
+        readLengths(mgr, range, pLengths);
+    } else {
+        forgetMaximum(mgr);
+    }
+    return pLengths;
+}
+
+}  // namespace
+
+void noteReplacedNames(NamesManager *mgr, IndexRange range, const int32_t *pLengths) {
+    int32_t *pOldLengths = lengthsForMaximum(mgr, range);
+    for (int32_t k = 0; isMaximumKnown(mgr) && k < countOf(range); ++k) {
+        noteReplacedLength(mgr, pOldLengths[k], pLengths[k]);
+    }
+    freeMemory(pOldLengths);
+}
+
+void noteRemovedNames(NamesManager *mgr, IndexRange range) {
+    int32_t *pLengths = lengthsForMaximum(mgr, range);
+    for (int32_t k = 0; isMaximumKnown(mgr) && k < countOf(range); ++k) {
+        noteRemovedLength(mgr, pLengths[k]);
+    }
+    freeMemory(pLengths);
+}
+
+namespace {
+
+// The length of the longest name, and how many names have it.
 struct Longest {
     int32_t nLength;
     int32_t nCount;
 };
 
-// Takes in names that start at aStarts and end where the next one starts. Free of branches for the
-// single name.
-void noteLongest(const int32_t *aStarts, int32_t nNames, Longest *pLongest) {
+// Takes in names that start at pStarts and end where the next one starts. The loops have no branch
+// for a single name.
+void noteLongest(const int32_t *pStarts, int32_t nNames, Longest *pLongest) {
     int32_t nLongest = 0;
     for (int32_t k = 0; k < nNames; ++k) {
-        nLongest = std::max(nLongest, aStarts[k + 1] - aStarts[k] - 1);
+        nLongest = std::max(nLongest, pStarts[k + 1] - pStarts[k] - 1);
     }
     if (nLongest > pLongest->nLength) { *pLongest = {nLongest, 0}; }
     if (nLongest == pLongest->nLength) {
         for (int32_t k = 0; k < nNames; ++k) {
-            pLongest->nCount += aStarts[k + 1] - aStarts[k] - 1 == nLongest ? 1 : 0;
+            pLongest->nCount += pStarts[k + 1] - pStarts[k] - 1 == nLongest ? 1 : 0;
         }
     }
 }
@@ -50,9 +84,7 @@ Longest findLongest(const NamesManager *mgr) {
     }
     for (int32_t i = 0; mgr->pPositions != nullptr && i < mgr->nNames; ++i) {
         aStarts[0] = 0;
-        aStarts[1] = static_cast<int32_t>(std::strlen(
-                         textAt(mgr, mgr->pPositions[i].iBlock, mgr->pPositions[i].nOffset))) +
-                     1;
+        aStarts[1] = lengthAt(mgr, mgr->pPositions[i]) + 1;
         noteLongest(aStarts, 1, &longest);
     }
     return longest;
@@ -60,55 +92,8 @@ Longest findLongest(const NamesManager *mgr) {
 
 }  // namespace
 
-int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range) {
-    if (mgr->nMaxNameLength < 0) { return nullptr; }
-    const uint64_t nBytes = static_cast<uint64_t>(countOf(range)) * sizeof(int32_t);
-    int32_t *lengths = static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (lengths != nullptr) {
-        readLengths(mgr, range, lengths);
-    } else {
-        mgr->nMaxNameLength = -1;
-    }
-    return lengths;
-}
-
-void noteAddedLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames) {
-    for (int32_t k = 0; mgr->nMaxNameLength >= 0 && k < nNames; ++k) {
-        if (lengths[k] > mgr->nMaxNameLength) {
-            mgr->nMaxNameLength = lengths[k];
-            mgr->nMaxNameLengthCount = 1;
-        } else if (lengths[k] == mgr->nMaxNameLength) {
-            ++mgr->nMaxNameLengthCount;
-        }
-    }
-}
-
-// Brings a known maximum up to date before any text changes.
-void noteReplacedLengths(NamesManager *mgr, IndexRange range, const int32_t *lengths) {
-    int32_t *oldLengths = lengthsForMaximum(mgr, range);
-    for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
-        noteReplacedLength(mgr, oldLengths[k], lengths[k]);
-    }
-    HostMem_Free(oldLengths, kSourceTag, __LINE__);
-}
-
-// One name less of the length given.
-void noteRemovedLength(NamesManager *mgr, int32_t nLength) {
-    if (nLength == mgr->nMaxNameLength && --mgr->nMaxNameLengthCount == 0) {
-        mgr->nMaxNameLength = -1;
-    }
-}
-
-void noteRemovedLengths(NamesManager *mgr, IndexRange range) {
-    int32_t *lengths = lengthsForMaximum(mgr, range);
-    for (int32_t k = 0; k < countOf(range) && mgr->nMaxNameLength >= 0; ++k) {
-        noteRemovedLength(mgr, lengths[k]);
-    }
-    HostMem_Free(lengths, kSourceTag, __LINE__);
-}
-
 int32_t maxNameLength(NamesManager *mgr) {
-    if (mgr->nMaxNameLength < 0) {
+    if (!isMaximumKnown(mgr)) {
         const Longest longest = findLongest(mgr);
         mgr->nMaxNameLength = longest.nLength;
         mgr->nMaxNameLengthCount = longest.nCount;

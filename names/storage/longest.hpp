@@ -1,5 +1,6 @@
-// The known length of the longest name: what adding, replacing and removing names does to it, and
-// how it is found.
+// The known maximum: the length of the longest name and how many names are known to have it. What
+// names that are added, replaced or removed do to it, and how it is found. While it is unknown
+// nothing is kept up.
 #ifndef NAMES_STORAGE_LONGEST_HPP
 #define NAMES_STORAGE_LONGEST_HPP
 
@@ -7,21 +8,41 @@
 
 namespace names {
 
-// The lengths of a range that is about to change, for the upkeep of a known maximum; the caller
-// frees them. NULL while the maximum is not known, and without memory, when it becomes unknown.
-int32_t *lengthsForMaximum(NamesManager *mgr, IndexRange range);
+inline bool isMaximumKnown(const NamesManager *mgr) {
+    return mgr->nMaxNameLength >= 0;
+}
 
-// Names of these lengths have been added.
-void noteAddedLengths(NamesManager *mgr, const int32_t *lengths, int32_t nNames);
+inline void forgetMaximum(NamesManager *mgr) {
+    mgr->nMaxNameLength = -1;
+}
 
-// Names of a range are about to be replaced by names of these lengths, or to be removed.
-void noteReplacedLengths(NamesManager *mgr, IndexRange range, const int32_t *lengths);
-void noteRemovedLengths(NamesManager *mgr, IndexRange range);
+// A name of the given length is added, which takes a known maximum, or removed.
+inline void noteAddedLength(NamesManager *mgr, int32_t nLength) {
+    if (nLength > mgr->nMaxNameLength) {
+        mgr->nMaxNameLength = nLength;
+        mgr->nMaxNameLengthCount = 1;
+    } else if (nLength == mgr->nMaxNameLength) {
+        ++mgr->nMaxNameLengthCount;
+    }
+}
 
-// One name of this length is about to be removed.
-void noteRemovedLength(NamesManager *mgr, int32_t nLength);
+inline void noteRemovedLength(NamesManager *mgr, int32_t nLength) {
+    if (nLength == mgr->nMaxNameLength && --mgr->nMaxNameLengthCount == 0) { forgetMaximum(mgr); }
+}
 
-// The length of the longest name, from the cache or by reading all names.
+// Names of the given lengths are added.
+inline void noteAddedNames(NamesManager *mgr, const int32_t *pLengths, int32_t nNames) {
+    for (int32_t k = 0; isMaximumKnown(mgr) && k < nNames; ++k) {
+        noteAddedLength(mgr, pLengths[k]);
+    }
+}
+
+// The names of a range are about to be replaced by names of the given lengths, or to be removed.
+// Without memory for their own lengths the maximum becomes unknown.
+void noteReplacedNames(NamesManager *mgr, IndexRange range, const int32_t *pLengths);
+void noteRemovedNames(NamesManager *mgr, IndexRange range);
+
+// The length of the longest name, the known one or else found by reading all names.
 int32_t maxNameLength(NamesManager *mgr);
 
 }  // namespace names

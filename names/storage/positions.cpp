@@ -18,27 +18,36 @@ bool growPositionTable(NamesManager *mgr, int32_t nPositions) {
     return true;
 }
 
-int32_t storeIndividualPositions(NamesManager *mgr) {
-    if (mgr->pSegments == nullptr) { return 1; }
-    const uint64_t nBytes = static_cast<uint64_t>(mgr->nNames) * sizeof(NamePosition);
-    NamePosition *pPositions =
-        static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (pPositions == nullptr) { return 1; }
+NamePosition *allocPositions(int32_t nPositions) {
+    const uint64_t nBytes = static_cast<uint64_t>(nPositions) * sizeof(NamePosition);
+    return static_cast<NamePosition *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+}
+
+void findPositions(const NamesManager *mgr, int32_t nSegments, NamePosition *pPositions) {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
-    NamePosition *pNext = pPositions;
-    for (const NameSegment *pSegment = mgr->pSegments; pSegment < mgr->pSegments + mgr->nSegments;
-         ++pSegment) {
-        const int32_t nNames = namesIn(*pSegment);
-        findStartsIn(mgr, *pSegment, aStarts);
-        for (int32_t k = 0; k < nNames; ++k) {
-            *pNext++ = {pSegment->iBlock, pSegment->nOffset + aStarts[k]};
+    for (int32_t s = 0; s < nSegments; ++s) {
+        const NameSegment &segment = mgr->pSegments[s];
+        findStartsIn(mgr, segment, aStarts);
+        for (int32_t k = 0; k < namesIn(segment); ++k) {
+            *pPositions++ = {segment.iBlock, segment.nOffset + aStarts[k]};
         }
     }
+}
+
+void takePositions(NamesManager *mgr, NamePosition *pPositions) {
     freeSegmentTable(mgr);
     mgr->pPositions = pPositions;
     mgr->nPositionsAlloc = mgr->nNames;
     mgr->iCursorName = -1;
-    return 0;
+}
+
+bool storeIndividualPositions(NamesManager *mgr) {
+    if (mgr->pSegments == nullptr) { return false; }
+    NamePosition *pPositions = allocPositions(mgr->nNames);
+    if (pPositions == nullptr) { return false; }
+    findPositions(mgr, mgr->nSegments, pPositions);
+    takePositions(mgr, pPositions);
+    return true;
 }
 
 void switchIfFragmented(NamesManager *mgr) {

@@ -1,10 +1,8 @@
-// Tables that grow, and the buffer for texts.
+// Memory for tables, and the buffer for texts.
 #include "names/storage/record.hpp"
 
 namespace names {
 
-// A record table resized to nNewAlloc records, those beyond nAlloc zeroed. NULL without memory: the
-// old table stays valid.
 void *resizeTable(void *pTable, int32_t nAlloc, int64_t nNewAlloc, uint64_t nRecordBytes,
                   int32_t nLine) {
     if (nNewAlloc > INT32_MAX) { return nullptr; }

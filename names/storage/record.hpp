@@ -1,7 +1,7 @@
-// What every part of the module builds on: the record's lock for a scope, index ranges, tables that
-// grow, and a buffer for texts that are put together. All functions below names/ expect the
-// manager's lock to be held; public operations take it once. docs/design.md draws the records and
-// lists the invariants.
+// What every part of the module builds on: the record's lock for a scope, index ranges, memory for
+// tables, and a buffer for texts that are put together. Internal functions expect the manager's
+// lock to be held; public operations take it once. docs/design.md draws the records and lists the
+// invariants.
 #ifndef NAMES_STORAGE_RECORD_HPP
 #define NAMES_STORAGE_RECORD_HPP
 
@@ -22,12 +22,13 @@ namespace names {
 // Identifies the module in allocations and reports: "names_mg".
 constexpr uint64_t kSourceTag = 0x6e616d65735f6d67;
 
-// What the sources rely on, whatever the sizes.
-static_assert(kTableStep >= 2);  // one step is room for the two records that a cut adds
-static_assert(kMaxMergedNames <= kMaxSegmentNames);  // what is merged is a segment like any other
-static_assert(sizeof NamesManager::szFirstGeneratedName <=
-              kLocalTextBytes);  // it is put together there
-static_assert(sizeof NamesManager::szFirstGeneratedName <= kMaxNameBytes);  // and stored unmeasured
+// What the sources rely on, whatever the sizes. One step of a table is room for the two records
+// that a cut adds; what is merged is a segment like any other; the first default name is put
+// together in a local buffer and stored unmeasured.
+static_assert(kTableStep >= 2);
+static_assert(kMaxMergedNames <= kMaxSegmentNames);
+static_assert(sizeof NamesManager::szFirstGeneratedName <= kLocalTextBytes);
+static_assert(sizeof NamesManager::szFirstGeneratedName <= kMaxNameBytes);
 
 // Holds a manager's lock for a scope.
 struct ScopedLock {
@@ -38,12 +39,22 @@ struct ScopedLock {
     HostLock *pLock;
 };
 
+// ---- Memory ----
+
+// NULL does nothing.
 inline void freeMemory(void *pMemory) {
     HostMem_Free(pMemory, kSourceTag, __LINE__);
 }
 
-// A record table resized to nNewAlloc records, those beyond nAlloc zeroed. NULL without memory: the
-// old table stays valid.
+// A work array of nNumbers lengths or indices, which the caller frees; NULL without memory. nLine
+// is the caller's source line.
+inline int32_t *allocNumbers(int32_t nNumbers, int32_t nLine) {
+    const uint64_t nBytes = static_cast<uint64_t>(nNumbers) * sizeof(int32_t);
+    return static_cast<int32_t *>(HostMem_Alloc(nBytes, kSourceTag, nLine));
+}
+
+// Resizes a record table to nNewAlloc records and zeroes those beyond nAlloc. Returns the table, or
+// NULL without memory: the old table stays valid then.
 void *resizeTable(void *pTable, int32_t nAlloc, int64_t nNewAlloc, uint64_t nRecordBytes,
                   int32_t nLine);
 
@@ -55,8 +66,8 @@ struct IndexRange {
     int32_t last;
 };
 
-// Converts a caller's range. False if it lies outside every operation's contract: a first below 0
-// or more than one past the last, or a last that would make nNames leave the 32-bit range.
+// Converts a caller's range. False if no operation takes it: its first is below 0 or more than one
+// past the last, or its last would make nNames leave the 32-bit range.
 inline bool toIndexRange(int32_t first, int32_t last, int32_t bOneBased, IndexRange *pRange) {
     const int64_t nBase = bOneBased != 0 ? 1 : 0;
     const int64_t iFirst = first - nBase;
@@ -72,7 +83,7 @@ inline int32_t countOf(IndexRange range) {
 
 // ---- The record ----
 
-// Only after a clear that ran out of memory.
+// True only after a clear that ran out of memory.
 inline bool hasNoTables(const NamesManager *mgr) {
     return mgr->pSegments == nullptr && mgr->pPositions == nullptr;
 }
@@ -84,11 +95,11 @@ inline void dropCursor(NamesManager *mgr) {
 
 // ---- Texts ----
 
-// Room for one text after another, allocated only for long ones.
+// Room for a text, or for one after another; allocated only for those longer than kLocalTextBytes.
 struct TextBuffer {
     TextBuffer() : pHeap(nullptr), nHeap(0) {}
     ~TextBuffer() {
-        if (pHeap != nullptr) { HostMem_Free(pHeap, kSourceTag, __LINE__); }
+        if (pHeap != nullptr) { freeMemory(pHeap); }
     }
     TextBuffer(const TextBuffer &) = delete;
     TextBuffer &operator=(const TextBuffer &) = delete;
@@ -97,16 +108,16 @@ struct TextBuffer {
     uint64_t nHeap;
 };
 
-// Room for nBytes, which may lie where the last text lay; NULL without memory.
+// Room for nBytes, perhaps where the text before lay. NULL without memory.
 char *roomFor(TextBuffer *pBuffer, uint64_t nBytes);
 
-// Copies a name and adds a NUL. The name may lie where it goes to.
+// Copies a name and adds a NUL. The two may overlap.
 inline void copyText(char *pText, const char *pName, int32_t nLength) {
     std::memmove(pText, pName, static_cast<size_t>(nLength));
     pText[nLength] = 0;
 }
 
-// Length without trailing blanks.
+// The length of a text without its trailing blanks.
 inline uint64_t trimmedLength(const char *pText, uint64_t nLength) {
     while (nLength > 0 && pText[nLength - 1] == ' ') { --nLength; }
     return nLength;

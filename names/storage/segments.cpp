@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "names/storage/blocks.hpp"
 #include "names/storage/text_walk.hpp"
 
 namespace names {
@@ -48,85 +47,72 @@ void findStartsIn(const NamesManager *mgr, const NameSegment &segment, int32_t *
                    namesIn(segment), aStarts);
 }
 
+int32_t bytesBefore(const NamesManager *mgr, const NameSegment &segment, int32_t index) {
+    return bytesOfNames(textAt(mgr, segment.iBlock, segment.nOffset),
+                        textLimit(mgr, segment.iBlock), index - segment.iFirst);
+}
+
 void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords,
                     int32_t nRecords) {
-    const int32_t nBehind = mgr->nSegments - iEnd;
-    if (iBegin + nRecords != iEnd && nBehind > 0) {
+    const int32_t nAfter = mgr->nSegments - iEnd;
+    if (iBegin + nRecords != iEnd && nAfter > 0) {
         std::memmove(mgr->pSegments + iBegin + nRecords, mgr->pSegments + iEnd,
-                     static_cast<size_t>(nBehind) * sizeof(NameSegment));
+                     static_cast<size_t>(nAfter) * sizeof(NameSegment));
     }
     std::copy_n(pRecords, nRecords, mgr->pSegments + iBegin);
-    mgr->nSegments = iBegin + nRecords + nBehind;
+    mgr->nSegments = iBegin + nRecords + nAfter;
+}
+
+Cut cutSegment(const NamesManager *mgr, int32_t iSegment, IndexRange range, int32_t nFront) {
+    const NameSegment whole = mgr->pSegments[iSegment];
+    int32_t nEnd = whole.nBytes;
+    if (range.last < whole.iLast) {
+        const char *pText = textAt(mgr, whole.iBlock, whole.nOffset + nFront);
+        nEnd = nFront + bytesOfNames(pText, textLimit(mgr, whole.iBlock), countOf(range));
+    }
+    return {iSegment, pieceOf(whole, {whole.iFirst, range.first - 1}, 0, nFront),
+            pieceOf(whole, range, nFront, nEnd),
+            pieceOf(whole, {range.last + 1, whole.iLast}, nEnd, whole.nBytes)};
 }
 
 namespace {
-
-bool isPiece(const NameSegment &piece) {
-    return piece.iFirst <= piece.iLast;
-}
 
 bool canMerge(const NameSegment &a, const NameSegment &b) {
     return a.iBlock == b.iBlock && a.nOffset + a.nBytes == b.nOffset &&
            b.iLast - a.iFirst + 1 <= kMaxMergedNames;
 }
 
-}  // namespace
-
-Cut cutSegment(const NamesManager *mgr, int32_t iSegment, int32_t iFirst, int32_t iLast) {
-    const NameSegment whole = mgr->pSegments[iSegment];
-    const char *pText = textAt(mgr, whole.iBlock, whole.nOffset);
-    const char *pLimit = textLimit(mgr, whole.iBlock);
-    const int32_t nFront = bytesOfNames(pText, pLimit, iFirst - whole.iFirst);
-    const int32_t nFrontAndRun =
-        iLast == whole.iLast ? whole.nBytes
-                             : nFront + bytesOfNames(pText + nFront, pLimit, iLast - iFirst + 1);
-    Cut cut = {iSegment, whole, whole, whole};
-    cut.front.iLast = iFirst - 1;
-    cut.front.nBytes = nFront;
-    cut.run = {iFirst, iLast, whole.iBlock, whole.nOffset + nFront, nFrontAndRun - nFront};
-    cut.back.iFirst = iLast + 1;
-    cut.back.nOffset += nFrontAndRun;
-    cut.back.nBytes -= nFrontAndRun;
-    return cut;
+// Adds a record to a list, or merges it with the last one where that is wanted and can be. A piece
+// without names adds nothing.
+void addRecord(NameSegment *pRecords, int32_t *pnRecords, const NameSegment &record, bool bMerge) {
+    if (!hasNames(record)) { return; }
+    if (bMerge && *pnRecords > 0 && canMerge(pRecords[*pnRecords - 1], record)) {
+        NameSegment *pLast = &pRecords[*pnRecords - 1];
+        pLast->iLast = record.iLast;
+        pLast->nBytes += record.nBytes;
+    } else {
+        pRecords[(*pnRecords)++] = record;
+    }
 }
 
-// Puts the pieces of a cut into the table in place of the segment they came from; the run is merged
-// with what its text touches, forwards only where it ends the range. Without bMerge the bare cut
-// stays. The table must have room for two more records. The number of the segment that holds the
-// run afterwards.
+}  // namespace
+
+// Where there is no piece before or after the middle, its neighbour in the table is the one to
+// merge with.
 int32_t putBack(NamesManager *mgr, const Cut &cut, bool bMerge, bool bEndsRange) {
-    int32_t iBegin = cut.iSegment;
-    int32_t iEnd = cut.iSegment + 1;
-    const bool bFront = isPiece(cut.front);
-    const bool bBack = isPiece(cut.back);
-    NameSegment run = cut.run;
-    const NameSegment *pBefore = bFront       ? &cut.front
-                                 : iBegin > 0 ? &mgr->pSegments[iBegin - 1]
-                                              : nullptr;
-    const NameSegment *pAfter = bBack                   ? &cut.back
-                                : iEnd < mgr->nSegments ? &mgr->pSegments[iEnd]
-                                                        : nullptr;
-    const bool bMergeBefore = bMerge && pBefore != nullptr && canMerge(*pBefore, run);
-    if (bMergeBefore) {
-        run.iFirst = pBefore->iFirst;
-        run.nOffset = pBefore->nOffset;
-        run.nBytes += pBefore->nBytes;
-        iBegin -= bFront ? 0 : 1;
-    }
-    const bool bMergeAfter = bMerge && bEndsRange && pAfter != nullptr && canMerge(run, *pAfter);
-    if (bMergeAfter) {
-        run.iLast = pAfter->iLast;
-        run.nBytes += pAfter->nBytes;
-        iEnd += bBack ? 0 : 1;
-    }
+    const bool bBefore = !hasNames(cut.front) && cut.iSegment > 0;
+    const bool bAfter = !hasNames(cut.back) && cut.iSegment + 1 < mgr->nSegments;
+    const int32_t iBegin = cut.iSegment - (bBefore ? 1 : 0);
+    const int32_t iEnd = cut.iSegment + (bAfter ? 2 : 1);
     NameSegment aRecords[3];
     int32_t nRecords = 0;
-    if (bFront && !bMergeBefore) { aRecords[nRecords++] = cut.front; }
-    const int32_t iRun = iBegin + nRecords;
-    aRecords[nRecords++] = run;
-    if (bBack && !bMergeAfter) { aRecords[nRecords++] = cut.back; }
+    addRecord(aRecords, &nRecords, bBefore ? mgr->pSegments[iBegin] : cut.front, false);
+    addRecord(aRecords, &nRecords, cut.middle, bMerge);
+    const int32_t iMiddle = iBegin + nRecords - 1;
+    addRecord(aRecords, &nRecords, bAfter ? mgr->pSegments[iEnd - 1] : cut.back,
+              bMerge && bEndsRange);
     spliceSegments(mgr, iBegin, iEnd, aRecords, nRecords);
-    return iRun;
+    return iMiddle;
 }
 
 }  // namespace names
