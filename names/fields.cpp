@@ -9,19 +9,12 @@ namespace names {
 
 namespace {
 
-// Bytes from the reader's place to where the text of its segment ends.
-int32_t bytesToSegmentEnd(const NameReader &reader) {
-    const NameSegment &segment = reader.mgr->pSegments[reader.location.iSegment];
-    return segment.nOffset + segment.nBytes - reader.location.nOffset;
-}
-
 // Bytes of the next nNames names, all in the reader's segment. They are walked only where the
-// segment goes on behind them.
+// segment goes on after them.
 int32_t bytesOfNext(const NameReader &reader, int32_t nNames) {
     const NameSegment &segment = reader.mgr->pSegments[reader.location.iSegment];
     if (reader.iNext + nNames - 1 == segment.iLast) { return bytesToSegmentEnd(reader); }
-    return bytesOfNames(textAt(reader.mgr, segment.iBlock, reader.location.nOffset),
-                        textLimit(reader.mgr, segment.iBlock), nNames);
+    return bytesOfNames(restOfSegment(reader), nNames);
 }
 
 // Bytes of a range in segment mode, NULs included; with bWholeSegments to the end of its last
@@ -32,7 +25,7 @@ uint64_t bytesOfRange(NameReader reader, bool bWholeSegments) {
         const int32_t nNames = enterSegment(&reader);
         const int32_t nHere =
             bWholeSegments ? bytesToSegmentEnd(reader) : bytesOfNext(reader, nNames);
-        leaveNames(&reader, nNames, nHere);
+        stepOver(&reader, nNames, nHere);
         nBytes += static_cast<uint64_t>(nHere);
     }
     return nBytes;
@@ -62,7 +55,7 @@ uint64_t copyRange(NameReader *pReader, char *pBuffer) {
             iBlock = iHere;
         }
         const int32_t nHere = bytesOfNext(*pReader, nNames);
-        leaveNames(pReader, nNames, nHere);
+        stepOver(pReader, nNames, nHere);
         nPiece += static_cast<size_t>(nHere);
     }
     return static_cast<uint64_t>(copyPiece(pNext, pPiece, nPiece) - pBuffer);

@@ -206,28 +206,27 @@ bool claimText(Claims *pClaims, int32_t iBlock, int32_t nOffset, int32_t nBytes,
     return true;
 }
 
-// Tells whether exactly nNames names, none of them ending in a blank, fill the nBytes bytes at
-// pText.
-bool areSoundTexts(const char *pText, int32_t nBytes, int32_t nNames) {
+// Says whether exactly nNames names, none of them ending in a blank, fill the text.
+bool areSoundTexts(const TextSpan &text, int32_t nNames) {
     int32_t nFound = 0;
     uint64_t nBlankBefore = 0;  // bit 0: the window before ended in a blank
-    for (const char *p = pText; p < pText + nBytes; p += kWindowBytes) {
-        const uint64_t nNuls = matchWindow(p, pText + nBytes, 0);
-        const uint64_t nBlanks = matchWindow(p, pText + nBytes, ' ');
+    for (const char *p = text.pText; p < text.pEnd; p += kWindowBytes) {
+        const uint64_t nNuls = matchWindow(p, text, 0);
+        const uint64_t nBlanks = matchWindow(p, text, ' ');
         if ((nNuls & (nBlanks << 1 | nBlankBefore)) != 0) { return false; }
         nBlankBefore = nBlanks >> 63;
         nFound += countBits(nNuls);
     }
-    return nFound == nNames && pText[nBytes - 1] == 0;
+    return nFound == nNames && text.pEnd[-1] == 0;
 }
 
 bool claimSegments(const NamesManager &record, Claims *pClaims) {
     return std::all_of(record.pSegments, record.pSegments + record.nSegments,
                        [&record, pClaims](const NameSegment &segment) {
-                           return areSoundTexts(textAt(&record, segment.iBlock, segment.nOffset),
-                                                segment.nBytes, namesIn(segment)) &&
+                           const int32_t nNames = namesIn(segment);
+                           return areSoundTexts(textOf(&record, segment), nNames) &&
                                   claimText(pClaims, segment.iBlock, segment.nOffset,
-                                            segment.nBytes, namesIn(segment));
+                                            segment.nBytes, nNames);
                        });
 }
 

@@ -41,8 +41,8 @@ void removeSegments(NamesManager *mgr, IndexRange range) {
         const int32_t iLast = std::min(segment.iLast, range.last);
         int32_t nBytes = segment.nOffset + segment.nBytes - nOffset;
         if (iLast < segment.iLast) {
-            const char *pText = textAt(mgr, segment.iBlock, nOffset);
-            nBytes = bytesOfNames(pText, textLimit(mgr, segment.iBlock), iLast - iNext + 1);
+            nBytes =
+                bytesOfNames(textSpan(mgr, segment.iBlock, nOffset, nBytes), iLast - iNext + 1);
             const int32_t nEnd = nOffset + nBytes;
             aRest[nRest++] = {iLast + 1, segment.iLast, segment.iBlock, nEnd,
                               segment.nOffset + segment.nBytes - nEnd};

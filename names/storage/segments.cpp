@@ -3,9 +3,6 @@
 
 #include <algorithm>
 
-#include "names/storage/blocks.hpp"
-#include "names/storage/text_walk.hpp"
-
 namespace names {
 
 bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc) {
@@ -44,8 +41,7 @@ int32_t findSegment(const NamesManager *mgr, int32_t index) {
 }
 
 void findStartsIn(const NamesManager *mgr, const NameSegment &segment, int32_t *aStarts) {
-    findNameStarts(textAt(mgr, segment.iBlock, segment.nOffset), textLimit(mgr, segment.iBlock),
-                   namesIn(segment), aStarts);
+    findNameStarts(textOf(mgr, segment), namesIn(segment), aStarts);
 }
 
 void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords,
@@ -74,12 +70,11 @@ bool canMerge(const NameSegment &a, const NameSegment &b) {
 
 Cut cutSegment(const NamesManager *mgr, int32_t iSegment, int32_t iFirst, int32_t iLast) {
     const NameSegment whole = mgr->pSegments[iSegment];
-    const char *pText = textAt(mgr, whole.iBlock, whole.nOffset);
-    const char *pLimit = textLimit(mgr, whole.iBlock);
-    const int32_t nFront = bytesOfNames(pText, pLimit, iFirst - whole.iFirst);
+    TextSpan text = textOf(mgr, whole);
+    const int32_t nFront = bytesOfNames(text, iFirst - whole.iFirst);
+    text.pText += nFront;
     const int32_t nFrontAndRun =
-        iLast == whole.iLast ? whole.nBytes
-                             : nFront + bytesOfNames(pText + nFront, pLimit, iLast - iFirst + 1);
+        iLast == whole.iLast ? whole.nBytes : nFront + bytesOfNames(text, iLast - iFirst + 1);
     Cut cut = {iSegment, whole, whole, whole};
     cut.front.iLast = iFirst - 1;
     cut.front.nBytes = nFront;

@@ -2,12 +2,16 @@
 #ifndef NAMES_STORAGE_SEGMENTS_HPP
 #define NAMES_STORAGE_SEGMENTS_HPP
 
-#include "names/storage/record.hpp"
+#include "names/storage/blocks.hpp"
 
 namespace names {
 
 inline int32_t namesIn(const NameSegment &segment) {
     return segment.iLast - segment.iFirst + 1;
+}
+
+inline TextSpan textOf(const NamesManager *mgr, const NameSegment &segment) {
+    return textSpan(mgr, segment.iBlock, segment.nOffset, segment.nBytes);
 }
 
 int32_t findSegment(const NamesManager *mgr, int32_t index);
