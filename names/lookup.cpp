@@ -65,14 +65,6 @@ SoughtText soughtText(const char *pName, int32_t nWidth) {
     return {bTerminated && nLength == nGiven, nLength};
 }
 
-// The first nLength bytes of a name as a text of their own: at pLocal or, if that has no room for
-// them, in the buffer. NULL without memory.
-const char *copySought(const char *pName, size_t nLength, char *pLocal, TextBuffer *pBuffer) {
-    char *pText = nLength < kLocalTextBytes ? pLocal : roomFor(pBuffer, nLength + 1);
-    if (pText != nullptr) { copyText(pText, pName, static_cast<int32_t>(nLength)); }
-    return pText;
-}
-
 constexpr int32_t kChunkNames = 32;
 
 // A list of names given with nWidth, looked up in chunks.
@@ -83,30 +75,38 @@ struct NameLookup {
     TextBuffer buffer;
 };
 
+// Finds a name too long to be looked up together with others, which share the buffer. False without
+// memory.
+bool findLong(NameLookup *pLookup, const char *pName, size_t nLength, int32_t *piFound) {
+    char *pText = roomFor(&pLookup->buffer, nLength + 1);
+    if (pText == nullptr) { return false; }
+    copyText(pText, pName, static_cast<int32_t>(nLength));
+    findInIndex(pLookup->mgr, pLookup->pIndex, &pText, 1, piFound);
+    return true;
+}
+
 // Finds those of the names that have not been found as they were given: aFound[k] is -1 for these.
 // bTried: all have been looked up so. False without memory.
 bool findTrimmed(NameLookup *pLookup, const char *const *ppNames, int32_t nNames, bool bTried,
                  int32_t *aFound) {
     const char *apTexts[kChunkNames];
     char aCopies[kChunkNames][kLocalTextBytes];
-    int32_t nTexts = 0;
+    bool bAny = false;
     for (int32_t k = 0; k < nNames; ++k) {
         apTexts[k] = nullptr;
         if (aFound[k] >= 0) { continue; }
         const SoughtText sought = soughtText(ppNames[k], pLookup->nWidth);
-        if (sought.bAsGiven && bTried) { continue; }
-        const char *szText =
-            sought.bAsGiven ? ppNames[k]
-                            : copySought(ppNames[k], sought.nLength, aCopies[k], &pLookup->buffer);
-        if (szText == nullptr) { return false; }
-        if (szText == ppNames[k] || szText == aCopies[k]) {
-            apTexts[k] = szText;
-            ++nTexts;
-        } else {  // before the buffer takes the next long one
-            findInIndex(pLookup->mgr, pLookup->pIndex, &szText, 1, &aFound[k]);
+        if (sought.bAsGiven) {
+            apTexts[k] = bTried ? nullptr : ppNames[k];
+        } else if (sought.nLength < kLocalTextBytes) {
+            copyText(aCopies[k], ppNames[k], static_cast<int32_t>(sought.nLength));
+            apTexts[k] = aCopies[k];
+        } else if (!findLong(pLookup, ppNames[k], sought.nLength, &aFound[k])) {
+            return false;
         }
+        bAny = bAny || apTexts[k] != nullptr;
     }
-    if (nTexts > 0) {
+    if (bAny) {
         int32_t aTrimmed[kChunkNames];
         findInIndex(pLookup->mgr, pLookup->pIndex, apTexts, nNames, aTrimmed);
         for (int32_t k = 0; k < nNames; ++k) {
@@ -117,14 +117,16 @@ bool findTrimmed(NameLookup *pLookup, const char *const *ppNames, int32_t nNames
 }
 
 // Finds up to kChunkNames names, one where there is no index. False without memory.
-bool findChunk(NameLookup *pLookup, const char *const *ppNames, int32_t nNames, int32_t *aFound) {
+bool findTogether(NameLookup *pLookup, const char *const *ppNames, int32_t nNames,
+                  int32_t *aFound) {
     const bool bAsGiven = pLookup->pIndex != nullptr && pLookup->nWidth < 0;
-    if (bAsGiven) {
-        findInIndex(pLookup->mgr, pLookup->pIndex, ppNames, nNames, aFound);
-    } else {
+    if (!bAsGiven) {
         std::fill_n(aFound, nNames, -1);
+        return findTrimmed(pLookup, ppNames, nNames, false, aFound);
     }
-    return findTrimmed(pLookup, ppNames, nNames, bAsGiven, aFound);
+    findInIndex(pLookup->mgr, pLookup->pIndex, ppNames, nNames, aFound);
+    const bool bAll = std::none_of(aFound, aFound + nNames, [](int32_t i) { return i < 0; });
+    return bAll || findTrimmed(pLookup, ppNames, nNames, true, aFound);
 }
 
 int32_t inBase(int32_t iFound, int32_t bOneBased) {
@@ -139,7 +141,7 @@ int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
     for (int32_t nDone = 0; nDone < nCount;) {
         int32_t aFound[kChunkNames];
         const int32_t nNames = std::min(nCount - nDone, nAtOnce);
-        if (!findChunk(&lookup, ppNames + nDone, nNames, aFound)) {
+        if (!findTogether(&lookup, ppNames + nDone, nNames, aFound)) {
             if (pIndices != nullptr) { std::fill_n(pIndices, nCount, -1); }
             return 1;
         }
@@ -151,10 +153,13 @@ int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
     return 0;
 }
 
+// Finds one name. bTried: it is not in a current index as it was given.
 [[gnu::noinline]] int32_t findOne(NamesManager *mgr, const char *pName, int32_t nWidth,
-                                  int32_t bOneBased) {
+                                  bool bTried) {
+    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
     int32_t iFound = -1;
-    static_cast<void>(findNames(mgr, &pName, 1, nWidth, bOneBased, &iFound));
+    static_cast<void>(bTried ? findTrimmed(&lookup, &pName, 1, true, &iFound)
+                             : findTogether(&lookup, &pName, 1, &iFound));
     return iFound;
 }
 
@@ -179,17 +184,18 @@ int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, in
 // that the cache misses of neighbouring calls overlap.
 int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneBased) {
     ScopedLock lock(mgr);
-    if (isIndexCurrent(mgr)) {
+    const bool bIndexed = isIndexCurrent(mgr);
+    if (bIndexed) {
         const int32_t iFound = HostHashMap_Find(mgr->pLookupIndex, name);
         if (iFound >= 0 || !endsInBlank(name)) { return inBase(iFound, bOneBased); }
     }
-    return findOne(mgr, name, -1, bOneBased);
+    return inBase(findOne(mgr, name, -1, bIndexed), bOneBased);
 }
 
 int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_t nWidth,
                                      int32_t bOneBased) {
     ScopedLock lock(mgr);
-    return findOne(mgr, name, nWidth, bOneBased);
+    return inBase(findOne(mgr, name, nWidth, false), bOneBased);
 }
 
 int32_t NamesManager_FindNameList(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
