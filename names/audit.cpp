@@ -1,9 +1,8 @@
-// The consistency audit: every invariant of a manager, checked in one pass over its tables. A
-// table, block or segment number that has just been reported is not read through; everything else
-// is still examined.
-#include <cstring>
-
+// The consistency audit: every invariant of a manager, checked in one pass over its tables. What
+// has a table, block or segment number that is not sound is not read through; everything else is
+// still examined.
 #include <algorithm>
+#include <cstring>
 
 #include "host/host_report.h"
 #include "names/audit.hpp"
@@ -14,13 +13,16 @@ namespace {
 
 struct Audit {
     const NamesManager *mgr;
-    int32_t nViolated;  // invariants reported
+    bool bReports;
+    int32_t nViolated;
 };
 
-// Reports a violation; the line tells the checks apart. May not return.
+// Counts a check that does not hold, and reports it; the line tells the checks apart. A host's
+// report may not return.
 void expect(Audit *pAudit, bool bHolds, int32_t nLine) {
-    if (!bHolds) {
-        ++pAudit->nViolated;
+    if (bHolds) { return; }
+    ++pAudit->nViolated;
+    if (pAudit->bReports) {
         Host_ReportAssertion(kSourceTag, nLine, 0, "names_manager assertion failed");
     }
 }
@@ -30,7 +32,7 @@ int32_t sumOf(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-// Counts that can be read up to, whatever the record claims.
+// How far tables can be read, even if the record claims more.
 int32_t readableBlocks(const NamesManager *mgr) {
     return mgr->pBlocks != nullptr ? std::min(mgr->nBlocks, mgr->nBlocksAlloc) : 0;
 }
@@ -44,7 +46,7 @@ const NameStorageBlock *blockOrNull(const NamesManager *mgr, int32_t iBlock) {
 }
 
 // The name at an offset of a block; NULL if it does not lie, with its NUL, in the block's memory.
-// What the block claims to use is a matter of its own, which has been reported.
+// The used bytes do not count here: what they get wrong has been reported.
 const char *nameOrNull(const NamesManager *mgr, int32_t iBlock, int32_t nOffset) {
     const NameStorageBlock *pBlock = blockOrNull(mgr, iBlock);
     if (pBlock == nullptr || pBlock->pData == nullptr || nOffset < 0 || nOffset >= pBlock->nSize) {
@@ -109,11 +111,14 @@ int32_t readablePositions(const NamesManager *mgr) {
 void auditPositions(Audit *pAudit) {
     const NamesManager *mgr = pAudit->mgr;
     expect(pAudit, mgr->pPositions != nullptr, __LINE__);
-    for (int32_t i = 0; i < readablePositions(mgr); ++i) {
+    const int32_t nPositions = readablePositions(mgr);
+    const int32_t nBlocks = readableBlocks(mgr);
+    for (int32_t i = 0; i < nPositions; ++i) {
         const NamePosition position = mgr->pPositions[i];
         expect(pAudit, 0 <= position.iBlock && position.iBlock < mgr->nBlocks, __LINE__);
-        const NameStorageBlock *pBlock = blockOrNull(mgr, position.iBlock);
-        if (pBlock != nullptr) { expect(pAudit, position.nOffset < pBlock->nUsed, __LINE__); }
+        if (0 <= position.iBlock && position.iBlock < nBlocks) {
+            expect(pAudit, position.nOffset < mgr->pBlocks[position.iBlock].nUsed, __LINE__);
+        }
     }
 }
 
@@ -170,15 +175,12 @@ void auditIndex(Audit *pAudit) {
     }
 }
 
-}  // namespace
-
-int32_t countViolations(const NamesManager *mgr) {
-    Audit audit = {mgr, 0};
-    expect(&audit, mgr != nullptr, __LINE__);
-    if (mgr != nullptr) {
+int32_t auditAll(Audit audit) {
+    expect(&audit, audit.mgr != nullptr, __LINE__);
+    if (audit.mgr != nullptr) {
         auditCounts(&audit);
         auditBlocks(&audit);
-        if (mgr->pSegments != nullptr) {
+        if (audit.mgr->pSegments != nullptr) {
             auditSegments(&audit);
         } else {
             auditPositions(&audit);
@@ -187,6 +189,16 @@ int32_t countViolations(const NamesManager *mgr) {
         auditIndex(&audit);
     }
     return audit.nViolated;
+}
+
+}  // namespace
+
+int32_t countViolations(const NamesManager *mgr) {
+    return auditAll({mgr, true, 0});
+}
+
+bool isConsistent(const NamesManager *mgr) {
+    return auditAll({mgr, false, 0}) == 0;
 }
 
 }  // namespace names

@@ -6,8 +6,11 @@
 
 namespace names {
 
-// NamesManager_AssertConsistency; the number of its reports.
+// NamesManager_AssertConsistency. Returns the number of its reports.
 int32_t countViolations(const NamesManager *mgr);
+
+// Says whether it would report nothing.
+bool isConsistent(const NamesManager *mgr);
 
 }  // namespace names
 

@@ -49,9 +49,9 @@ bool noteLengths(const char *pText, const int32_t *aStarts, int32_t nNames, int3
 bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
     while (nNames > 0) {
-        const int32_t nReadable = std::min(nNames, kMaxNameBytes);
-        int32_t nFound = findNameStartsBefore(pText, pText + nReadable,
-                                              std::min(nNames, kMaxSegmentNames), aStarts);
+        const char *pEnd = pText + std::min(nNames, kMaxNameBytes);
+        int32_t nFound =
+            findNameStartsInside({pText, pEnd, pEnd}, std::min(nNames, kMaxSegmentNames), aStarts);
         if (nFound == 0) {
             const size_t nLength = std::strlen(pText);
             if (nLength > kMaxNameBytes) { return false; }

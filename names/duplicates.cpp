@@ -11,24 +11,24 @@ namespace names {
 
 namespace {
 
-constexpr int32_t kCheckedAtOnce = 128;
+constexpr int32_t kCheckedChunk = 128;
 
-// The names as they are compared, one pointer per index of the range, and the text of those that
-// had to be rewritten.
-struct PreparedNames {
-    const char **ppNames;
-    char *pTexts;
-};
-
+// The names of a range as they were given; a name may be NULL.
 struct CheckedNames {
     const char *const *ppNames;
     const int32_t *pLengths;
     int32_t nNames;
 };
 
+// The names as they are compared, and the text of those that had to be rewritten.
+struct PreparedNames {
+    const char **ppNames;
+    char *pTexts;
+};
+
 struct Clash {
     int32_t iHeld;   // 0-based index of the name that was there first; -1: no clash
-    int32_t iGiven;  // 0-based index of the given name that repeats it
+    int32_t iGiven;  // 0-based index that the name repeating it is meant for
     const char *szName;
 };
 
@@ -36,7 +36,7 @@ bool isWhiteSpace(char c) {
     return std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
-// A name ends at its first NUL; behind that it has nothing to compare.
+// A name ends at its first NUL; what follows that does not count.
 int32_t lengthToNul(const char *pName, int32_t nLength) {
     return static_cast<int32_t>(strnlen(pName, static_cast<size_t>(nLength)));
 }
@@ -64,7 +64,7 @@ void poolFree(void *pMemory) {
 }
 
 // Room for every given name with a NUL.
-char *allocTexts(const CheckedNames &given) {
+char *allocPrepared(const CheckedNames &given) {
     uint64_t nBytes = 0;
     for (int32_t k = 0; k < given.nNames; ++k) {
         nBytes += given.ppNames[k] != nullptr ? static_cast<uint64_t>(given.pLengths[k]) + 1 : 0;
@@ -72,7 +72,8 @@ char *allocTexts(const CheckedNames &given) {
     return static_cast<char *>(poolAlloc(nBytes));
 }
 
-// Copies a name's text without trailing white space to *ppTexts and steps over it.
+// Copies a name's text without trailing white space to *ppTexts, which it moves on, and returns the
+// copy.
 const char *copyPrepared(const char *pName, int32_t nGiven, char **ppTexts) {
     char *pText = *ppTexts;
     int32_t nLength = lengthToNul(pName, nGiven);
@@ -83,7 +84,8 @@ const char *copyPrepared(const char *pName, int32_t nGiven, char **ppTexts) {
     return pText;
 }
 
-// A text area is made only when a name has to be rewritten. False without memory.
+// Makes room for texts only if a name has to be rewritten. False without memory; the caller frees
+// what there is in any case.
 bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
     pPrepared->pTexts = nullptr;
     pPrepared->ppNames =
@@ -93,7 +95,7 @@ bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
         std::copy_n(given.ppNames, given.nNames, pPrepared->ppNames);
         return true;
     }
-    pPrepared->pTexts = allocTexts(given);
+    pPrepared->pTexts = allocPrepared(given);
     if (pPrepared->pTexts == nullptr) { return false; }
     char *pTexts = pPrepared->pTexts;
     for (int32_t k = 0; k < given.nNames; ++k) {
@@ -105,21 +107,21 @@ bool prepareNames(const CheckedNames &given, PreparedNames *pPrepared) {
 }
 
 // Looks for two equal names among the given ones, the first of which is meant for index iFirst. 1
-// without memory. Names behind a clash do not count, nor does memory that runs out for them.
+// without memory, unless it ran out after a clash.
 int32_t insertUntilClash(HostHashMap *pMap, const char *const *ppNames, int32_t nNames,
                          int32_t iFirst, Clash *pClash) {
-    int32_t aEarlier[kCheckedAtOnce];
-    for (int32_t first = 0; first < nNames; first += kCheckedAtOnce) {
-        const int32_t nAtOnce = std::min(nNames - first, kCheckedAtOnce);
-        std::fill_n(aEarlier, nAtOnce, -1);
-        const int32_t nDone = insertKeys(pMap, ppNames + first, nAtOnce, iFirst + first, aEarlier);
+    int32_t aEarlier[kCheckedChunk];
+    for (int32_t first = 0; first < nNames;) {
+        const int32_t nChunk = std::min(nNames - first, kCheckedChunk);
+        const int32_t nDone = insertKeys(pMap, ppNames + first, nChunk, iFirst + first, aEarlier);
         const int32_t k = static_cast<int32_t>(
             std::find_if(aEarlier, aEarlier + nDone, [](int32_t i) { return i >= 0; }) - aEarlier);
         if (k < nDone) {
             *pClash = {aEarlier[k], iFirst + first + k, ppNames[first + k]};
             return 0;
         }
-        if (nDone < nAtOnce) { return 1; }
+        if (nDone < nChunk) { return 1; }
+        first += nChunk;
     }
     return 0;
 }
@@ -132,13 +134,13 @@ int32_t clashAmongGiven(const char *const *ppNames, int32_t nNames, int32_t iFir
     return nStatus;
 }
 
-// Looks for a given name among those that the manager holds outside the range.
+// Looks for the given names among those that the manager holds outside the range.
 void clashWithHeld(NamesManager *mgr, const char *const *ppNames, IndexRange range, Clash *pClash) {
     if (range.first == 0 && range.last >= mgr->nNames - 1) { return; }
-    int32_t aFound[kCheckedAtOnce];
+    int32_t aFound[kCheckedChunk];
     for (int32_t first = 0; first < countOf(range);) {
         const int32_t nFound = findTexts(mgr, ppNames + first,
-                                         std::min(countOf(range) - first, kCheckedAtOnce), aFound);
+                                         std::min(countOf(range) - first, kCheckedChunk), aFound);
         for (int32_t k = 0; k < nFound; ++k) {
             if (aFound[k] >= 0 && (aFound[k] < range.first || aFound[k] > range.last)) {
                 *pClash = {aFound[k], range.first + first + k, ppNames[first + k]};
@@ -162,6 +164,7 @@ int32_t findClash(NamesManager *mgr, IndexRange range, const char *const *ppName
     return 0;
 }
 
+// Copies what of a text fits, and a NUL.
 void copyCut(char *pBuffer, int32_t nBufferSize, const char *szText) {
     if (nBufferSize >= 1) {
         const size_t nBytes = strnlen(szText, static_cast<size_t>(nBufferSize) - 1);
@@ -225,7 +228,7 @@ int32_t NamesManager_CheckDuplicateNamesInBuffer(NamesManager *mgr, int32_t firs
                                                    pbDuplicate, piFirstIndex, piSecondIndex,
                                                    szDuplicateName, nDuplicateNameSize);
     }
-    HostMem_Free(ppNames, kSourceTag, __LINE__);
-    HostMem_Free(pLengths, kSourceTag, __LINE__);
+    freeMemory(ppNames);
+    freeMemory(pLengths);
     return nStatus;
 }

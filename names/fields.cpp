@@ -9,66 +9,63 @@ namespace names {
 
 namespace {
 
-// Bytes from the reader's place to where the text of its segment ends.
-int32_t bytesToSegmentEnd(const NameReader &reader) {
-    const NameSegment &segment = reader.mgr->pSegments[reader.location.iSegment];
-    return segment.nOffset + segment.nBytes - reader.location.nOffset;
-}
+// ---- Names as they lie, in segment mode ----
 
 // Bytes of the next nNames names, all in the reader's segment. They are walked only where the
-// segment goes on behind them.
+// segment goes on after them.
 int32_t bytesOfNext(const NameReader &reader, int32_t nNames) {
     const NameSegment &segment = reader.mgr->pSegments[reader.location.iSegment];
     if (reader.iNext + nNames - 1 == segment.iLast) { return bytesToSegmentEnd(reader); }
-    return bytesOfNames(textAt(reader.mgr, segment.iBlock, reader.location.nOffset),
-                        textLimit(reader.mgr, segment.iBlock), nNames);
+    return bytesOfNames(restOfSegment(reader), nNames);
 }
 
-// Bytes of a range in segment mode, NULs included; with bWholeSegments to the end of its last
-// segment, without a look at text.
+// Bytes of a range, NULs included. With bWholeSegments to the end of its last segment, which takes
+// no look at text.
 uint64_t bytesOfRange(NameReader reader, bool bWholeSegments) {
     uint64_t nBytes = 0;
     while (reader.iNext <= reader.iLast) {
         const int32_t nNames = enterSegment(&reader);
         const int32_t nHere =
             bWholeSegments ? bytesToSegmentEnd(reader) : bytesOfNext(reader, nNames);
-        leaveNames(&reader, nNames, nHere);
+        stepOver(&reader, nNames, nHere);
         nBytes += static_cast<uint64_t>(nHere);
     }
     return nBytes;
 }
 
-// Where the next piece goes. The first piece of all is none.
-char *copyPiece(char *pTo, const char *pPiece, size_t nPiece) {
-    if (pPiece != nullptr) { std::memcpy(pTo, pPiece, nPiece); }
-    return pTo + nPiece;
+// Returns where the next stretch goes. The first one of all is NULL and empty.
+char *copyStretch(char *pTo, const char *pText, size_t nBytes) {
+    if (nBytes > 0) { std::memcpy(pTo, pText, nBytes); }
+    return pTo + nBytes;
 }
 
-// Copies a range in segment mode as it lies, segments that touch in one piece. *pReader ends behind
-// the last name. The bytes copied.
+// Copies a range, segments whose texts touch in one stretch, and returns the number of bytes.
+// *pReader ends after the last name.
 uint64_t copyRange(NameReader *pReader, char *pBuffer) {
-    char *pNext = pBuffer;
-    const char *pPiece = nullptr;
-    size_t nPiece = 0;
+    char *pTo = pBuffer;
+    const char *pStretch = nullptr;
+    size_t nStretch = 0;
     int32_t iBlock = -1;
     while (pReader->iNext <= pReader->iLast) {
         const int32_t nNames = enterSegment(pReader);
         const int32_t iHere = pReader->mgr->pSegments[pReader->location.iSegment].iBlock;
         const char *pText = textAt(pReader->mgr, iHere, pReader->location.nOffset);
-        if (iHere != iBlock || pText != pPiece + nPiece) {
-            pNext = copyPiece(pNext, pPiece, nPiece);
-            pPiece = pText;
-            nPiece = 0;
+        if (iHere != iBlock || pText != pStretch + nStretch) {
+            pTo = copyStretch(pTo, pStretch, nStretch);
+            pStretch = pText;
+            nStretch = 0;
             iBlock = iHere;
         }
         const int32_t nHere = bytesOfNext(*pReader, nNames);
-        leaveNames(pReader, nNames, nHere);
-        nPiece += static_cast<size_t>(nHere);
+        stepOver(pReader, nNames, nHere);
+        nStretch += static_cast<size_t>(nHere);
     }
-    return static_cast<uint64_t>(copyPiece(pNext, pPiece, nPiece) - pBuffer);
+    return static_cast<uint64_t>(copyStretch(pTo, pStretch, nStretch) - pBuffer);
 }
 
-// How names become fields; a width of 0 does not apply.
+// ---- Names as fields ----
+
+// The widths that names are padded and cut to, NULs included; 0: not at all.
 struct FieldFormat {
     int32_t nPad;
     int32_t nCut;
@@ -80,22 +77,21 @@ uint64_t fieldBytes(FieldFormat format, int32_t nLength) {
                                                   : nPadded);
 }
 
-bool isPlain(FieldFormat format) {
-    return format.nPad == 0 && format.nCut == 0;
+// Says whether the fields are names back to back, as they lie in a segment.
+bool isCopiedAsItLies(const NamesManager *mgr, FieldFormat format) {
+    return mgr->pSegments != nullptr && format.nPad == 0 && format.nCut == 0;
 }
 
-uint64_t requiredSize(const NameReader &start, FieldFormat format) {
-    uint64_t nSize = 0;
-    NameReader reader = start;
+uint64_t requiredSize(NameReader reader, FieldFormat format) {
     if (format.nPad != 0 && format.nPad == format.nCut) {
-        return static_cast<uint64_t>(start.iLast - start.iNext + 1) *
+        return static_cast<uint64_t>(reader.iLast - reader.iNext + 1) *
                static_cast<uint64_t>(format.nPad);
     }
-    if (isPlain(format) && start.mgr->pSegments != nullptr) { return bytesOfRange(start, false); }
+    if (isCopiedAsItLies(reader.mgr, format)) { return bytesOfRange(reader, false); }
+    uint64_t nSize = 0;
     int32_t aLengths[kMaxSegmentNames];
-    for (int32_t n = readNames(&reader, nullptr, aLengths); n > 0;
-         n = readNames(&reader, nullptr, aLengths)) {
-        for (int32_t k = 0; k < n; ++k) { nSize += fieldBytes(format, aLengths[k]); }
+    while (const int32_t nNames = readNames(&reader, nullptr, aLengths)) {
+        for (int32_t k = 0; k < nNames; ++k) { nSize += fieldBytes(format, aLengths[k]); }
     }
     return nSize;
 }
@@ -115,8 +111,8 @@ void fillBlanksLoosely(char *pTo, size_t nBytes) {
     }
 }
 
-// Writes one field at pTo. With bLoose both sides have kLooseBytes to spare. Where the next field
-// goes.
+// Writes one field at pTo and returns where the next one goes. With bLoose both sides have
+// kLooseBytes to spare.
 char *writeField(char *pTo, FieldFormat format, const char *pName, int32_t nLength, bool bLoose) {
     const size_t nField = static_cast<size_t>(fieldBytes(format, nLength)) - 1;
     const size_t nText = std::min(static_cast<size_t>(nLength), nField);
@@ -131,44 +127,48 @@ char *writeField(char *pTo, FieldFormat format, const char *pName, int32_t nLeng
     return pTo + nField + 1;
 }
 
-// Tells whether kLooseBytes beyond the end of each of the nNames names read last can be read, as is
-// usual in segment mode.
-bool hasBytesBehind(const NameReader &reader, int32_t nNames) {
+// Says whether kLooseBytes can be read beyond each of the names read last, as they mostly can in
+// segment mode.
+bool canReadLoosely(const NameReader &reader) {
     const NamesManager *mgr = reader.mgr;
-    return mgr->pSegments != nullptr && nNames > 0 &&
+    return mgr->pSegments != nullptr &&
            mgr->pBlocks[mgr->pSegments[reader.location.iSegment].iBlock].nSize -
                    reader.location.nOffset >=
                static_cast<int32_t>(kLooseBytes);
 }
 
-// Writes the fields of the range, nSize bytes in all. *pReader ends behind the last name.
+// Writes the fields of the range, nSize bytes in all. *pReader ends after the last name.
 void writeFields(NameReader *pReader, FieldFormat format, char *pBuffer, uint64_t nSize) {
-    if (isPlain(format) && pReader->mgr->pSegments != nullptr) {
+    if (isCopiedAsItLies(pReader->mgr, format)) {
         copyRange(pReader, pBuffer);
         return;
     }
     const char *const pEnd = pBuffer + nSize;
     const char *apNames[kMaxSegmentNames];
     int32_t aLengths[kMaxSegmentNames];
-    for (int32_t n = readNames(pReader, apNames, aLengths); n > 0;
-         n = readNames(pReader, apNames, aLengths)) {
-        const bool bReadsOn = hasBytesBehind(*pReader, n);
-        for (int32_t k = 0; k < n; ++k) {
+    while (const int32_t nNames = readNames(pReader, apNames, aLengths)) {
+        const bool bReadsLoosely = canReadLoosely(*pReader);
+        for (int32_t k = 0; k < nNames; ++k) {
             const int64_t nMost =
                 std::max<int64_t>(aLengths[k], format.nPad) + static_cast<int64_t>(kLooseBytes);
             pBuffer = writeField(pBuffer, format, apNames[k], aLengths[k],
-                                 bReadsOn && pEnd - pBuffer > nMost);
+                                 bReadsLoosely && pEnd - pBuffer > nMost);
         }
     }
 }
 
-// Tells without a look at text whether names in segment mode that go out as they lie fit in any
-// case: their whole segments do.
-bool surelyFits(const NameReader &start, FieldFormat format, uint64_t nBufferSize) {
-    return isPlain(format) && start.mgr->pSegments != nullptr && start.iNext <= start.iLast &&
-           bytesOfRange(start, true) <= nBufferSize;
+// Says without a look at text whether the range is copied as it lies and surely fits, because its
+// whole segments do.
+bool surelyFits(const NameReader &reader, FieldFormat format, uint64_t nBufferSize) {
+    return isCopiedAsItLies(reader.mgr, format) && reader.iNext <= reader.iLast &&
+           bytesOfRange(reader, true) <= nBufferSize;
 }
 
+void setSize(uint64_t *pnRequiredSize, uint64_t nSize) {
+    if (pnRequiredSize != nullptr) { *pnRequiredSize = nSize; }
+}
+
+// NamesManager_GetNames for a range and a format that have been checked.
 int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *pBuffer,
                  uint64_t nBufferSize, uint64_t *pnRequiredSize) {
     if (range.last >= mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
@@ -176,13 +176,17 @@ int32_t getNames(NamesManager *mgr, IndexRange range, FieldFormat format, char *
     }
     if (pnRequiredSize == nullptr && nBufferSize == 0) { return 0; }
     NameReader reader = startReading(mgr, range);
-    const bool bFits = surelyFits(reader, format, nBufferSize);
-    const uint64_t nSize = bFits ? copyRange(&reader, pBuffer) : requiredSize(reader, format);
-    if (pnRequiredSize != nullptr) { *pnRequiredSize = nSize; }
+    if (surelyFits(reader, format, nBufferSize)) {  // copied before its size is known
+        setSize(pnRequiredSize, copyRange(&reader, pBuffer));
+        finishRetrieval(mgr, reader);
+        return 0;
+    }
+    const uint64_t nSize = requiredSize(reader, format);
+    setSize(pnRequiredSize, nSize);
     if (nBufferSize == 0) { return 0; }
     if (nSize > nBufferSize) { return 3; }
     if (range.first <= range.last) {
-        if (!bFits) { writeFields(&reader, format, pBuffer, nSize); }
+        writeFields(&reader, format, pBuffer, nSize);
         finishRetrieval(mgr, reader);
     }
     return 0;

@@ -13,120 +13,115 @@ namespace names {
 
 namespace {
 
-constexpr int32_t kAhead = 32;
-constexpr int32_t kAheadBytes = 64;  // of a name that is looked up ahead, its NUL included; names
+constexpr int32_t kMaxAhead = 32;
+constexpr int32_t kAheadBytes = 64;  // for a name that is looked up ahead, its NUL included; names
                                      // that take more are looked up alone
 
-// Names with consecutive numbers that were looked up together. A name that comes in later has a
-// number of its own and so another text: the answers hold as long as lookups find the same index.
+// Names that were looked up together. A name that is stored later has another number and so another
+// text: the answers hold as long as lookups find the same index.
 struct LookedAhead {
-    int32_t nFirstNumber;
     int32_t nNames;
-    const char *apTexts[kAhead];
-    int32_t aLengths[kAhead];
-    int32_t aFound[kAhead];
-    char aTexts[kAhead][kAheadBytes];
+    int32_t iNext;  // the one that is tried next
+    int32_t aLengths[kMaxAhead];
+    int32_t aFound[kMaxAhead];
+    const char *apTexts[kMaxAhead];
+    char aTexts[kMaxAhead][kAheadBytes];
 };
 
-// A run of generation.
+// The generation of default names for a range of indices.
 struct Generation {
     NamesManager *mgr;
     NameFormat format;
-    int32_t nNumber;    // of the last name tried
-    int32_t nWanted;    // names still to come
-    TextBuffer buffer;  // of a name that is looked up alone
+    int32_t nNumber;  // of the last name tried
+    int32_t nWanted;  // names still to come
     LookedAhead ahead;
+    TextBuffer buffer;  // for a name that is looked up alone
 };
 
-// A name that is not in use, as it will be stored.
+// A name to be tried, as it will be stored.
 struct Candidate {
     const char *szText;
     int32_t nLength;
 };
 
 // The fixed text for number 1. Only an empty manager gets here with it, so it cannot be in use.
-Candidate firstCandidate(Generation *pRun) {
-    const char *szFirst = pRun->mgr->szFirstGeneratedName;
+Candidate takeFirst(Generation *pGeneration) {
+    const char *szFirst = pGeneration->mgr->szFirstGeneratedName;
     const int32_t nLength = static_cast<int32_t>(trimmedLength(szFirst, std::strlen(szFirst)));
-    copyText(pRun->buffer.aLocal, szFirst, nLength);
-    pRun->nNumber = 1;
-    return {pRun->buffer.aLocal, nLength};
+    copyText(pGeneration->buffer.aLocal, szFirst, nLength);
+    pGeneration->nNumber = 1;
+    return {pGeneration->buffer.aLocal, nLength};
 }
 
-// Looks up as many of the next names as will be wanted in any case. False if not even the first is
-// short enough.
-bool lookAhead(Generation *pRun) {
-    LookedAhead *pAhead = &pRun->ahead;
-    const int32_t nMost = std::min({kAhead, pRun->nWanted, INT32_MAX - pRun->nNumber});
+// Looks up as many of the next names as will be wanted in any case. False if there is not even one:
+// it is too long, or numbers have run out.
+bool lookAhead(Generation *pGeneration) {
+    LookedAhead *pAhead = &pGeneration->ahead;
+    const int32_t nMost =
+        std::min({kMaxAhead, pGeneration->nWanted, INT32_MAX - pGeneration->nNumber});
     int32_t n = 0;
     for (; n < nMost; ++n) {
-        const FormattedName name = formatName(pRun->format, pRun->nNumber + 1 + n);
+        const FormattedName name = formatName(pGeneration->format, pGeneration->nNumber + 1 + n);
         if (name.nLength >= kAheadBytes) { break; }
-        writeName(pRun->format, name, pAhead->aTexts[n]);
+        writeName(pGeneration->format, name, pAhead->aTexts[n]);
         pAhead->apTexts[n] = pAhead->aTexts[n];
         pAhead->aLengths[n] = static_cast<int32_t>(name.nLength);
     }
-    pAhead->nNames = 0;
-    if (n == 0) {
-        return false;  // among others because there is no next number
-    }
-    pAhead->nFirstNumber = pRun->nNumber + 1;
-    pAhead->nNames = findTexts(pRun->mgr, pAhead->apTexts, n, pAhead->aFound);
-    return true;
+    pAhead->iNext = 0;
+    pAhead->nNames = n > 0 ? findTexts(pGeneration->mgr, pAhead->apTexts, n, pAhead->aFound) : 0;
+    return n > 0;
 }
 
-// Formats the name with the next number and looks it up: its index goes to *piFound. False if it
+// Takes the name with the next number and looks it up: its index goes to *piFound. False if it
 // cannot be made: it is too long to store, or memory or numbers ran out.
-bool tryNextAlone(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
-    if (pRun->nNumber == INT32_MAX) { return false; }
-    const FormattedName name = formatName(pRun->format, pRun->nNumber + 1);
+bool takeAlone(Generation *pGeneration, Candidate *pCandidate, int32_t *piFound) {
+    if (pGeneration->nNumber == INT32_MAX) { return false; }
+    const FormattedName name = formatName(pGeneration->format, ++pGeneration->nNumber);
     char *pText = name.nLength <= kMaxNameBytes
-                      ? roomFor(&pRun->buffer, static_cast<uint64_t>(name.nLength) + 1)
+                      ? roomFor(&pGeneration->buffer, static_cast<uint64_t>(name.nLength) + 1)
                       : nullptr;
     if (pText == nullptr) { return false; }
-    writeName(pRun->format, name, pText);
+    writeName(pGeneration->format, name, pText);
     *pCandidate = {pText, static_cast<int32_t>(name.nLength)};
-    ++pRun->nNumber;
-    findTexts(pRun->mgr, &pCandidate->szText, 1, piFound);
+    findTexts(pGeneration->mgr, &pCandidate->szText, 1, piFound);
     return true;
 }
 
-bool tryNext(Generation *pRun, Candidate *pCandidate, int32_t *piFound) {
-    const LookedAhead &ahead = pRun->ahead;
-    const bool bKnown =
-        pRun->nNumber - ahead.nFirstNumber < ahead.nNames - 1 && isIndexCurrent(pRun->mgr);
-    if (!bKnown && !lookAhead(pRun)) { return tryNextAlone(pRun, pCandidate, piFound); }
-    const int32_t k = ++pRun->nNumber - ahead.nFirstNumber;
-    *pCandidate = {ahead.apTexts[k], ahead.aLengths[k]};
-    *piFound = ahead.aFound[k];
+// The same, if possible from the names looked up ahead.
+bool takeNext(Generation *pGeneration, Candidate *pCandidate, int32_t *piFound) {
+    LookedAhead *pAhead = &pGeneration->ahead;
+    const bool bKnown = pAhead->iNext < pAhead->nNames && isIndexCurrent(pGeneration->mgr);
+    if (!bKnown && !lookAhead(pGeneration)) { return takeAlone(pGeneration, pCandidate, piFound); }
+    const int32_t k = pAhead->iNext++;
+    ++pGeneration->nNumber;
+    *pCandidate = {pAhead->apTexts[k], pAhead->aLengths[k]};
+    *piFound = pAhead->aFound[k];
     return true;
 }
 
 // The next name that is not in use. False if a name on the way to it cannot be made.
-bool findFreeName(Generation *pRun, Candidate *pCandidate) {
-    if (pRun->nNumber == 0 && pRun->mgr->szFirstGeneratedName[0] != 0) {
-        *pCandidate = firstCandidate(pRun);
+bool findFreeName(Generation *pGeneration, Candidate *pCandidate) {
+    if (pGeneration->nNumber == 0 && pGeneration->mgr->szFirstGeneratedName[0] != 0) {
+        *pCandidate = takeFirst(pGeneration);
         return true;
     }
     int32_t iFound = -1;
     do {
-        if (!tryNext(pRun, pCandidate, &iFound)) { return false; }
+        if (!takeNext(pGeneration, pCandidate, &iFound)) { return false; }
     } while (iFound >= 0);
     return true;
 }
 
 int32_t generateNames(NamesManager *mgr, int32_t iLastIndex) {
-    Generation run;
-    run.mgr = mgr;
-    run.nNumber = std::max(mgr->nGeneratedNameBase, mgr->nNames);
-    run.ahead.nFirstNumber = 0;
-    run.ahead.nNames = 0;
-    const bool bFormat =
-        isNameFormat(mgr->szNameFormat) && parseFormat(mgr->szNameFormat, &run.format);
+    Generation generation;
+    generation.mgr = mgr;
+    generation.nNumber = std::max(mgr->nGeneratedNameBase, mgr->nNames);
+    generation.ahead.nNames = generation.ahead.iNext = 0;
+    const bool bFormat = parseNameFormat(mgr->szNameFormat, &generation.format);
     for (int32_t i = mgr->nNames; i <= iLastIndex; ++i) {
         Candidate candidate;
-        run.nWanted = iLastIndex - i + 1;
-        const bool bFound = bFormat && findFreeName(&run, &candidate);
+        generation.nWanted = iLastIndex - i + 1;
+        const bool bFound = bFormat && findFreeName(&generation, &candidate);
         if (!bFound || !storeName(mgr, i, candidate.szText, candidate.nLength)) {
             Host_ReportError(kSourceTag, __LINE__, 0,
                              "NamesManager_AddName failed - possibly out of memory?");
@@ -134,7 +129,7 @@ int32_t generateNames(NamesManager *mgr, int32_t iLastIndex) {
         }
         releaseAtIntervals(mgr, i);
     }
-    mgr->nGeneratedNameBase = run.nNumber - 1;
+    mgr->nGeneratedNameBase = generation.nNumber - 1;
     return 0;
 }
 

@@ -1,4 +1,4 @@
-// The bytes of a saved manager, which docs/image_format.md describes for other programs.
+// The bytes of an image, a saved manager; docs/image_format.md describes them for other programs.
 //
 //     offset  bytes
 //          0      24  nNames, nBlocks, nBlocksAlloc, nSegments, nSegmentsAlloc, nPositionsAlloc
@@ -29,11 +29,17 @@ struct ImageBlock {
     int32_t nPadding;
 };
 
-constexpr int32_t kCursorNumbers = 5;
+struct ImageCursor {
+    int32_t iName;
+    int32_t iSegment;
+    int32_t iBlock;
+    int32_t nOffset;
+    int32_t nMisses;
+};
 
 // Tables are written and read as they lie in memory.
 static_assert(sizeof(ImageBlock) == 24 && sizeof(NameStorageBlock) == sizeof(ImageBlock));
-static_assert(sizeof(NameSegment) == 20 && sizeof(NamePosition) == 8);
+static_assert(sizeof(NameSegment) == 20 && sizeof(NamePosition) == 8 && sizeof(ImageCursor) == 20);
 
 inline uint64_t tableBytes(int32_t nRecords, uint64_t nRecordBytes) {
     return static_cast<uint64_t>(nRecords) * nRecordBytes;

@@ -3,6 +3,7 @@
 // leaves the manager as a clear does.
 #include <algorithm>
 
+#include "names/audit.hpp"
 #include "names/image.hpp"
 #include "names/lifecycle.hpp"
 #include "names/storage/name_format.hpp"
@@ -13,46 +14,47 @@ namespace names {
 
 namespace {
 
-// A manager's state while it is being read: the fields of the record, pBlocks, pSegments and
-// pPositions owned.
-struct Image {
+constexpr int32_t kRefused = -1;  // the image is not sound, or memory ran out
+
+// The manager that an image makes, while it is being read. Owns its tables and texts.
+struct LoadedManager {
     NamesManager record;
     int32_t nBlocksWithText;  // blocks that have their pData
 };
 
-constexpr int32_t kRefused = -1;  // the image is not sound, or memory ran out
-
 // Reads until a read fails.
-struct Reader {
+struct ImageReader {
     HostInputStream *pStream;
     int32_t nStatus;
 };
 
-// Tells whether it and all reads before it succeeded.
-bool read(Reader *pReader, void *pBuffer, uint64_t nBytes) {
+// True if it and all reads before it succeeded.
+bool readBytes(ImageReader *pReader, void *pBuffer, uint64_t nBytes) {
     if (pReader->nStatus == 0) {
         pReader->nStatus = HostStream_Read(pReader->pStream, pBuffer, nBytes);
     }
     return pReader->nStatus == 0;
 }
 
-bool readNumber(Reader *pReader, int32_t *pnNumber) {
-    return read(pReader, pnNumber, sizeof *pnNumber);
+bool readNumber(ImageReader *pReader, int32_t *pnNumber) {
+    return readBytes(pReader, pnNumber, sizeof *pnNumber);
 }
 
-bool readHeader(Reader *pReader, NamesManager *pRecord) {
+// The header without nNames.
+bool readHeader(ImageReader *pReader, NamesManager *pRecord) {
     readNumber(pReader, &pRecord->nBlocks);
     readNumber(pReader, &pRecord->nBlocksAlloc);
     readNumber(pReader, &pRecord->nSegments);
     readNumber(pReader, &pRecord->nSegmentsAlloc);
     readNumber(pReader, &pRecord->nPositionsAlloc);
-    read(pReader, pRecord->szNameFormat, sizeof pRecord->szNameFormat);
+    readBytes(pReader, pRecord->szNameFormat, sizeof pRecord->szNameFormat);
     readNumber(pReader, &pRecord->nGeneratedNameBase);
-    return read(pReader, pRecord->szFirstGeneratedName, sizeof pRecord->szFirstGeneratedName);
+    return readBytes(pReader, pRecord->szFirstGeneratedName, sizeof pRecord->szFirstGeneratedName);
 }
 
 // Counts and capacities: in each other's bounds, of one storage mode, and such that the next growth
-// of a table or the next generated name does not leave the 32-bit range.
+// of a table or the next generated name does not leave the 32-bit range. The audit checks bounds
+// again, but tables are made and filled by them first.
 bool isSoundHeader(const NamesManager &record) {
     const bool bCounts = record.nNames >= 0 && record.nBlocks >= 1 && record.nSegments >= 0;
     const bool bCapacities = record.nBlocks <= record.nBlocksAlloc &&
@@ -87,75 +89,69 @@ bool allocTables(NamesManager *pRecord) {
     return pRecord->pBlocks != nullptr && !hasNoTables(pRecord);
 }
 
-bool readTables(Reader *pReader, NamesManager *pRecord) {
-    read(pReader, pRecord->pBlocks, tableBytes(pRecord->nBlocks, sizeof(NameStorageBlock)));
+bool readTables(ImageReader *pReader, NamesManager *pRecord) {
+    readBytes(pReader, pRecord->pBlocks, tableBytes(pRecord->nBlocks, sizeof(NameStorageBlock)));
     if (pRecord->nSegments > 0) {
-        read(pReader, pRecord->pSegments, tableBytes(pRecord->nSegments, sizeof(NameSegment)));
+        readBytes(pReader, pRecord->pSegments, tableBytes(pRecord->nSegments, sizeof(NameSegment)));
     }
     if (pRecord->pPositions != nullptr && pRecord->nNames > 0) {
-        read(pReader, pRecord->pPositions, tableBytes(pRecord->nNames, sizeof(NamePosition)));
+        readBytes(pReader, pRecord->pPositions, tableBytes(pRecord->nNames, sizeof(NamePosition)));
     }
     return pReader->nStatus == 0;
 }
 
-bool areSoundBlocks(const NamesManager &record) {
-    return std::all_of(
-        record.pBlocks, record.pBlocks + record.nBlocks, [](const NameStorageBlock &block) {
-            const bool bBothOrNeither = (block.nUsed == 0) == (block.nNamesInBlock == 0);
-            return 0 <= block.nUsed && block.nUsed <= block.nSize && block.nNamesInBlock >= 0 &&
-                   bBothOrNeither;
-        });
+// ---- Tables: what the audit checks, and what it does not look for in a manager, which has neither
+// negative numbers nor sums that leave the 32-bit range ----
+
+bool isSoundBlock(const NameStorageBlock &block) {
+    return block.nUsed >= 0 && block.nNamesInBlock >= 0;
 }
 
-bool areSoundSegments(const NamesManager &record) {
-    int32_t iNext = 0;
-    for (int32_t s = 0; s < record.nSegments; ++s) {
-        const NameSegment &segment = record.pSegments[s];
-        if (segment.iFirst != iNext || segment.iLast < iNext || segment.iLast >= record.nNames ||
-            segment.iLast - iNext >= kMaxSegmentNames || segment.iBlock < 0 ||
-            segment.iBlock >= record.nBlocks) {
-            return false;
-        }
-        const int32_t nUsed = record.pBlocks[segment.iBlock].nUsed;
-        if (segment.nOffset < 0 || segment.nOffset > nUsed || segment.nBytes < namesIn(segment) ||
-            segment.nBytes > nUsed - segment.nOffset) {
-            return false;
-        }
-        iNext = segment.iLast + 1;
+bool isSoundSegment(const NamesManager &record, const NameSegment &segment) {
+    return segment.iLast < record.nNames && segment.nOffset >= 0 &&
+           segment.nBytes >= namesIn(segment) &&
+           segment.nBytes <= record.pBlocks[segment.iBlock].nUsed - segment.nOffset;
+}
+
+// The record has no cursor yet, which would be audited, too.
+bool areSoundTables(const NamesManager &record) {
+    if (!isConsistent(&record) ||
+        !std::all_of(record.pBlocks, record.pBlocks + record.nBlocks, isSoundBlock)) {
+        return false;
     }
-    return iNext == record.nNames;
+    if (record.pSegments != nullptr) {
+        return std::all_of(
+            record.pSegments, record.pSegments + record.nSegments,
+            [&record](const NameSegment &segment) { return isSoundSegment(record, segment); });
+    }
+    int32_t nSigns = 0;  // all looked at together, rather than with a branch for each
+    for (int32_t i = 0; i < record.nNames; ++i) { nSigns |= record.pPositions[i].nOffset; }
+    return nSigns >= 0;
 }
 
-bool areSoundPositions(const NamesManager &record) {
-    return std::all_of(record.pPositions, record.pPositions + record.nNames,
-                       [&record](const NamePosition &position) {
-                           return 0 <= position.iBlock && position.iBlock < record.nBlocks &&
-                                  0 <= position.nOffset &&
-                                  position.nOffset < record.pBlocks[position.iBlock].nUsed;
-                       });
-}
+// ---- Texts ----
 
 // Gives every block its memory, over the addresses that came with the image.
-bool allocTexts(Image *pImage) {
-    NamesManager *pRecord = &pImage->record;
+bool allocTexts(LoadedManager *pLoaded) {
+    NamesManager *pRecord = &pLoaded->record;
     for (int32_t b = 0; b < pRecord->nBlocks; ++b) {
-        NameStorageBlock *pBlock = &pRecord->pBlocks[b];
-        pBlock->pData = static_cast<char *>(
-            HostMem_Alloc(static_cast<uint64_t>(pBlock->nSize), kSourceTag, __LINE__));
-        if (pBlock->pData == nullptr) { return false; }
-        ++pImage->nBlocksWithText;
+        const uint64_t nBytes = static_cast<uint64_t>(pRecord->pBlocks[b].nSize);
+        pRecord->pBlocks[b].pData =
+            static_cast<char *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+        if (pRecord->pBlocks[b].pData == nullptr) { return false; }
+        ++pLoaded->nBlocksWithText;
     }
     return true;
 }
 
-bool readTexts(Reader *pReader, const NamesManager &record) {
+bool readTexts(ImageReader *pReader, const NamesManager &record) {
     for (int32_t b = 0; b < record.nBlocks; ++b) {
-        read(pReader, record.pBlocks[b].pData, static_cast<uint64_t>(record.pBlocks[b].nUsed));
+        readBytes(pReader, record.pBlocks[b].pData, static_cast<uint64_t>(record.pBlocks[b].nUsed));
     }
     return pReader->nStatus == 0;
 }
 
-// What the names claim of one block.
+// What of one block names have claimed.
 struct BlockClaims {
     uint64_t iFirstBit;  // the block's first byte in the bits that stand for claimed bytes
     int32_t nNames;
@@ -167,8 +163,8 @@ struct Claims {
 };
 
 void freeClaims(Claims *pClaims) {
-    HostMem_Free(pClaims->pBlocks, kSourceTag, __LINE__);
-    HostMem_Free(pClaims->pBits, kSourceTag, __LINE__);
+    freeMemory(pClaims->pBlocks);
+    freeMemory(pClaims->pBits);
 }
 
 // Memory in proportion to what the image delivered.
@@ -191,58 +187,63 @@ bool allocClaims(const NamesManager &record, Claims *pClaims) {
     return true;
 }
 
-// Claims text for names; false if some of it has been claimed before.
+// Claims nBytes bytes of text, at least one, for names. False if one has been claimed before.
 bool claimText(Claims *pClaims, int32_t iBlock, int32_t nOffset, int32_t nBytes, int32_t nNames) {
-    pClaims->pBlocks[iBlock].nNames += nNames;
-    uint64_t iBit = pClaims->pBlocks[iBlock].iFirstBit + static_cast<uint64_t>(nOffset);
-    const uint64_t iEnd = iBit + static_cast<uint64_t>(nBytes);
-    while (iBit < iEnd) {
-        const uint64_t nTake = std::min<uint64_t>(iEnd - iBit, 64 - iBit % 64);
-        const uint64_t nMask = (~uint64_t{0} >> (64 - nTake)) << (iBit % 64);
-        if ((pClaims->pBits[iBit / 64] & nMask) != 0) { return false; }
-        pClaims->pBits[iBit / 64] |= nMask;
-        iBit += nTake;
+    BlockClaims *pBlock = &pClaims->pBlocks[iBlock];
+    pBlock->nNames += nNames;
+    const uint64_t iFirst = pBlock->iFirstBit + static_cast<uint64_t>(nOffset);
+    const uint64_t iLast = iFirst + static_cast<uint64_t>(nBytes) - 1;
+    uint64_t nMask = ~uint64_t{0} << (iFirst % 64);
+    for (uint64_t *pBits = pClaims->pBits + iFirst / 64; pBits <= pClaims->pBits + iLast / 64;
+         ++pBits) {
+        if (pBits == pClaims->pBits + iLast / 64) { nMask &= ~uint64_t{0} >> (63 - iLast % 64); }
+        if ((*pBits & nMask) != 0) { return false; }
+        *pBits |= nMask;
+        nMask = ~uint64_t{0};
     }
     return true;
 }
 
-// Tells whether exactly nNames names, none of them ending in a blank, fill the nBytes bytes at
-// pText.
-bool areSoundTexts(const char *pText, int32_t nBytes, int32_t nNames) {
+// Says whether exactly nNames names, none of them ending in a blank, fill the text.
+bool areSoundTexts(const TextSpan &text, int32_t nNames) {
     int32_t nFound = 0;
     uint64_t nBlankBefore = 0;  // bit 0: the window before ended in a blank
-    for (const char *p = pText; p < pText + nBytes; p += kWindowBytes) {
-        const uint64_t nNuls = matchWindow(p, pText + nBytes, 0);
-        const uint64_t nBlanks = matchWindow(p, pText + nBytes, ' ');
+    for (const char *p = text.pText; p < text.pEnd; p += kWindowBytes) {
+        const uint64_t nNuls = matchWindow(p, text, 0);
+        const uint64_t nBlanks = matchWindow(p, text, ' ');
         if ((nNuls & (nBlanks << 1 | nBlankBefore)) != 0) { return false; }
         nBlankBefore = nBlanks >> 63;
         nFound += countBits(nNuls);
     }
-    return nFound == nNames && pText[nBytes - 1] == 0;
+    return nFound == nNames && text.pEnd[-1] == 0;
 }
 
-bool claimSegments(const NamesManager &record, Claims *pClaims) {
-    return std::all_of(record.pSegments, record.pSegments + record.nSegments,
-                       [&record, pClaims](const NameSegment &segment) {
-                           return areSoundTexts(textAt(&record, segment.iBlock, segment.nOffset),
-                                                segment.nBytes, namesIn(segment)) &&
-                                  claimText(pClaims, segment.iBlock, segment.nOffset,
-                                            segment.nBytes, namesIn(segment));
-                       });
+bool claimSegment(const NamesManager &record, const NameSegment &segment, Claims *pClaims) {
+    const int32_t nNames = namesIn(segment);
+    return areSoundTexts(textOf(&record, segment), nNames) &&
+           claimText(pClaims, segment.iBlock, segment.nOffset, segment.nBytes, nNames);
 }
 
-bool claimPositions(const NamesManager &record, Claims *pClaims) {
-    return std::all_of(record.pPositions, record.pPositions + record.nNames,
-                       [&record, pClaims](const NamePosition &position) {
-                           const char *pText = textAt(&record, position.iBlock, position.nOffset);
-                           const size_t nRest = static_cast<size_t>(
-                               record.pBlocks[position.iBlock].nUsed - position.nOffset);
-                           const char *pEnd =
-                               static_cast<const char *>(std::memchr(pText, 0, nRest));
-                           return pEnd != nullptr && (pEnd == pText || pEnd[-1] != ' ') &&
-                                  claimText(pClaims, position.iBlock, position.nOffset,
-                                            static_cast<int32_t>(pEnd - pText) + 1, 1);
-                       });
+bool claimPosition(const NamesManager &record, const NamePosition &position, Claims *pClaims) {
+    const char *pText = textAt(&record, position.iBlock, position.nOffset);
+    const int32_t nRest = record.pBlocks[position.iBlock].nUsed - position.nOffset;
+    const void *pNul = std::memchr(pText, 0, static_cast<size_t>(nRest));
+    if (pNul == nullptr) { return false; }
+    const int32_t nLength = static_cast<int32_t>(static_cast<const char *>(pNul) - pText);
+    return (nLength == 0 || pText[nLength - 1] != ' ') &&
+           claimText(pClaims, position.iBlock, position.nOffset, nLength + 1, 1);
+}
+
+// Not inlined, so that its loops have the registers to themselves.
+[[gnu::noinline]] bool claimNames(const NamesManager &record, Claims *pClaims) {
+    bool bSound = true;
+    for (int32_t s = 0; bSound && s < record.nSegments; ++s) {
+        bSound = claimSegment(record, record.pSegments[s], pClaims);
+    }
+    for (int32_t i = 0; bSound && record.pPositions != nullptr && i < record.nNames; ++i) {
+        bSound = claimPosition(record, record.pPositions[i], pClaims);
+    }
+    return bSound;
 }
 
 // Every name ends inside its block, no two overlap, and every block holds as many as it says.
@@ -250,8 +251,7 @@ bool claimPositions(const NamesManager &record, Claims *pClaims) {
 bool areSoundNames(const NamesManager &record) {
     Claims claims;
     if (!allocClaims(record, &claims)) { return false; }
-    bool bSound = record.pSegments != nullptr ? claimSegments(record, &claims)
-                                              : claimPositions(record, &claims);
+    bool bSound = claimNames(record, &claims);
     for (int32_t b = 0; bSound && b < record.nBlocks; ++b) {
         bSound = claims.pBlocks[b].nNames == record.pBlocks[b].nNamesInBlock;
     }
@@ -259,55 +259,51 @@ bool areSoundNames(const NamesManager &record) {
     return bSound;
 }
 
-bool readCursor(Reader *pReader, NamesManager *pRecord) {
-    int32_t aCursor[kCursorNumbers] = {0, 0, 0, 0, 0};
-    read(pReader, aCursor, sizeof aCursor);
-    pRecord->iCursorName = aCursor[0];
-    pRecord->iCursorSegment = aCursor[1];
-    pRecord->iCursorBlock = aCursor[2];
-    pRecord->nCursorOffset = aCursor[3];
-    pRecord->nCursorMisses = aCursor[4];
-    return pReader->nStatus == 0;
+// ---- The whole image ----
+
+bool readCursor(ImageReader *pReader, NamesManager *pRecord) {
+    ImageCursor cursor = {};
+    const bool bRead = readBytes(pReader, &cursor, sizeof cursor);
+    pRecord->iCursorName = cursor.iName;
+    pRecord->iCursorSegment = cursor.iSegment;
+    pRecord->iCursorBlock = cursor.iBlock;
+    pRecord->nCursorOffset = cursor.nOffset;
+    pRecord->nCursorMisses = cursor.nMisses;
+    return bRead;
 }
 
-// A cursor that is set points exactly at its name; its companions are stale, and free, while it is
+// A cursor that is set points exactly at its name, where the audit is content with its segment's
+// names and its block's used bytes; what it consists of besides is stale, and free, while it is
 // not.
-bool isSoundCursor(NamesManager *pRecord) {
-    const int32_t iName = pRecord->iCursorName;
-    if (pRecord->nCursorMisses < 0 || iName < -1) { return false; }
-    if (iName == -1) { return true; }
-    if (pRecord->pSegments == nullptr || iName >= pRecord->nNames) { return false; }
-    pRecord->iCursorName = -1;  // so that the name is looked for, not taken from the cursor
-    const NameLocation location = locateName(pRecord, iName);
-    pRecord->iCursorName = iName;
-    return pRecord->iCursorSegment == location.iSegment &&
-           pRecord->iCursorBlock == pRecord->pSegments[location.iSegment].iBlock &&
-           pRecord->nCursorOffset == location.nOffset;
+bool isSoundCursor(const NamesManager &record) {
+    if (record.nCursorMisses < 0 || record.iCursorName < -1) { return false; }
+    if (record.iCursorName == -1) { return true; }
+    if (record.pSegments == nullptr || record.iCursorName >= record.nNames) { return false; }
+    const NameLocation location = searchName(&record, record.iCursorName);
+    return record.iCursorSegment == location.iSegment &&
+           record.iCursorBlock == record.pSegments[location.iSegment].iBlock &&
+           record.nCursorOffset == location.nOffset;
 }
 
 // Reads what follows nNames. False if a read failed, the image is not sound or memory ran out.
-bool readImage(Reader *pReader, Image *pImage) {
-    NamesManager *pRecord = &pImage->record;
+bool readImage(ImageReader *pReader, LoadedManager *pLoaded) {
+    NamesManager *pRecord = &pLoaded->record;
     return readHeader(pReader, pRecord) && isSoundHeader(*pRecord) && allocTables(pRecord) &&
-           readTables(pReader, pRecord) && areSoundBlocks(*pRecord) &&
-           (pRecord->pSegments != nullptr ? areSoundSegments(*pRecord)
-                                          : areSoundPositions(*pRecord)) &&
-           allocTexts(pImage) && readTexts(pReader, *pRecord) && areSoundNames(*pRecord) &&
-           readCursor(pReader, pRecord) && isSoundCursor(pRecord);
+           readTables(pReader, pRecord) && areSoundTables(*pRecord) && allocTexts(pLoaded) &&
+           readTexts(pReader, *pRecord) && areSoundNames(*pRecord) &&
+           readCursor(pReader, pRecord) && isSoundCursor(*pRecord);
 }
 
-void freeTables(NamesManager *pRecord, int32_t nBlocksWithText) {
-    for (int32_t b = 0; b < nBlocksWithText; ++b) {
-        HostMem_Free(pRecord->pBlocks[b].pData, kSourceTag, __LINE__);
-    }
-    HostMem_Free(pRecord->pBlocks, kSourceTag, __LINE__);
-    HostMem_Free(pRecord->pSegments, kSourceTag, __LINE__);
-    HostMem_Free(pRecord->pPositions, kSourceTag, __LINE__);
+void freeTables(const NamesManager &record, int32_t nBlocksWithText) {
+    for (int32_t b = 0; b < nBlocksWithText; ++b) { freeMemory(record.pBlocks[b].pData); }
+    freeMemory(record.pBlocks);
+    freeMemory(record.pSegments);
+    freeMemory(record.pPositions);
 }
 
-// Puts a sound image in place of what a cleared manager holds.
-void takeOver(NamesManager *mgr, const NamesManager &record) {
-    freeTables(mgr, mgr->nBlocks);
+// Puts what has been loaded in place of what a cleared manager holds.
+void installLoaded(NamesManager *mgr, const NamesManager &record) {
+    freeTables(*mgr, mgr->nBlocks);
     mgr->nNames = record.nNames;
     std::memcpy(mgr->szNameFormat, record.szNameFormat, sizeof mgr->szNameFormat);
     mgr->nGeneratedNameBase = record.nGeneratedNameBase;
@@ -328,19 +324,20 @@ void takeOver(NamesManager *mgr, const NamesManager &record) {
     mgr->nPositionsAlloc = record.nPositionsAlloc;
 }
 
-int32_t load(NamesManager *mgr, HostInputStream *pStream) {
+int32_t loadImage(NamesManager *mgr, HostInputStream *pStream) {
     if (!clearAll(mgr)) { return kRefused; }
-    Image image;
-    std::memset(&image, 0, sizeof image);
-    Reader reader = {pStream, 0};
-    if (!readNumber(&reader, &image.record.nNames) || image.record.nNames == -1) {
+    LoadedManager loaded;
+    std::memset(&loaded, 0, sizeof loaded);
+    loaded.record.iCursorName = -1;
+    ImageReader reader = {pStream, 0};
+    if (!readNumber(&reader, &loaded.record.nNames) || loaded.record.nNames == -1) {
         return reader.nStatus;
     }
-    if (!readImage(&reader, &image)) {
-        freeTables(&image.record, image.nBlocksWithText);
+    if (!readImage(&reader, &loaded)) {
+        freeTables(loaded.record, loaded.nBlocksWithText);
         return reader.nStatus != 0 ? reader.nStatus : kRefused;
     }
-    takeOver(mgr, image.record);
+    installLoaded(mgr, loaded.record);
     return 0;
 }
 
@@ -353,5 +350,5 @@ using namespace names;
 int32_t NamesManager_Load(NamesManager *mgr, void *reserved, HostInputStream *stream) {
     static_cast<void>(reserved);
     ScopedLock lock(mgr);
-    return load(mgr, stream);
+    return loadImage(mgr, stream);
 }

@@ -1,5 +1,9 @@
 // Finding indices by name: in the hash index, or by the scan that stands in for it when it cannot
 // be built.
+//
+// No stored name ends in a blank. In an index a NUL-terminated name is therefore looked up as it
+// was given, and only if it is not found and does end in a blank once more without: most names are
+// never measured.
 #include "names/lookup.hpp"
 
 #include <algorithm>
@@ -20,111 +24,91 @@ int32_t scanForText(NamesManager *mgr, const char *szText) {
     return -1;
 }
 
-bool endsInBlank(const char *szText) {
-    const size_t nLength = std::strlen(szText);
-    return nLength > 0 && szText[nLength - 1] == ' ';
-}
-
-// What of a name given with nWidth counts in a lookup.
-struct SoughtText {
-    size_t nLength;
-    bool bAsGiven;  // it is NUL-terminated there and needs no trimming
-};
-
-SoughtText soughtText(const char *pName, int32_t nWidth) {
-    const size_t nGiven =
-        nWidth < 0 ? std::strlen(pName) : strnlen(pName, static_cast<size_t>(nWidth));
-    const bool bTerminated = nWidth < 0 || nGiven < static_cast<size_t>(nWidth);
-    const size_t nLength = nWidth < -1 ? nGiven : trimmedLength(pName, nGiven);
-    return {nLength, bTerminated && nLength == nGiven};
-}
-
-// NUL-terminated, the name itself where it can be; NULL without memory for a copy in the buffer.
-const char *lookupText(const char *pName, SoughtText sought, TextBuffer *pBuffer) {
-    if (sought.bAsGiven) { return pName; }
-    char *pText = roomFor(pBuffer, sought.nLength + 1);
-    if (pText != nullptr) { copyText(pText, pName, static_cast<int32_t>(sought.nLength)); }
-    return pText;
+// Looks texts up, -1 for NULL. Without an index there must be one, not NULL.
+void findInIndex(NamesManager *mgr, NameLookupIndex *pIndex, const char *const *ppTexts,
+                 int32_t nTexts, int32_t *pFound) {
+    if (nTexts > 1) {
+        findKeys(pIndex, ppTexts, nTexts, pFound);
+    } else {
+        *pFound =
+            pIndex != nullptr ? HostHashMap_Find(pIndex, *ppTexts) : scanForText(mgr, *ppTexts);
+    }
 }
 
 }  // namespace
 
 int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound) {
-    if (ppTexts[0] == nullptr) {
+    if (*ppTexts == nullptr) {  // no reason to build an index
         *pFound = -1;
         return 1;
     }
     NameLookupIndex *pIndex = currentIndex(mgr);
-    if (nTexts == 1 || !isIndexCurrent(mgr)) {
-        *pFound =
-            pIndex != nullptr ? HostHashMap_Find(pIndex, ppTexts[0]) : scanForText(mgr, ppTexts[0]);
-        return 1;
-    }
-    findKeys(pIndex, ppTexts, nTexts, pFound);
-    return nTexts;
+    const int32_t nChunk = isIndexCurrent(mgr) ? nTexts : 1;
+    findInIndex(mgr, pIndex, ppTexts, nChunk, pFound);
+    return nChunk;
 }
 
 namespace {
 
-int32_t inBase(int32_t iFound, int32_t bOneBased) {
-    return iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
+// What of a name given with nWidth counts in a lookup.
+struct SoughtText {
+    bool bAsGiven;   // it is NUL-terminated there and needs no trimming
+    size_t nLength;  // else
+};
+
+SoughtText soughtText(const char *pName, int32_t nWidth) {
+    if (nWidth < -1) { return {true, 0}; }
+    const size_t nGiven =
+        nWidth < 0 ? std::strlen(pName) : strnlen(pName, static_cast<size_t>(nWidth));
+    const bool bTerminated = nWidth < 0 || nGiven < static_cast<size_t>(nWidth);
+    const size_t nLength = trimmedLength(pName, nGiven);
+    return {bTerminated && nLength == nGiven, nLength};
 }
 
-// Finds a name given with nWidth, in the index where there is one; false without memory. No stored
-// name ends in a blank, so a terminated name that the index holds as it was given needed no
-// trimming: most names are not measured at all.
-bool findName(NamesManager *mgr, NameLookupIndex *pIndex, const char *pName, int32_t nWidth,
-              TextBuffer *pBuffer, int32_t *piFound) {
-    if (pIndex != nullptr && nWidth < 0) {
-        *piFound = HostHashMap_Find(pIndex, pName);
-        if (*piFound >= 0) { return true; }
-    }
-    const char *szText = lookupText(pName, soughtText(pName, nWidth), pBuffer);
-    if (szText == nullptr) { return false; }
-    if (pIndex == nullptr) {
-        *piFound = scanForText(mgr, szText);
-    } else if (nWidth >= 0 || szText != pName) {
-        *piFound = HostHashMap_Find(pIndex, szText);
-    }
+constexpr int32_t kChunkNames = 32;
+
+// A list of names given with nWidth, looked up in chunks.
+struct NameLookup {
+    NamesManager *mgr;
+    NameLookupIndex *pIndex;  // NULL: by scans, one for each name
+    int32_t nWidth;
+    TextBuffer buffer;
+};
+
+// Finds a name too long to be looked up together with others, which share the buffer. False without
+// memory.
+bool findLong(NameLookup *pLookup, const char *pName, size_t nLength, int32_t *piFound) {
+    char *pText = roomFor(&pLookup->buffer, nLength + 1);
+    if (pText == nullptr) { return false; }
+    copyText(pText, pName, static_cast<int32_t>(nLength));
+    findInIndex(pLookup->mgr, pLookup->pIndex, &pText, 1, piFound);
     return true;
 }
 
-[[gnu::noinline]] int32_t findOne(NamesManager *mgr, const char *pName) {
-    TextBuffer buffer;
-    int32_t iFound = -1;
-    static_cast<void>(findName(mgr, currentIndex(mgr), pName, -1, &buffer, &iFound));
-    return iFound;
-}
-
-constexpr int32_t kFoundAtOnce = 32;
-
-// Finds those of the names that cannot be looked up as they were given, or were not found so;
-// aFound[k] is -1 for these. Short texts are looked up together, a long one shares the buffer with
-// the others. False without memory.
-bool findTrimmed(NameLookupIndex *pIndex, const char *const *ppNames, int32_t nNames,
-                 int32_t nWidth, TextBuffer *pBuffer, int32_t *aFound) {
-    const char *apTexts[kFoundAtOnce];
-    char aCopies[kFoundAtOnce][kLocalTextBytes];
+// Finds those of the names that have not been found as they were given: aFound[k] is -1 for these.
+// bTried: all have been looked up so. False without memory.
+bool findTrimmed(NameLookup *pLookup, const char *const *ppNames, int32_t nNames, bool bTried,
+                 int32_t *aFound) {
+    const char *apTexts[kChunkNames];
+    char aCopies[kChunkNames][kLocalTextBytes];
     bool bAny = false;
     for (int32_t k = 0; k < nNames; ++k) {
         apTexts[k] = nullptr;
         if (aFound[k] >= 0) { continue; }
-        const SoughtText sought = soughtText(ppNames[k], nWidth);
+        const SoughtText sought = soughtText(ppNames[k], pLookup->nWidth);
         if (sought.bAsGiven) {
-            apTexts[k] = nWidth >= 0 ? ppNames[k] : nullptr;
+            apTexts[k] = bTried ? nullptr : ppNames[k];
         } else if (sought.nLength < kLocalTextBytes) {
             copyText(aCopies[k], ppNames[k], static_cast<int32_t>(sought.nLength));
             apTexts[k] = aCopies[k];
-        } else {
-            const char *szText = lookupText(ppNames[k], sought, pBuffer);
-            if (szText == nullptr) { return false; }
-            aFound[k] = HostHashMap_Find(pIndex, szText);
+        } else if (!findLong(pLookup, ppNames[k], sought.nLength, &aFound[k])) {
+            return false;
         }
         bAny = bAny || apTexts[k] != nullptr;
     }
     if (bAny) {
-        int32_t aTrimmed[kFoundAtOnce];
-        findKeys(pIndex, apTexts, nNames, aTrimmed);
+        int32_t aTrimmed[kChunkNames];
+        findInIndex(pLookup->mgr, pLookup->pIndex, apTexts, nNames, aTrimmed);
         for (int32_t k = 0; k < nNames; ++k) {
             aFound[k] = apTexts[k] != nullptr ? aTrimmed[k] : aFound[k];
         }
@@ -132,39 +116,56 @@ bool findTrimmed(NameLookupIndex *pIndex, const char *const *ppNames, int32_t nN
     return true;
 }
 
-// findName for up to kFoundAtOnce names.
-bool findSome(NamesManager *mgr, NameLookupIndex *pIndex, const char *const *ppNames,
-              int32_t nNames, int32_t nWidth, TextBuffer *pBuffer, int32_t *aFound) {
-    if (pIndex == nullptr || nNames == 1) {
-        for (int32_t k = 0; k < nNames; ++k) {
-            if (!findName(mgr, pIndex, ppNames[k], nWidth, pBuffer, &aFound[k])) { return false; }
-        }
-        return true;
-    }
-    if (nWidth < 0) {
-        findKeys(pIndex, ppNames, nNames, aFound);
-    } else {
+// Finds up to kChunkNames names, one where there is no index. False without memory.
+bool findTogether(NameLookup *pLookup, const char *const *ppNames, int32_t nNames,
+                  int32_t *aFound) {
+    const bool bAsGiven = pLookup->pIndex != nullptr && pLookup->nWidth < 0;
+    if (!bAsGiven) {
         std::fill_n(aFound, nNames, -1);
+        return findTrimmed(pLookup, ppNames, nNames, false, aFound);
     }
-    return nWidth < -1 || findTrimmed(pIndex, ppNames, nNames, nWidth, pBuffer, aFound);
+    findInIndex(pLookup->mgr, pLookup->pIndex, ppNames, nNames, aFound);
+    const bool bAll = std::none_of(aFound, aFound + nNames, [](int32_t i) { return i < 0; });
+    return bAll || findTrimmed(pLookup, ppNames, nNames, true, aFound);
 }
 
+int32_t inBase(int32_t iFound, int32_t bOneBased) {
+    return iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
+}
+
+// NamesManager_FindNames.
 int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth,
                   int32_t bOneBased, int32_t *pIndices) {
-    TextBuffer buffer;
-    NameLookupIndex *pIndex = currentIndex(mgr);
-    for (int32_t first = 0; first < nCount;) {
-        int32_t aFound[kFoundAtOnce];
-        const int32_t nNames = std::min(nCount - first, kFoundAtOnce);
-        const bool bDone = findSome(mgr, pIndex, ppNames + first, nNames, nWidth, &buffer, aFound);
-        if (!bDone && pIndices != nullptr) { std::fill_n(pIndices, nCount, -1); }
-        if (!bDone) { return 1; }
-        for (int32_t k = 0; pIndices != nullptr && k < nNames; ++k) {
-            pIndices[first + k] = inBase(aFound[k], bOneBased);
+    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
+    const int32_t nAtOnce = lookup.pIndex != nullptr ? kChunkNames : 1;
+    for (int32_t nDone = 0; nDone < nCount;) {
+        int32_t aFound[kChunkNames];
+        const int32_t nNames = std::min(nCount - nDone, nAtOnce);
+        if (!findTogether(&lookup, ppNames + nDone, nNames, aFound)) {
+            if (pIndices != nullptr) { std::fill_n(pIndices, nCount, -1); }
+            return 1;
         }
-        first += nNames;
+        for (int32_t k = 0; pIndices != nullptr && k < nNames; ++k) {
+            pIndices[nDone + k] = inBase(aFound[k], bOneBased);
+        }
+        nDone += nNames;
     }
     return 0;
+}
+
+// Finds one name. bTried: it is not in a current index as it was given.
+[[gnu::noinline]] int32_t findOne(NamesManager *mgr, const char *pName, int32_t nWidth,
+                                  bool bTried) {
+    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
+    int32_t iFound = -1;
+    static_cast<void>(bTried ? findTrimmed(&lookup, &pName, 1, true, &iFound)
+                             : findTogether(&lookup, &pName, 1, &iFound));
+    return iFound;
+}
+
+bool endsInBlank(const char *szText) {
+    const size_t nLength = std::strlen(szText);
+    return nLength > 0 && szText[nLength - 1] == ' ';
 }
 
 }  // namespace
@@ -179,21 +180,22 @@ int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, in
     return findNames(mgr, ppNames, nCount, nWidth, bOneBased, pIndices);
 }
 
-// The usual cases, a hit and a miss in a current index, take few instructions, so that the cache
-// misses of neighbouring calls overlap.
+// A hit, and a miss of a name that needs no trimming, take few instructions in a current index, so
+// that the cache misses of neighbouring calls overlap.
 int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneBased) {
     ScopedLock lock(mgr);
     const bool bIndexed = isIndexCurrent(mgr);
-    int32_t iFound = bIndexed ? HostHashMap_Find(mgr->pLookupIndex, name) : -1;
-    if (iFound < 0 && (!bIndexed || endsInBlank(name))) { iFound = findOne(mgr, name); }
-    return inBase(iFound, bOneBased);
+    if (bIndexed) {
+        const int32_t iFound = HostHashMap_Find(mgr->pLookupIndex, name);
+        if (iFound >= 0 || !endsInBlank(name)) { return inBase(iFound, bOneBased); }
+    }
+    return inBase(findOne(mgr, name, -1, bIndexed), bOneBased);
 }
 
 int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_t nWidth,
                                      int32_t bOneBased) {
-    int32_t iFound = -1;
-    static_cast<void>(NamesManager_FindNames(mgr, &name, 1, nWidth, bOneBased, &iFound));
-    return iFound;
+    ScopedLock lock(mgr);
+    return inBase(findOne(mgr, name, nWidth, false), bOneBased);
 }
 
 int32_t NamesManager_FindNameList(NamesManager *mgr, const char *const *ppNames, int32_t nCount,

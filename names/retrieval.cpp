@@ -4,13 +4,9 @@
 #include "names/generating.hpp"
 #include "names/storage/longest.hpp"
 #include "names/storage/positions.hpp"
-#include "names/storage/text_walk.hpp"
 
 namespace names {
 
-// What every retrieval of at least one name leaves behind: the cursor at the name that follows, and
-// the miss counter. Too many misses in a row switch to positions instead; if that fails, the cursor
-// stays where it was and the next miss tries again. reader has read its range to the end.
 void finishRetrieval(NamesManager *mgr, const NameReader &reader) {
     if (mgr->pSegments == nullptr) { return; }
     if (!reader.location.bSearched) {
@@ -36,8 +32,8 @@ void finishRetrieval(NamesManager *mgr, const NameReader &reader) {
 
 namespace {
 
-// The name at the cursor, with what finishRetrieval would leave behind: the step that sequential
-// readers take for almost every name.
+// Reads the name at the cursor and moves the cursor on as finishRetrieval would: the step that
+// sequential readers take for almost every name.
 const char *readAtCursor(NamesManager *mgr) {
     const NameStorageBlock &block = mgr->pBlocks[mgr->iCursorBlock];
     const char *pText = block.pData + mgr->nCursorOffset;
@@ -59,10 +55,7 @@ int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
     }
     if (ppNames == nullptr || range.first > range.last) { return 0; }
     NameReader reader = startReading(mgr, range);
-    for (int32_t n = readNames(&reader, ppNames, nullptr); n > 0;
-         n = readNames(&reader, ppNames, nullptr)) {
-        ppNames += n;
-    }
+    while (const int32_t nNames = readNames(&reader, ppNames, nullptr)) { ppNames += nNames; }
     finishRetrieval(mgr, reader);
     return 0;
 }
@@ -96,8 +89,8 @@ int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t l
 
 // The usual cases take few instructions, so that the cache misses of neighbouring calls overlap.
 const char *NamesManager_GetName(NamesManager *mgr, int32_t index, int32_t bOneBased) {
-    const uint32_t i = static_cast<uint32_t>(index) -
-                       (bOneBased != 0 ? 1U : 0U);  // an index below 0 becomes a huge one
+    // An index below 0 becomes a huge one.
+    const uint32_t i = static_cast<uint32_t>(index) - (bOneBased != 0 ? 1U : 0U);
     ScopedLock lock(mgr);
     if (i < static_cast<uint32_t>(mgr->nNames)) {
         if (mgr->pPositions != nullptr) {

@@ -6,13 +6,16 @@
 
 namespace names {
 
-int32_t getPointers(NamesManager *mgr, IndexRange range,
-                    const char **ppNames);             // as NamesManager_GetNamePointers
-const char *getOne(NamesManager *mgr, int32_t index);  // as NamesManager_GetName, 0-based
+// NamesManager_GetNamePointers for a range that has been checked.
+int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames);
 
-// What every retrieval of at least one name leaves: the cursor at the name that follows, and the
-// miss counter. Too many misses in a row switch to positions instead; if that fails, the cursor
-// stays where it was and the next miss tries again. reader has read its range to the end.
+// NamesManager_GetName for a 0-based index.
+const char *getOne(NamesManager *mgr, int32_t index);
+
+// Does what every retrieval of at least one name ends with: moves the cursor to the name that
+// follows, and counts a miss where the first name had to be searched for. Too many misses in a row
+// switch to positions instead; if that fails, the cursor stays where it was and the next miss tries
+// again. reader has read its range to the end.
 void finishRetrieval(NamesManager *mgr, const NameReader &reader);
 
 }  // namespace names

@@ -1,4 +1,4 @@
-// Saving a manager's exact image.
+// Saving a manager as an image.
 #include "names/image.hpp"
 
 namespace names {
@@ -6,63 +6,62 @@ namespace names {
 namespace {
 
 // Writes until a write fails.
-struct Writer {
+struct ImageWriter {
     HostOutputStream *pStream;
     int32_t nStatus;
 };
 
-void write(Writer *pWriter, const void *pData, uint64_t nBytes) {
+void writeBytes(ImageWriter *pWriter, const void *pData, uint64_t nBytes) {
     if (pWriter->nStatus == 0) {
         pWriter->nStatus = HostStream_Write(pWriter->pStream, pData, nBytes);
     }
 }
 
-void writeNumber(Writer *pWriter, int32_t nNumber) {
-    write(pWriter, &nNumber, sizeof nNumber);
+void writeNumber(ImageWriter *pWriter, int32_t nNumber) {
+    writeBytes(pWriter, &nNumber, sizeof nNumber);
 }
 
-// No address leaves the process, and equal managers save equal bytes, unless there is no memory to
-// put that table together.
-void writeBlockTable(Writer *pWriter, const NamesManager *mgr) {
+// Writes the table without addresses, so that none leaves the process and equal managers have equal
+// images, or with them where there is no memory for a copy.
+void writeBlockTable(ImageWriter *pWriter, const NamesManager *mgr) {
     const uint64_t nBytes = tableBytes(mgr->nBlocks, sizeof(ImageBlock));
     ImageBlock *pTable = static_cast<ImageBlock *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
     if (pTable == nullptr) {
-        write(pWriter, mgr->pBlocks, nBytes);
+        writeBytes(pWriter, mgr->pBlocks, nBytes);
         return;
     }
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        pTable[b] = {0, mgr->pBlocks[b].nSize, mgr->pBlocks[b].nUsed, mgr->pBlocks[b].nNamesInBlock,
-                     0};
+        const NameStorageBlock &block = mgr->pBlocks[b];
+        pTable[b] = {0, block.nSize, block.nUsed, block.nNamesInBlock, 0};
     }
-    write(pWriter, pTable, nBytes);
-    HostMem_Free(pTable, kSourceTag, __LINE__);
+    writeBytes(pWriter, pTable, nBytes);
+    freeMemory(pTable);
 }
 
-int32_t save(const NamesManager *mgr, HostOutputStream *pStream) {
-    Writer writer = {pStream, 0};
+int32_t saveImage(const NamesManager *mgr, HostOutputStream *pStream) {
+    ImageWriter writer = {pStream, 0};
     writeNumber(&writer, mgr->nNames);
     writeNumber(&writer, mgr->nBlocks);
     writeNumber(&writer, mgr->nBlocksAlloc);
     writeNumber(&writer, mgr->nSegments);
     writeNumber(&writer, mgr->nSegmentsAlloc);
     writeNumber(&writer, mgr->nPositionsAlloc);
-    write(&writer, mgr->szNameFormat, sizeof mgr->szNameFormat);
+    writeBytes(&writer, mgr->szNameFormat, sizeof mgr->szNameFormat);
     writeNumber(&writer, mgr->nGeneratedNameBase);
-    write(&writer, mgr->szFirstGeneratedName, sizeof mgr->szFirstGeneratedName);
+    writeBytes(&writer, mgr->szFirstGeneratedName, sizeof mgr->szFirstGeneratedName);
     writeBlockTable(&writer, mgr);
     if (mgr->nSegments > 0) {
-        write(&writer, mgr->pSegments, tableBytes(mgr->nSegments, sizeof(NameSegment)));
+        writeBytes(&writer, mgr->pSegments, tableBytes(mgr->nSegments, sizeof(NameSegment)));
     }
     if (mgr->pPositions != nullptr && mgr->nNames > 0) {
-        write(&writer, mgr->pPositions, tableBytes(mgr->nNames, sizeof(NamePosition)));
+        writeBytes(&writer, mgr->pPositions, tableBytes(mgr->nNames, sizeof(NamePosition)));
     }
     for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        write(&writer, mgr->pBlocks[b].pData, static_cast<uint64_t>(mgr->pBlocks[b].nUsed));
+        writeBytes(&writer, mgr->pBlocks[b].pData, static_cast<uint64_t>(mgr->pBlocks[b].nUsed));
     }
-    const int32_t aCursor[kCursorNumbers] = {mgr->iCursorName, mgr->iCursorSegment,
-                                             mgr->iCursorBlock, mgr->nCursorOffset,
-                                             mgr->nCursorMisses};
-    write(&writer, aCursor, sizeof aCursor);
+    const ImageCursor cursor = {mgr->iCursorName, mgr->iCursorSegment, mgr->iCursorBlock,
+                                mgr->nCursorOffset, mgr->nCursorMisses};
+    writeBytes(&writer, &cursor, sizeof cursor);
     return writer.nStatus;
 }
 
@@ -79,5 +78,5 @@ int32_t NamesManager_Save(NamesManager *mgr, void *reserved, HostOutputStream *s
         return HostStream_Write(stream, &nNoManager, sizeof nNoManager);
     }
     ScopedLock lock(mgr);
-    return save(mgr, stream);
+    return saveImage(mgr, stream);
 }

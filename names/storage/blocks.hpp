@@ -4,6 +4,7 @@
 #define NAMES_STORAGE_BLOCKS_HPP
 
 #include "names/storage/record.hpp"
+#include "names/storage/text_walk.hpp"
 
 namespace names {
 
@@ -11,9 +12,10 @@ inline const char *textAt(const NamesManager *mgr, int32_t iBlock, int32_t nOffs
     return mgr->pBlocks[iBlock].pData + nOffset;
 }
 
-// The end of a block's memory, which reads of its text must not pass.
-inline const char *textLimit(const NamesManager *mgr, int32_t iBlock) {
-    return textAt(mgr, iBlock, mgr->pBlocks[iBlock].nSize);
+// The nBytes bytes of text at nOffset.
+inline TextSpan textSpan(const NamesManager *mgr, int32_t iBlock, int32_t nOffset, int32_t nBytes) {
+    const NameStorageBlock &block = mgr->pBlocks[iBlock];
+    return {block.pData + nOffset, block.pData + nOffset + nBytes, block.pData + block.nSize};
 }
 
 inline int64_t roomIn(const NameStorageBlock &block) {

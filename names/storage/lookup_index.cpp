@@ -57,9 +57,8 @@ void unindexNames(NamesManager *mgr, IndexRange range) {
     if (mgr->pLookupIndex == nullptr) { return; }
     const char *apNames[kMaxSegmentNames];
     NameReader reader = startReading(mgr, range);
-    for (int32_t n = readNames(&reader, apNames, nullptr); n > 0;
-         n = readNames(&reader, apNames, nullptr)) {
-        for (int32_t k = 0; k < n; ++k) { HostHashMap_Remove(mgr->pLookupIndex, apNames[k]); }
+    while (const int32_t nNames = readNames(&reader, apNames, nullptr)) {
+        for (int32_t k = 0; k < nNames; ++k) { HostHashMap_Remove(mgr->pLookupIndex, apNames[k]); }
     }
 }
 

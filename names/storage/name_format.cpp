@@ -7,7 +7,7 @@ namespace names {
 
 namespace {
 
-// A number in decimal digits up to 2147483647; the first character behind it, NULL if it is larger.
+// Reads a number in decimal digits up to 2147483647. Returns where it ends, NULL if it is larger.
 const char *parseNumber(const char *p, int64_t *pnNumber) {
     *pnNumber = 0;
     for (; *p >= '0' && *p <= '9'; ++p) {
@@ -30,7 +30,7 @@ const char *parseFlags(const char *p, NameFormat *pFormat) {
     }
 }
 
-// A conversion from behind its % on; the first character behind it, NULL if it is not acceptable.
+// Reads a conversion whose % lies before p. Returns where it ends, NULL if it is not acceptable.
 const char *parseConversion(const char *p, NameFormat *pFormat) {
     p = parseNumber(parseFlags(p, pFormat), &pFormat->nWidth);
     if (p != nullptr && *p == '.') { p = parseNumber(p + 1, &pFormat->nPrecision); }
@@ -43,7 +43,6 @@ char *lastDigit(PrintedNumber *pPrinted) {
     return pPrinted->aDigits + sizeof pPrinted->aDigits - 1;
 }
 
-// Digits are put at the end of aDigits.
 void printDecimal(uint32_t nNumber, PrintedNumber *pPrinted) {
     char *p = lastDigit(pPrinted);
     for (; nNumber > 9; nNumber /= 10) { *p-- = static_cast<char>('0' + nNumber % 10); }
@@ -51,7 +50,7 @@ void printDecimal(uint32_t nNumber, PrintedNumber *pPrinted) {
     pPrinted->nDigits = static_cast<int32_t>(lastDigit(pPrinted) - p) + 1;
 }
 
-// nBits: what each digit tells.
+// nBits: bits of the number for each digit.
 void printBits(uint32_t nNumber, uint32_t nBits, const char *pAlphabet, PrintedNumber *pPrinted) {
     char *p = lastDigit(pPrinted);
     const uint32_t nMask = (1U << nBits) - 1;
@@ -69,27 +68,29 @@ void printDigits(uint32_t nNumber, char cConversion, PrintedNumber *pPrinted) {
     }
 }
 
-// nNumber is at least 1, which spares the rules for 0 and for negative numbers.
-void printNumber(const NameFormat &format, int32_t nNumber, PrintedNumber *pPrinted) {
-    *pPrinted = {};
+void printSign(const NameFormat &format, PrintedNumber *pPrinted) {
     const char c = format.cConversion;
-    printDigits(static_cast<uint32_t>(nNumber), c, pPrinted);
     if (c == 'd' || c == 'i') {
         pPrinted->nSign = format.bPlus || format.bSpace ? 1 : 0;
         pPrinted->aSign[0] = format.bPlus ? '+' : ' ';
-    } else if (format.bAlternate && c != 'u' && c != 'o') {
+    } else if (format.bAlternate && (c == 'x' || c == 'X')) {
         pPrinted->nSign = 2;
         pPrinted->aSign[0] = '0';
         pPrinted->aSign[1] = c;
     }
-    pPrinted->nZeros = std::max<int64_t>(0, format.nPrecision - pPrinted->nDigits);
-    if (format.bAlternate && c == 'o') {
-        pPrinted->nZeros = std::max<int64_t>(pPrinted->nZeros, 1);
-    }
+}
+
+// nNumber is at least 1, which spares the rules for 0 and for negative numbers.
+void printNumber(const NameFormat &format, int32_t nNumber, PrintedNumber *pPrinted) {
+    *pPrinted = {};
+    printDigits(static_cast<uint32_t>(nNumber), format.cConversion, pPrinted);
+    printSign(format, pPrinted);
+    const int64_t nLeastZeros = format.bAlternate && format.cConversion == 'o' ? 1 : 0;
+    pPrinted->nZeros = std::max(nLeastZeros, format.nPrecision - pPrinted->nDigits);
     const int64_t nFill = std::max<int64_t>(0, format.nWidth - pPrinted->nSign - pPrinted->nZeros -
                                                    pPrinted->nDigits);
     if (format.bLeft) {
-        pPrinted->nBlanksBehind = nFill;
+        pPrinted->nBlanksAfter = nFill;
     } else if (format.bZeros && format.nPrecision < 0) {
         pPrinted->nZeros += nFill;
     } else {
@@ -111,13 +112,13 @@ char *putRepeated(char *p, char c, int64_t nCount) {
 
 }  // namespace
 
-// szFormat is NUL-terminated and shorter than kFormatBytes.
-bool parseFormat(const char *szFormat, NameFormat *pFormat) {
-    std::memset(pFormat, 0, sizeof *pFormat);
+bool parseNameFormat(const char *szFormat, NameFormat *pFormat) {
+    if (strnlen(szFormat, kFormatBytes) == kFormatBytes) { return false; }
+    *pFormat = {};
     pFormat->nPrecision = -1;
     const char *p = szFormat;
     while (p != nullptr && *p != 0) {
-        if (*p == '%' && p[1] != '%') {
+        if (*p == '%' && p[1] != '%') {  // the number, which may come once
             p = pFormat->cConversion == 0 ? parseConversion(p + 1, pFormat) : nullptr;
             continue;
         }
@@ -125,21 +126,26 @@ bool parseFormat(const char *szFormat, NameFormat *pFormat) {
         if (pFormat->cConversion == 0) {
             pFormat->aBefore[pFormat->nBefore++] = *p++;
         } else {
-            pFormat->aBehind[pFormat->nBehind++] = *p++;
+            pFormat->aAfter[pFormat->nAfter++] = *p++;
         }
     }
     return p != nullptr && pFormat->cConversion != 0;
+}
+
+bool isNameFormat(const char *szFormat) {
+    NameFormat format;
+    return parseNameFormat(szFormat, &format);
 }
 
 FormattedName formatName(const NameFormat &format, int32_t nNumber) {
     FormattedName name;
     PrintedNumber &number = name.number;
     printNumber(format, nNumber, &number);
-    name.nBehind =
-        static_cast<int32_t>(trimmedLength(format.aBehind, static_cast<uint64_t>(format.nBehind)));
-    if (name.nBehind == 0) { number.nBlanksBehind = 0; }
+    name.nAfter =
+        static_cast<int32_t>(trimmedLength(format.aAfter, static_cast<uint64_t>(format.nAfter)));
+    if (name.nAfter == 0) { number.nBlanksAfter = 0; }
     name.nLength = format.nBefore + number.nBlanksBefore + number.nSign + number.nZeros +
-                   number.nDigits + number.nBlanksBehind + name.nBehind;
+                   number.nDigits + number.nBlanksAfter + name.nAfter;
     return name;
 }
 
@@ -151,14 +157,9 @@ void writeName(const NameFormat &format, const FormattedName &name, char *p) {
     p = putRepeated(p, '0', number.nZeros);
     p = put(p, number.aDigits + sizeof number.aDigits - static_cast<size_t>(number.nDigits),
             number.nDigits);
-    p = putRepeated(p, ' ', number.nBlanksBehind);
-    p = put(p, format.aBehind, name.nBehind);
+    p = putRepeated(p, ' ', number.nBlanksAfter);
+    p = put(p, format.aAfter, name.nAfter);
     *p = 0;
-}
-
-bool isNameFormat(const char *szFormat) {
-    NameFormat format;
-    return strnlen(szFormat, kFormatBytes) < kFormatBytes && parseFormat(szFormat, &format);
 }
 
 }  // namespace names

@@ -11,10 +11,10 @@ constexpr int32_t kFormatBytes = sizeof NamesManager::szNameFormat;
 
 // A name format taken apart.
 struct NameFormat {
-    char aBefore[kFormatBytes];  // text before and behind the number, %% being %
-    char aBehind[kFormatBytes];
+    char aBefore[kFormatBytes];  // text before the number, %% being %
+    char aAfter[kFormatBytes];
     int32_t nBefore;
-    int32_t nBehind;
+    int32_t nAfter;
     bool bLeft;
     bool bPlus;
     bool bSpace;
@@ -25,34 +25,34 @@ struct NameFormat {
     char cConversion;
 };
 
-// szFormat is NUL-terminated and shorter than kFormatBytes.
-bool parseFormat(const char *szFormat, NameFormat *pFormat);
+// Takes a format apart. False if it is not acceptable for default names. Reads no more than
+// kFormatBytes bytes of it.
+bool parseNameFormat(const char *szFormat, NameFormat *pFormat);
 
-// Tells whether szFormat is an acceptable format of default names. Looks no further than the
-// record's field is wide.
 bool isNameFormat(const char *szFormat);
 
-// The parts of one printed number, in the order of printing; what is not there has length 0.
+// The parts of a printed number, in the order of printing. What is not there has length 0.
 struct PrintedNumber {
     int64_t nBlanksBefore;
     char aSign[2];
     int32_t nSign;
     int64_t nZeros;
-    char aDigits[12];
+    char aDigits[12];  // at its end
     int32_t nDigits;
-    int64_t nBlanksBehind;
+    int64_t nBlanksAfter;
 };
 
-// A formatted name before it is written: without trailing blanks, which therefore need no memory,
-// however many the width asks for.
+// A default name before it is written. It has no trailing blanks, which therefore need no memory,
+// even if the format's width asks for very many.
 struct FormattedName {
     PrintedNumber number;
-    int32_t nBehind;  // of the text behind the number
+    int32_t nAfter;  // length of the text after the number
     int64_t nLength;
 };
 
 FormattedName formatName(const NameFormat &format, int32_t nNumber);
 
+// Writes the name and its NUL.
 void writeName(const NameFormat &format, const FormattedName &name, char *p);
 
 }  // namespace names

@@ -1,19 +1,12 @@
 // Locating names and reading them in ascending order.
 #include "names/storage/reading.hpp"
 
-#include <algorithm>
-
-#include "names/storage/text_walk.hpp"
-
 namespace names {
 
 NameLocation searchName(const NamesManager *mgr, int32_t index) {
     const int32_t iSegment = findSegment(mgr, index);
     const NameSegment &segment = mgr->pSegments[iSegment];
-    const char *pText = textAt(mgr, segment.iBlock, segment.nOffset);
-    const char *pLimit = textLimit(mgr, segment.iBlock);
-    const int32_t nBefore = bytesOfNames(pText, pLimit, index - segment.iFirst);
-    return {iSegment, segment.nOffset + nBefore, true};
+    return {iSegment, segment.nOffset + bytesBefore(mgr, segment, index), true};
 }
 
 NameLocation locateName(const NamesManager *mgr, int32_t index) {
@@ -30,36 +23,20 @@ NameReader startReading(const NamesManager *mgr, IndexRange range) {
     return reader;
 }
 
-// Steps on to the segment of the next name and tells how many names of the range lie in it, from
-// the place on.
-int32_t enterSegment(NameReader *pReader) {
-    const NamesManager *mgr = pReader->mgr;
-    if (pReader->iNext > mgr->pSegments[pReader->location.iSegment].iLast) {
-        ++pReader->location.iSegment;
-        pReader->location.nOffset = mgr->pSegments[pReader->location.iSegment].nOffset;
-    }
-    return std::min(mgr->pSegments[pReader->location.iSegment].iLast, pReader->iLast) -
-           pReader->iNext + 1;
-}
-
-void leaveNames(NameReader *pReader, int32_t nNames, int32_t nBytes) {
-    pReader->iNext += nNames;
-    pReader->location.nOffset += nBytes;
-}
-
 namespace {
 
 int32_t readInSegment(NameReader *pReader, const char **ppNames, int32_t *pLengths) {
     const int32_t nNames = enterSegment(pReader);
-    const int32_t iBlock = pReader->mgr->pSegments[pReader->location.iSegment].iBlock;
-    const char *pText = textAt(pReader->mgr, iBlock, pReader->location.nOffset);
+    const TextSpan text = restOfSegment(*pReader);
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
-    findNameStarts(pText, textLimit(pReader->mgr, iBlock), nNames, aStarts);
-    for (int32_t k = 0; ppNames != nullptr && k < nNames; ++k) { ppNames[k] = pText + aStarts[k]; }
+    findNameStarts(text, nNames, aStarts);
+    for (int32_t k = 0; ppNames != nullptr && k < nNames; ++k) {
+        ppNames[k] = text.pText + aStarts[k];
+    }
     for (int32_t k = 0; pLengths != nullptr && k < nNames; ++k) {
         pLengths[k] = aStarts[k + 1] - aStarts[k] - 1;
     }
-    leaveNames(pReader, nNames, aStarts[nNames]);
+    stepOver(pReader, nNames, aStarts[nNames]);
     return nNames;
 }
 
@@ -85,10 +62,7 @@ int32_t readNames(NameReader *pReader, const char **ppNames, int32_t *pLengths) 
 
 void readLengths(const NamesManager *mgr, IndexRange range, int32_t *lengths) {
     NameReader reader = startReading(mgr, range);
-    for (int32_t n = readNames(&reader, nullptr, lengths); n > 0;
-         n = readNames(&reader, nullptr, lengths)) {
-        lengths += n;
-    }
+    while (const int32_t nNames = readNames(&reader, nullptr, lengths)) { lengths += nNames; }
 }
 
 }  // namespace names

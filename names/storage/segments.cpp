@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-#include "names/storage/text_walk.hpp"
-
 namespace names {
 
 bool resizeSegmentTable(NamesManager *mgr, int64_t nNewAlloc) {
@@ -43,13 +41,11 @@ int32_t findSegment(const NamesManager *mgr, int32_t index) {
 }
 
 void findStartsIn(const NamesManager *mgr, const NameSegment &segment, int32_t *aStarts) {
-    findNameStarts(textAt(mgr, segment.iBlock, segment.nOffset), textLimit(mgr, segment.iBlock),
-                   namesIn(segment), aStarts);
+    findNameStarts(textOf(mgr, segment), namesIn(segment), aStarts);
 }
 
 int32_t bytesBefore(const NamesManager *mgr, const NameSegment &segment, int32_t index) {
-    return bytesOfNames(textAt(mgr, segment.iBlock, segment.nOffset),
-                        textLimit(mgr, segment.iBlock), index - segment.iFirst);
+    return bytesOfNames(textOf(mgr, segment), index - segment.iFirst);
 }
 
 void spliceSegments(NamesManager *mgr, int32_t iBegin, int32_t iEnd, const NameSegment *pRecords,
@@ -67,8 +63,9 @@ Cut cutSegment(const NamesManager *mgr, int32_t iSegment, IndexRange range, int3
     const NameSegment whole = mgr->pSegments[iSegment];
     int32_t nEnd = whole.nBytes;
     if (range.last < whole.iLast) {
-        const char *pText = textAt(mgr, whole.iBlock, whole.nOffset + nFront);
-        nEnd = nFront + bytesOfNames(pText, textLimit(mgr, whole.iBlock), countOf(range));
+        TextSpan text = textOf(mgr, whole);
+        text.pText += nFront;
+        nEnd = nFront + bytesOfNames(text, countOf(range));
     }
     return {iSegment, pieceOf(whole, {whole.iFirst, range.first - 1}, 0, nFront),
             pieceOf(whole, range, nFront, nEnd),

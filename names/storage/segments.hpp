@@ -10,6 +10,10 @@ inline int32_t namesIn(const NameSegment &segment) {
     return segment.iLast - segment.iFirst + 1;
 }
 
+inline TextSpan textOf(const NamesManager *mgr, const NameSegment &segment) {
+    return textSpan(mgr, segment.iBlock, segment.nOffset, segment.nBytes);
+}
+
 // The number of the segment that holds a name, which exists.
 int32_t findSegment(const NamesManager *mgr, int32_t index);
 

@@ -1,8 +1,7 @@
 // Walking stored text from NUL to NUL. Texts lie back to back in a block, each ended by its NUL, so
 // everything that the module knows about where names begin comes from here. Text is looked at in
-// windows of 64 bytes, one mask bit per byte: two to five times faster than strlen per name. All
-// loads stay below the given limit, the end of the block's memory, and every caller knows that the
-// NULs it asks for exist.
+// windows of 64 bytes, one mask bit per byte, which is two to five times faster than strlen for
+// each name. Every caller knows that the NULs it looks for exist.
 #ifndef NAMES_STORAGE_TEXT_WALK_HPP
 #define NAMES_STORAGE_TEXT_WALK_HPP
 
@@ -18,6 +17,14 @@
 namespace names {
 
 constexpr int32_t kWindowBytes = 64;
+
+// Text to be walked, and where the memory ends that it lies in. A window may reach beyond the text;
+// what it holds there does not count, and may never have been written.
+struct TextSpan {
+    const char *pText;
+    const char *pEnd;
+    const char *pMemoryEnd;
+};
 
 // Bit i of the result: byte i of the 64 bytes at p equals c.
 #if defined(__SSE2__)
@@ -64,13 +71,16 @@ inline uint64_t matchBytes(const char *p, char c) {
 }
 #endif
 
-// matchBytes for a window of which only the bytes before pLimit exist; the others match nothing.
-inline uint64_t matchWindow(const char *p, const char *pLimit, char c) {
-    if (pLimit - p >= kWindowBytes) { return matchBytes(p, c); }
-    char aWindow[kWindowBytes];
-    std::memset(aWindow, ~c, sizeof aWindow);
-    if (p < pLimit) { std::memcpy(aWindow, p, static_cast<size_t>(pLimit - p)); }
-    return matchBytes(aWindow, c);
+// matchBytes for the window at p, which begins inside the text. Bytes beyond the text match
+// nothing.
+inline uint64_t matchWindow(const char *p, const TextSpan &text, char c) {
+    const int64_t nInText = text.pEnd - p;
+    if (nInText >= kWindowBytes) { return matchBytes(p, c); }
+    const uint64_t nMask = ~uint64_t{0} >> (kWindowBytes - nInText);
+    if (text.pMemoryEnd - p >= kWindowBytes) { return matchBytes(p, c) & nMask; }
+    char aWindow[kWindowBytes] = {};
+    std::memcpy(aWindow, p, static_cast<size_t>(nInText));
+    return matchBytes(aWindow, c) & nMask;
 }
 
 // Position of the lowest bit; any position for 0.
@@ -86,11 +96,11 @@ inline int32_t countBits(uint64_t n) {
     return static_cast<int32_t>((n * 0x0101010101010101) >> 56);
 }
 
-// Length of the name at pText, without its NUL.
-inline int32_t lengthOfName(const char *pText, const char *pLimit) {
+// Length of the name at pText, without its NUL. Memory can be read up to pMemoryEnd.
+inline int32_t lengthOfName(const char *pText, const char *pMemoryEnd) {
     const char *p = pText;
 #if defined(__SSE2__)
-    for (; pLimit - p >= 16; p += 16) {
+    for (; pMemoryEnd - p >= 16; p += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
         const int nNuls = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
         if (nNuls != 0) {
@@ -98,28 +108,28 @@ inline int32_t lengthOfName(const char *pText, const char *pLimit) {
         }
     }
 #else
-    static_cast<void>(pLimit);
+    static_cast<void>(pMemoryEnd);
 #endif
     return static_cast<int32_t>(p - pText) + static_cast<int32_t>(std::strlen(p));
 }
 
-// Room for the starts of nNames names and the end of the last, with what findNameStarts may write
-// beyond.
+// Room for the starts of nNames names, for the end of the last one, and for what findNameStarts may
+// write beyond.
 constexpr int32_t roomForStarts(int32_t nNames) {
     return nNames + 1 + kWindowBytes;
 }
 
-// Writes the offsets from pText at which names start, up to nNames of them, and behind them the
-// offset at which the last one ends, NULs included. With bToLimit no further than pLimit, else all
-// of them exist. Four NULs are taken per step, wanted or not, so that the number of names in a
-// window costs no unpredictable branch per name. The number of names found.
-template <bool bToLimit>
-int32_t walkNameStarts(const char *pText, const char *pLimit, int32_t nNames, int32_t *aStarts) {
+// Writes the offsets from text.pText at which names start, up to nNames of them, then the offset at
+// which the last one ends, NULs included. With bToEnd stops at the end of the text, else all of the
+// names exist. Takes four NULs per step, wanted or not, so that the number of names in a window
+// costs no unpredictable branch per name. Returns the number of names found.
+template <bool bToEnd>
+int32_t walkNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
     aStarts[0] = 0;
     int32_t nFound = 0;
     for (int64_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
-        if (bToLimit && nBase > pLimit - pText) { return nFound; }
-        uint64_t nNuls = matchWindow(pText + (nBase - 1), pLimit, 0);
+        if (bToEnd && nBase > text.pEnd - text.pText) { return nFound; }
+        uint64_t nNuls = matchWindow(text.pText + (nBase - 1), text, 0);
         int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
         while (nNuls != 0) {
@@ -132,31 +142,29 @@ int32_t walkNameStarts(const char *pText, const char *pLimit, int32_t nNames, in
     return nNames;
 }
 
-// Where the nNames names at pText start and the last one ends: aStarts[k + 1] - aStarts[k] - 1 is
-// the length of name k.
-inline void findNameStarts(const char *pText, const char *pLimit, int32_t nNames,
-                           int32_t *aStarts) {
-    walkNameStarts<false>(pText, pLimit, nNames, aStarts);
+// Where the first nNames names of a text start and the last one ends: aStarts[k + 1] - aStarts[k] -
+// 1 is the length of name k.
+inline void findNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
+    walkNameStarts<false>(text, nNames, aStarts);
 }
 
-// The same for those of the names that end before pLimit; their number.
-inline int32_t findNameStartsBefore(const char *pText, const char *pLimit, int32_t nNames,
-                                    int32_t *aStarts) {
-    return walkNameStarts<true>(pText, pLimit, nNames, aStarts);
+// The same for those of the names that end inside the text. Returns their number.
+inline int32_t findNameStartsInside(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
+    return walkNameStarts<true>(text, nNames, aStarts);
 }
 
-// Number of bytes that the nNames names at pText take, NULs included.
-inline int32_t bytesOfNames(const char *pText, const char *pLimit, int32_t nNames) {
+// Number of bytes that the first nNames names of a text take, NULs included.
+inline int32_t bytesOfNames(const TextSpan &text, int32_t nNames) {
     if (nNames <= 0) { return 0; }
-    uint32_t nBase = 0;
-    uint64_t nNuls = matchWindow(pText, pLimit, 0);
+    const char *p = text.pText;
+    uint64_t nNuls = matchWindow(p, text, 0);
     for (int32_t nInWindow = countBits(nNuls); nInWindow < nNames; nInWindow = countBits(nNuls)) {
         nNames -= nInWindow;
-        nBase += kWindowBytes;
-        nNuls = matchWindow(pText + nBase, pLimit, 0);
+        p += kWindowBytes;
+        nNuls = matchWindow(p, text, 0);
     }
     while (--nNames > 0) { nNuls &= nNuls - 1; }
-    return static_cast<int32_t>(nBase + lowestBit(nNuls) + 1);
+    return static_cast<int32_t>(p - text.pText) + static_cast<int32_t>(lowestBit(nNuls)) + 1;
 }
 
 }  // namespace names
