@@ -26,8 +26,8 @@ using names_manager::Status;
 using Strings = std::vector<std::string>;
 
 Strings listed(const NameRange &range) {
-    EXPECT_EQ(range.size(), static_cast<size_t>(std::distance(range.begin(), range.end())));
-    EXPECT_EQ(range.size(), static_cast<size_t>(range.end() - range.begin()));
+    EXPECT_EQ(range.size(), size_t(std::distance(range.begin(), range.end())));
+    EXPECT_EQ(range.size(), size_t(range.end() - range.begin()));
     return {range.begin(), range.end()};
 }
 

@@ -77,7 +77,7 @@ TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
             EXPECT_EQ(HostStreamError_End, offer(image.substr(0, at))) << at;
             for (const int32_t nByte : {image[at] ^ 1, image[at] ^ 0x80, 0, 0xff, int32_t{' '}}) {
                 std::string changed = image;
-                changed[at] = static_cast<char>(nByte);
+                changed[at] = char(nByte);
                 const int32_t nStatus = offer(changed);
                 EXPECT_TRUE(nStatus == 0 || nStatus == -1 || nStatus == HostStreamError_End)
                     << at << ' ' << nByte;
@@ -155,7 +155,7 @@ NamesManager *managerAt(const std::string &format, int32_t nNumber) {
 TEST(Format, PrintsAsPrintfDoes) {
     const auto choose = histories::randomChoices(1);
     const auto pick = [&choose](const Strings &from) {
-        return from[choose(static_cast<uint32_t>(from.size()))];
+        return from[choose(uint32_t(from.size()))];
     };
     for (int32_t i = 0; i < 5000 && !HasFailure(); ++i) {
         const std::string flags =
