@@ -588,7 +588,8 @@ constexpr struct {
 // ---- Histories
 
 // Where a manager differs from its twin, empty if nowhere: in what it saves or in what it does not.
-inline std::string difference(NamesManager *pReal, const Record &twin) {
+inline std::string difference(const Pair &pair) {
+    const auto &[pReal, twin] = pair;
     using Numbers = std::array<int64_t, 5>;
     const int64_t nEntries = pReal->pLookupIndex != nullptr ? pReal->pLookupIndex->nEntries : -1;
     const Numbers numbers = {pReal->pSegments != nullptr, pReal->pPositions != nullptr, nEntries,
@@ -670,8 +671,11 @@ struct Game {
     // Carries out an operation on one of the managers and returns what went wrong.
     std::string play(size_t iKind, size_t iManager, Choices choose, std::ostream *pLog) {
         Call c = {std::move(choose), habits, pairs[iManager], pairs[1 - iManager], pLog};
-        Strings before = c.twin.names;  // and the other's
-        before.insert(before.end(), c.other.twin.names.begin(), c.other.twin.names.end());
+        Strings before;  // the names of both
+        if (habits.nShort > 0) {
+            before = c.twin.names;
+            before.insert(before.end(), c.other.twin.names.begin(), c.other.twin.names.end());
+        }
         steered::takeReports();
         steered::takeLocks();
         model::g_nErrors = 0;
@@ -693,10 +697,9 @@ struct Game {
         if ((nErrors != model::g_nErrors && !bFailed) || nAssertions != 0) {
             c.wrong += "Reports. ";
         }
-        if (c.chance(habits.nAudited)) { c.wrong += audit(c.mine); }
+        if (c.chance(habits.nAudited)) { c.wrong += audit(c.mine) + difference(c.other); }
         if (!steered::takeLocks().empty()) { c.wrong += "A lock too many. "; }
-        return c.wrong + difference(c.pReal, c.twin) + difference(c.other.pReal, c.other.twin) +
-               HostMem_TakeRefusals();
+        return c.wrong + difference(c.mine) + HostMem_TakeRefusals();
     }
 
     // Ends the game and both managers; what went wrong.
@@ -704,7 +707,7 @@ struct Game {
         std::string wrong;
         steered::takeLocks();
         for (Pair &pair : pairs) {
-            wrong += audit(pair);
+            wrong += difference(pair) + audit(pair);
             NamesManager_Destroy(pair.pReal);
         }
         return steered::takeLocks().empty() ? wrong : wrong + "A lock too many. ";

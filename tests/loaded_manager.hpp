@@ -85,7 +85,7 @@ inline std::string faultIn(NamesManager *mgr, NamesManager *other, const histori
 // the image serves for choices.
 inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, int32_t nStatus,
                                   int32_t nOperations) {
-    std::string wrong = nStatus != 0 ? histories::difference(mgr, Record("nm%d")) : "";
+    std::string wrong = nStatus != 0 ? histories::difference({mgr, Record("nm%d")}) : "";
     const std::string saved = imageOf(histories::recordOf(*mgr));
     const bool bState = nStatus == 0 && !image.starts_with("\xff\xff\xff\xff");
     if (bState && !normalized(image, mgr->nBlocks).starts_with(saved)) {

@@ -111,7 +111,7 @@ struct Record {
         return bytesOf(items.data(), items.size() * sizeof(T));
     }
     static std::string bytesOf(std::initializer_list<int32_t> numbers) {
-        return bytesOf(std::vector<int32_t>(numbers));
+        return bytesOf(numbers.begin(), numbers.size() * sizeof(int32_t));
     }
 
     int32_t nNames() const { return toInt(names.size()); }
@@ -710,6 +710,7 @@ struct Record {
     // The image, one string for each write to the stream.
     Strings save() const {
         Strings writes;
+        writes.reserve(16);
         for (const int32_t n :
              {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc}) {
             writes.push_back(bytesOf({n}));

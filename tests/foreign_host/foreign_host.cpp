@@ -118,7 +118,10 @@ HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExp
     HostMem_Refuse(pKeyKind != &HostHashMap_StringKeys || nExpected < 1, "A map of none");
     if (g_foreignHost.bFailMaps) { return nullptr; }
     void *pMemory = HostMem_Alloc(sizeof(RefusingMap), kMapTag, __LINE__);
-    return pMemory == nullptr ? nullptr : &(new (pMemory) RefusingMap{{0}, {}})->host;
+    if (pMemory == nullptr) { return nullptr; }
+    auto *pMap = new (pMemory) RefusingMap{{0}, {}};
+    pMap->entries.reserve(uint64_t(nExpected));
+    return &pMap->host;
 }
 
 int32_t HostHashMap_Find(HostHashMap *pMap, const char *szKey) {
