@@ -26,8 +26,8 @@ using names_manager::Status;
 using Strings = std::vector<std::string>;
 
 Strings listed(const NameRange &range) {
-    EXPECT_EQ(range.size(), static_cast<size_t>(std::distance(range.begin(), range.end())));
-    EXPECT_EQ(range.size(), static_cast<size_t>(range.end() - range.begin()));
+    EXPECT_EQ(range.size(), size_t(std::distance(range.begin(), range.end())));
+    EXPECT_EQ(range.size(), size_t(range.end() - range.begin()));
     return {range.begin(), range.end()};
 }
 
@@ -45,13 +45,9 @@ TEST(Face, ConstManagersShowTheNamesThatExist) {
     all.push_back("row301");
     all.push_back("row302");
     EXPECT_EQ(Strings(all.begin() + 299, all.end()), listed(names.names(299, 301)));
-    for (const auto &[first, last] : {std::pair{-1, INT32_MAX},
-                                      {0, INT32_MAX},
-                                      {-1, 5},
-                                      {5, 4},
-                                      {9, 3},
-                                      {302, 400},
-                                      {INT32_MIN, INT32_MIN}}) {
+    const int32_t kMax = INT32_MAX,
+                  aNone[][2] = {{-1, kMax}, {0, kMax}, {-1, 5}, {5, 4}, {9, 3}, {302, 400}};
+    for (const auto &[first, last] : aNone) {
         EXPECT_TRUE(listed(fixed.names(first, last)).empty()) << first << ' ' << last;
     }
     EXPECT_TRUE(listed(names.names(-1, INT32_MAX)).empty() && NameRange().empty());

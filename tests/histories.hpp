@@ -27,7 +27,7 @@ using Choices = std::function<uint32_t(uint32_t nBound)>;
 
 inline Choices randomChoices(uint32_t nSeed) {
     return [random = std::minstd_rand(nSeed)](uint32_t nBound) mutable {
-        return static_cast<uint32_t>(random()) % nBound;
+        return uint32_t(random()) % nBound;
     };
 }
 
@@ -63,31 +63,28 @@ std::string shown(const Numbers &numbers) {
 
 constexpr int32_t kMostNames = 12 * kMaxSegmentNames;  // where lists are no longer let grow
 
-// One operation under way: what it draws from, what it tells of itself to whoever wants to know,
-// and what went wrong.
+// One operation under way: what it draws from, a log of what was drawn, and what went wrong.
 struct Call {
     Choices choose;
     Habits habits;
     Pair &mine, &other;
-    std::ostream *pTold;
+    std::ostream *pLog;  // or NULL
     NamesManager *pReal = mine.pReal;
     Record &twin = mine.twin;
     std::string wrong = "";
-    Strings known =
-        {};  // texts that may be there after a failure, besides those that the twin has come to
 
     int32_t pick(int32_t nLow, int32_t nHigh) {
-        return nLow + static_cast<int32_t>(choose(static_cast<uint32_t>(nHigh - nLow) + 1));
+        return nLow + int32_t(choose(uint32_t(nHigh - nLow) + 1));
     }
     template <typename T>
     T pick(std::initializer_list<T> from) {
-        return from.begin()[choose(static_cast<uint32_t>(from.size()))];
+        return from.begin()[choose(uint32_t(from.size()))];
     }
     bool chance(int32_t nIn256) { return nIn256 > 0 && pick(0, 255) > 255 - nIn256; }
 
     template <typename T>
-    T tell(const char *szWhat, T argument) {
-        if (pTold != nullptr) { *pTold << ' ' << szWhat << ' ' << argument; }
+    T log(const char *szWhat, T argument) {
+        if (pLog != nullptr) { *pLog << ' ' << szWhat << ' ' << argument; }
         return argument;
     }
 
@@ -99,10 +96,9 @@ struct Call {
         compare(real, expected);
         std::string seen;
         for (const auto &[pLock, bTaken] : steered::takeLocks()) {
-            seen.append(bTaken ? "+" : "-")
-                .append(pLock == &pReal->lock         ? "mine"
-                        : pLock == &other.pReal->lock ? "other"
-                                                      : "none of them");
+            const bool bOther = pLock == &other.pReal->lock;
+            seen += (bTaken ? "+" : "-");
+            seen += bOther ? "other" : pLock == &pReal->lock ? "mine" : "none of them";
         }
         if (steered::kIsStrict && (szInstead == nullptr || seen != szInstead)) {
             compare<std::string>(seen, szLocks);
@@ -119,35 +115,31 @@ struct Call {
     // A text of about the length of one of the module's sizes, of default names, of what is there,
     // or of a few letters.
     std::string anyText(int32_t iName) {
-        if (habits.nDistinct == 1 && chance(230)) { return ""; }
-        if (chance(habits.nDistinct > 0 ? 230 : 20)) {
-            return pick({"nm", "name"}) +
-                   std::to_string(
-                       pick(1, habits.nDistinct > 0 ? habits.nDistinct : twin.nNames() + 5));
+        const int32_t nDistinct = habits.nDistinct;
+        if (nDistinct == 1 && chance(230)) { return ""; }
+        if (chance(nDistinct > 0 ? 230 : 20)) {
+            const std::string start = pick({"nm", "name"});
+            return start + std::to_string(pick(1, nDistinct > 0 ? nDistinct : twin.nNames() + 5));
         }
         if (chance(habits.nLong) && twin.nNames() < 300) {
             const int32_t nAbout = pick({kLocalTextBytes, kFirstBlockBytes, kNewBlockBytes,
                                          kNewBlockBytes / 2, kMaxNameBytes});
-            return std::string(static_cast<size_t>(nAbout + pick(-2, 1)), 'L');
+            return std::string(size_t(nAbout + pick(-2, 1)), 'L');
         }
         std::string made = iName < twin.nNames() && chance(128) ? twin.name(iName) : "";
-        if (made.empty()) {
-            made.assign(static_cast<size_t>(pick(0, 40)), "abcdefgh \t\xE9"[pick(0, 10)]);
-        }
+        if (made.empty()) { made.assign(size_t(pick(0, 40)), "abcdefgh \t\xE9"[pick(0, 10)]); }
         if (chance(80)) { made.resize(made.size() / 2); }
         if (chance(80)) { made.append(pick<size_t>({1, 5, 9}), 'l'); }
-        if (!made.empty() && chance(80)) { made[0] = static_cast<char>(pick('a', 'z')); }
+        if (!made.empty() && chance(80)) { made[0] = char(pick('a', 'z')); }
         return made;
     }
 
-    // One that ends exactly where a block does, or a byte before or behind, after others of nBytes
+    // One that ends exactly where a block does, or a byte before or after, after others of nBytes
     // bytes.
     std::string fillingText(int32_t nBytes) {
-        const int32_t nRoom =
-            twin.block(pick(0, twin.nBlocks() - 1)).nRoom() - nBytes + pick(-2, 0);
-        return std::string(
-            static_cast<size_t>(std::clamp(nRoom, 0, habits.nLong > 0 ? kMaxNameBytes + 1 : 300)),
-            'F');
+        const int32_t nMost = habits.nLong > 0 ? kMaxNameBytes + 1 : 300,
+                      nRoom = twin.block(pick(0, twin.nBlocks() - 1)).nRoom();
+        return std::string(size_t(std::clamp(nRoom - nBytes + pick(-2, 0), 0, nMost)), 'F');
     }
 
     // Names to be stored from an index on.
@@ -157,32 +149,27 @@ struct Call {
                       nStep = nManner > 2 ? pick(0, 3) : 0;
         const std::string end = pick({"", "", "", "", " ", "  ", "\t"});
         for (int32_t i = iFirst; made.size() < nTexts; ++i) {
-            const int32_t nSloping = (nLength + nStep * (i - iFirst)) % 40;
-            if (nManner < 3) { made.push_back(anyText(i) + (chance(50) ? end : "")); }
-            if (nManner == 3 && i < twin.nNames()) {
-                made.push_back(twin.name(i) + std::string(static_cast<size_t>(nStep), 'm'));
-            }
-            if (made.size() == static_cast<size_t>(i - iFirst)) {
-                made.push_back(
-                    std::string(static_cast<size_t>(nSloping), static_cast<char>('a' + i % 26)) +
-                    end);
+            if (nManner < 3) {
+                made.push_back(anyText(i) + (chance(50) ? end : ""));
+            } else if (nManner == 3 && i < twin.nNames()) {
+                made.push_back(twin.name(i) + std::string(size_t(nStep), 'm'));
+            } else {
+                const int32_t nSloping = (nLength + nStep * (i - iFirst)) % 40;
+                made.push_back(std::string(size_t(nSloping), char('a' + i % 26)) + end);
             }
         }
         if (nManner == 5 && nTexts > 0) {
             made.back() = fillingText(Record::sizeOf(model::Texts(made).first(nTexts - 1)));
         }
-        if (habits.nShort > 0) {
-            std::transform(made.begin(), made.end(), std::back_inserter(known), Record::trimmed);
-        }
-        tell("of", nTexts);
-        for (size_t i = 0; i < std::min<size_t>(nTexts, 8) && pTold != nullptr; ++i) {
-            *pTold << " \"" << made[i].substr(0, 40) << "\" (" << made[i].size() << ')';
+        log("of", nTexts);
+        for (size_t i = 0; i < std::min<size_t>(nTexts, 8); ++i) {
+            log(made[i].substr(0, 40).c_str(), made[i].size());
         }
         return made;
     }
     Strings texts(Range range) {
         const auto [first, last, bOneBased] = Record::boundsOf(range).value_or(Range{0, 3, 0});
-        return texts(static_cast<size_t>(last) + 1 - static_cast<size_t>(first), first);
+        return texts(size_t(last) + 1 - size_t(first), first);
     }
 
     // Where lists, their segments and reads begin and end, or anywhere.
@@ -201,9 +188,9 @@ struct Call {
         if (nManner < 6) { return pick(2, 20); }
         if (nManner == 6) { return pick(0, 1); }
         if (nManner == 7) { return std::max(anyIndex() - first + 1, 1); }
-        constexpr int32_t kBeyondBatch = std::min(kMaxBatchNames + 1, 4 * kMaxSegmentNames);
-        return pick({kMaxSegmentNames - 1, kMaxSegmentNames, kMaxSegmentNames + 1,
-                     2 * kMaxSegmentNames + 1, kBeyondBatch});
+        constexpr int32_t kMost = kMaxSegmentNames;
+        return pick(
+            {kMost - 1, kMost, kMost + 1, 2 * kMost + 1, std::min(kMaxBatchNames + 1, 4 * kMost)});
     }
     Range anyRange(bool bGrow, bool bSingle) {
         constexpr int32_t kMin = INT32_MIN, kMax = INT32_MAX;
@@ -226,17 +213,13 @@ struct Call {
     }
     Range range(bool bGrow, bool bSingle = false) {
         const Range drawn = anyRange(bGrow, bSingle);
-        if (pTold != nullptr) {
-            *pTold << ' ' << drawn.first << ".." << drawn.last
-                   << (drawn.bOneBased != 0 ? " one-based" : "");
-        }
+        log("from", drawn.first), log("to", drawn.last), log("one-based", drawn.bOneBased);
         return drawn;
     }
 
     Field field() {
-        const int32_t nWidth =
-            tell("width", chance(habits.nStray) ? pick(-1, 0) : pick({1, 2, 11, 24, 300}));
-        return {tell("pad", pick(0, 1)), tell("cut", pick(0, 1)), nWidth};
+        const int32_t nWidth = chance(habits.nStray) ? pick(-1, 0) : pick({1, 2, 11, 24, 300});
+        return {log("pad", pick(0, 1)), log("cut", pick(0, 1)), log("width", nWidth)};
     }
 };
 
@@ -250,9 +233,8 @@ struct Fields {
         copies.emplace_back(all.begin(), all.end());
         const char *pNext = copies[0].data();
         for (const std::string &text : texts) {
-            const size_t nBytes =
-                nWidth < 0 ? text.size() + 1
-                           : std::min(text.size() + 1, static_cast<size_t>(std::max(nWidth, 1)));
+            const size_t nMost = nWidth < 0 ? SIZE_MAX : size_t(std::max(nWidth, 1)),
+                         nBytes = std::min(text.size() + 1, nMost);
             if (all.empty()) {
                 pNext = copies.emplace_back(text.c_str(), text.c_str() + nBytes).data();
             }
@@ -265,20 +247,20 @@ struct Fields {
 // ---- The operations
 
 inline void store(Call &c) {
-    const int32_t nHow = c.tell("manner", c.pick(0, 9)),
-                  nWidth = nHow < 8 ? -1 : c.tell("width", c.pick({0, 1, 5, 40, 3000}));
-    const auto [first, last, bOneBased] = c.range(true, nHow >= 6);
-    const Strings texts = c.texts({first, last, bOneBased});
+    const int32_t nHow = c.log("manner", c.pick(0, 9)),
+                  nWidth = nHow < 8 ? -1 : c.log("width", c.pick({0, 1, 5, 40, 3000}));
+    const Range at = c.range(true, nHow >= 6);
+    const auto [first, last, bOneBased] = at;
+    const Strings texts = c.texts(at);
     const Fields fields(texts, nWidth, c.chance(200));
     const char *const *ppNames = fields.pointers.data();
-    const Range at = {first, last, bOneBased};
     if (nHow < 4) {
         c.answer(NamesManager_AddNames(c.pReal, first, last, bOneBased, ppNames),
                  c.twin.addNames(at, texts.data()));
     } else if (nHow < 6) {
         const Fields buffer(texts, -1, true);
-        c.answer(NamesManager_AddNamesFromBuffer(c.pReal, first, last, bOneBased,
-                                                 buffer.copies[0].data()),
+        const char *pBuffer = buffer.copies[0].data();
+        c.answer(NamesManager_AddNamesFromBuffer(c.pReal, first, last, bOneBased, pBuffer),
                  c.twin.addNamesFromBuffer(at, texts.data()));
     } else if (nHow < 8) {
         c.answer(NamesManager_AddName(c.pReal, first, bOneBased, ppNames[0]),
@@ -290,26 +272,33 @@ inline void store(Call &c) {
     }
 }
 
-// A name, or the end of one, is stored from where it lies in the manager itself.
+// Names, or the ends of some, are stored from where they lie in the manager itself, in any order,
+// and others among them.
 inline void storeOwn(Call &c) {
-    if (c.twin.names.empty()) { return; }
-    const auto [index, last, bOneBased] = c.range(true, true);
-    const int32_t iOwn = c.tell("of", c.pick(0, c.twin.nNames() - 1)),
-                  nSkipped = c.tell("less", c.pick(0, 3));
-    const auto nFrom = static_cast<size_t>(std::min(nSkipped, Record::lengthOf(c.twin.name(iOwn))));
-    const auto [iBlock, nOffset] = c.twin.positionOf(iOwn);
-    const char *pName = c.pReal->pBlocks[iBlock].pData + nOffset + nFrom;
-    const std::string text = c.twin.name(iOwn).substr(nFrom);
-    const bool bMany = c.chance(128);
-    c.answer(bMany ? NamesManager_AddNames(c.pReal, index, index, bOneBased, &pName)
-                   : NamesManager_AddName(c.pReal, index, bOneBased, pName),
-             c.twin.addNames({index, last, bOneBased}, &text));
+    const bool bSingle = c.chance(80);
+    const Range at = c.range(true, bSingle);
+    const int32_t nNames = c.twin.nNames(), nOthers = nNames == 0 ? 256 : c.pick({0, 0, 80});
+    Strings texts = c.texts(at);
+    Fields fields(texts, -1, false);
+    for (size_t k = 0; k < texts.size(); ++k) {
+        if (c.chance(nOthers)) { continue; }
+        const int32_t iOwn = c.log("own", c.pick(0, nNames - 1)),
+                      nLess = c.log("less", c.pick(0, 3));
+        const auto nFrom = std::min(size_t(nLess), c.twin.name(iOwn).size());
+        const auto [iBlock, nOffset] = c.twin.positionOf(iOwn);
+        texts[k] = c.twin.name(iOwn).substr(nFrom);
+        fields.pointers[k] = c.pReal->pBlocks[iBlock].pData + nOffset + nFrom;
+    }
+    const char *const *ppNames = fields.pointers.data();
+    const auto [first, last, bOneBased] = at;
+    c.answer(bSingle ? NamesManager_AddName(c.pReal, first, bOneBased, ppNames[0])
+                     : NamesManager_AddNames(c.pReal, first, last, bOneBased, ppNames),
+             c.twin.addNames(at, texts.data()));
 }
 
 inline void copyName(Call &c) {
-    const bool bOther =
-        c.tell("of the other", c.habits.nShort > 0 ||
-                                   c.chance(128));  // a failure may leave what its own was before
+    // A failure may leave what its own name was before.
+    const bool bOther = c.log("of the other", c.habits.nShort > 0 || c.chance(128));
     Pair &from = bOther ? c.other : c.mine;
     const Range to = c.range(true, true), at = c.range(true, true);
     const std::string prefix = c.chance(128) ? "" : c.texts(1, 0)[0];
@@ -324,49 +313,47 @@ inline void copyName(Call &c) {
 }
 
 inline void generate(Call &c) {
-    const int32_t nCount =
-        c.tell("up to", c.twin.nNames() + (c.twin.nNames() > kMostNames
-                                               ? 0
-                                               : c.pick({-1, 0, 1, 2, 5, 3 * kMaxSegmentNames})));
+    const int32_t nMore = c.pick({-1, 0, 1, 2, 5, 3 * kMaxSegmentNames}),
+                  nCount = c.twin.nNames() + (c.twin.nNames() > kMostNames ? 0 : nMore);
     if (c.chance(50)) {
-        const std::string first = c.texts(1, 0)[0].substr(0, 50);
-        NamesManager_SetFirstGeneratedName(c.pReal, first.c_str());
-        c.twin.setFirstGeneratedName(first);
+        const std::string given = c.texts(1, 0)[0].substr(0, 50);
+        const char *szOwn = c.pReal->szFirstGeneratedName + c.pick(0, 31),
+                   *szFirst = c.chance(80) ? szOwn : given.c_str();
+        c.twin.setFirstGeneratedName(szFirst);
+        NamesManager_SetFirstGeneratedName(c.pReal, szFirst);
     }
+    c.log("up to", nCount);
     c.answer(NamesManager_GenerateNames(c.pReal, nCount), c.twin.generateNames(nCount));
 }
 
 inline void read(Call &c) {
-    const int32_t nHow = c.tell("manner", c.pick(0, 9));
+    const int32_t nHow = c.log("manner", c.pick(0, 9));
     const Range at = c.range(c.chance(8), nHow >= 6);
+    const auto [first, last, bOneBased] = at;
     const auto bounds = Record::boundsOf(at);
-    const size_t nSlots = nHow == 1 ? 0
-                          : bounds  ? static_cast<size_t>(bounds->last - bounds->first) + 3
-                                    : 3;
+    const size_t nSlots = nHow == 1 ? 0 : bounds ? size_t(bounds->last - bounds->first) + 3 : 3;
     Strings expected;
     if (nHow == 0) {
         std::vector<int32_t> lengths(nSlots, -7), expectedLengths = c.twin.getNameLengths(at);
-        NamesManager_GetNameLengths(c.pReal, at.first, at.last, at.bOneBased, lengths.data());
+        NamesManager_GetNameLengths(c.pReal, first, last, bOneBased, lengths.data());
         expectedLengths.resize(nSlots, -7);
         c.answer(lengths == expectedLengths, true);
     } else if (nHow < 6) {
         std::vector<const char *> pointers(nSlots, "untouched");
-        c.answer(NamesManager_GetNamePointers(c.pReal, at.first, at.last, at.bOneBased,
-                                              nSlots == 0 ? nullptr : pointers.data()),
+        const char **ppNames = nSlots == 0 ? nullptr : pointers.data();
+        c.answer(NamesManager_GetNamePointers(c.pReal, first, last, bOneBased, ppNames),
                  c.twin.getNamePointers(at, nSlots == 0 ? nullptr : &expected));
         expected.resize(nSlots, "untouched");
-        for (size_t k = 0; k < nSlots; ++k) {
-            c.compare<std::string_view>(pointers[k], expected[k]);
-        }
+        for (size_t k = 0; k < nSlots; ++k) { c.compare(std::string(pointers[k]), expected[k]); }
     } else {
-        const char *szName = NamesManager_GetName(c.pReal, at.first, at.bOneBased);
+        const char *szName = NamesManager_GetName(c.pReal, first, bOneBased);
         c.answer<std::string>(szName == nullptr ? "none" : szName,
                               c.twin.getNamePointers(at, &expected) != 0 ? "none" : expected[0]);
     }
 }
 
 inline void readIntoBuffer(Call &c) {
-    const bool bSingle = c.tell("single", c.chance(80)), bAsk = c.chance(200);
+    const bool bSingle = c.log("single", c.chance(80)), bAsk = c.chance(200);
     const Range at = c.range(c.chance(8), bSingle);
     const Field field = c.field();
     uint64_t nReal = 7, nTwin = 7;
@@ -382,9 +369,9 @@ inline void readIntoBuffer(Call &c) {
     };
     get(nullptr, 0, bAsk ? &nReal : nullptr);
     c.compare<uint64_t>(nReal, bAsk ? nTwin : 7);
-    const size_t nSize = nTwin + static_cast<uint64_t>(c.pick(nTwin > 0 ? -1 : 0, 1)),
-                 nBehind = c.chance(128) ? 8 : 0;
-    std::vector<char> buffer(nSize + nBehind, '#');  // else no byte can be written beyond it
+    const size_t nSize = nTwin + uint64_t(c.pick(nTwin > 0 ? -1 : 0, 1)),
+                 nAfter = c.chance(128) ? 8 : 0;
+    std::vector<char> buffer(nSize + nAfter, '#');  // else no byte can be written beyond it
     get(buffer.data(), nSize, nullptr);
     bytes.resize(buffer.size(), '#');
     c.compare(std::string(buffer.begin(), buffer.end()), bytes);
@@ -393,47 +380,45 @@ inline void readIntoBuffer(Call &c) {
 
 inline void readOther(Call &c) {
     const Range at = c.range(false, true);
-    const Field field = c.field();
-    if (c.tell("longest", c.chance(128))) {
+    const auto [bPad, bBlanks, nWidth] = c.field();
+    if (c.log("longest", c.chance(128))) {
         c.answer(NamesManager_GetMaxNameLength(c.pReal), c.twin.getMaxNameLength());
     }
     c.answer(NamesManager_GetNumNames(c.pReal), c.twin.nNames());
-    const bool bRefused = (field.bTruncate != 0 || field.bPad != 0) && field.nWidth < 1;
-    const uint64_t nRoom = steered::kIsStrict && c.chance(50)
-                               ? c.tell("room", c.pick<uint64_t>({0, 1, 5, 12, 30}))
-                               : UINT64_MAX;
+    const bool bRefused = bBlanks + bPad != 0 && nWidth < 1,
+               bRoom = !steered::kIsStrict || !c.chance(50);
+    const uint64_t nRoom = bRoom ? UINT64_MAX : c.log("room", c.pick<uint64_t>({0, 1, 5, 12, 30}));
     steered::Text real(nRoom);
     std::string text;
-    c.answer(NamesManager_WriteNameToText(c.pReal, at.first, at.bOneBased, field.bTruncate,
-                                          field.bPad, field.nWidth, real.pText),
-             c.twin.writeNameToText(at, field.bTruncate != 0, field, nRoom, text),
+    c.answer(NamesManager_WriteNameToText(c.pReal, at.first, at.bOneBased, bBlanks, bPad, nWidth,
+                                          real.pText),
+             c.twin.writeNameToText(at, bBlanks != 0, {bPad, 0, nWidth}, nRoom, text),
              bRefused ? "" : "+mine-mine");
     c.compare(real.seen(), text);
 }
 
 inline void find(Call &c) {
     const Strings texts = c.texts(c.pick<size_t>({1, 2, 8}), c.pick(0, c.twin.nNames()));
-    const int32_t nHow = c.tell("manner", c.pick(0, 3)), bOneBased = c.pick(0, 1);
-    const int32_t nWidth =
-        c.tell("width", nHow % 3 == 0 ? -1 : c.pick({-1, -2, 0, 1, 4, 8, kLocalTextBytes + 44}));
-    const int32_t nCount = c.tell("count", nHow > 1       ? 1
-                                           : c.chance(25) ? c.pick(-1, 0)
-                                                          : Record::toInt(texts.size()));
+    const int32_t nHow = c.log("manner", c.pick(0, 3)), bOneBased = c.pick(0, 1),
+                  nWidth = nHow % 3 == 0 ? -1 : c.pick({-1, -2, 0, 1, 4, 8, kLocalTextBytes + 44}),
+                  nList = c.chance(25) ? c.pick(-1, 0) : Record::toInt(texts.size()),
+                  nCount = nHow > 1 ? 1 : nList;
+    c.log("width", nWidth), c.log("count", nCount);
     const Fields fields(texts, nWidth, c.chance(128));
     const char *const *ppNames = fields.pointers.data();
     std::vector<int32_t> indices(texts.size(), -7), expected = indices;
     int32_t *pIndices = nHow > 1 || c.chance(240) ? indices.data() : nullptr;
     int32_t nStatus = 0;
-    if (nHow == 0) {
+    switch (nHow) {
+    case 0:
         nStatus = NamesManager_FindNameList(c.pReal, ppNames, nCount, bOneBased, pIndices);
-    }
-    if (nHow == 1) {
+        break;
+    case 1:
         nStatus = NamesManager_FindNames(c.pReal, ppNames, nCount, nWidth, bOneBased, pIndices);
+        break;
+    case 2: indices[0] = NamesManager_FindNameInField(c.pReal, *ppNames, nWidth, bOneBased); break;
+    default: indices[0] = NamesManager_FindName(c.pReal, *ppNames, bOneBased);
     }
-    if (nHow == 2) {
-        indices[0] = NamesManager_FindNameInField(c.pReal, ppNames[0], nWidth, bOneBased);
-    }
-    if (nHow == 3) { indices[0] = NamesManager_FindName(c.pReal, ppNames[0], bOneBased); }
     c.twin.buildIndex();
     for (int32_t k = 0; k < nCount; ++k) {
         const int32_t iFound = c.twin.findName(texts.data()[k], nWidth, bOneBased);
@@ -444,21 +429,20 @@ inline void find(Call &c) {
 }
 
 inline void checkDuplicates(Call &c) {
-    const auto [first, last, bOneBased] = c.range(true);
-    const bool bBuffer = c.tell("in a buffer", c.chance(128)),
-               bInContract = Record::boundsOf({first, last, bOneBased}).has_value();
-    const Strings texts = c.texts({first, last, bOneBased});
-    const std::string end = bBuffer ? std::string(1, '\0')
-                                    : c.pick<std::string>({"\t\n", "z", {"\0z", 2}}),
-                      buffer = joined(texts, end);
+    const Range at = c.range(true);
+    const auto [first, last, bOneBased] = at;
+    const bool bBuffer = c.log("in a buffer", c.chance(128)),
+               bInContract = Record::boundsOf(at).has_value();
+    const Strings texts = c.texts(at);
+    const std::string inList = c.pick<std::string>({"\t\n", "z", {"\0z", 2}}),
+                      end = bBuffer ? std::string(1, '\0') : inList, buffer = joined(texts, end);
     std::vector<std::optional<std::string>> given(texts.begin(), texts.end());
     std::vector<const char *> pointers;
     std::vector<int32_t> lengths;
     for (const char *p = buffer.data(); auto &text : given) {
         pointers.push_back(p);
-        lengths.push_back(
-            Record::lengthOf(*text) +
-            (end[0] == '\0' ? c.pick(0, 2) : 0));  // a name ends at its NUL in any case
+        const int32_t nBeyond = end[0] == '\0' ? c.pick(0, 2) : 0;  // a name ends at its NUL
+        lengths.push_back(Record::lengthOf(*text) + nBeyond);
         p += text->size() + end.size();
         if (bBuffer ? Record::lengthOf(*text) <= kMaxNameBytes : c.chance(240)) { continue; }
         text.reset();
@@ -466,19 +450,19 @@ inline void checkDuplicates(Call &c) {
     }
     std::string real(20, '#'), twin = real;
     const int32_t nSize = c.pick({-1, 0, 1, 4, 20});
-    model::Clash seen = {bInContract ? 7 : 0, -7, -7, ""}, clash = {0, -7, -7, ""};
-    auto &[bSeen, iSeen, iSecond, none] = seen;
+    int32_t bSeen = bInContract ? 7 : 0, iSeen = -7, iSecond = -7;
+    model::Clash clash = {0, -7, -7, ""};
     c.answer(bBuffer ? NamesManager_CheckDuplicateNamesInBuffer(c.pReal, first, last, bOneBased,
                                                                 buffer.data(), &bSeen, &iSeen,
                                                                 &iSecond, real.data(), nSize)
                      : NamesManager_CheckDuplicateNames(c.pReal, first, last, bOneBased,
                                                         pointers.data(), lengths.data(), &bSeen,
                                                         &iSeen, &iSecond, real.data(), nSize),
-             c.twin.checkDuplicateNames({first, last, bOneBased}, given, clash),
+             c.twin.checkDuplicateNames(at, given, clash),
              bBuffer && !bInContract ? "" : "+mine-mine");
     if (clash.bDuplicate != 0 && nSize > 0) {
-        twin.replace(0, std::min(clash.szName.size() + 1, static_cast<size_t>(nSize)),
-                     clash.szName.substr(0, static_cast<size_t>(nSize - 1)) + '\0');
+        const std::string cut = clash.name.substr(0, size_t(nSize - 1)) + '\0';
+        twin.replace(0, cut.size(), cut);
     }
     c.compare(shown(std::array{bSeen, iSeen, iSecond}) + real,
               shown(std::array{clash.bDuplicate, clash.iFirst, clash.iSecond}) + twin);
@@ -487,7 +471,7 @@ inline void checkDuplicates(Call &c) {
 inline void remove(Call &c) {
     Range at = c.range(false);
     if (c.chance(25) && at.last >= at.first) {
-        at.last = c.tell("to", c.pick({c.twin.nNames() + 500, INT32_MAX}));
+        at.last = c.log("to", c.pick({c.twin.nNames() + 500, INT32_MAX}));
     }
     c.answer(NamesManager_RemoveNames(c.pReal, at.first, at.last, at.bOneBased),
              c.twin.removeNames(at));
@@ -496,48 +480,43 @@ inline void remove(Call &c) {
 // Every so many indices of a range or of all, some left out, given twice or not in order, and some
 // that are of no name.
 inline void removeListed(Call &c) {
-    const bool bAll = c.chance(80);
-    const Range at = bAll ? Range{0, c.twin.nNames(), 0} : c.range(false);
+    const int32_t nNames = c.twin.nNames();
+    const Range at = c.chance(80) ? Range{0, nNames, 0} : c.range(false);
     std::vector<int32_t> indices;
-    const int32_t nStep = c.tell("every", c.pick(1, 4)), nLeftOut = c.pick({0, 20, 128, 240}),
-                  nTwice = c.pick({0, 20});
-    for (int32_t i = std::max(at.first, 0) - 2; i < std::min(at.last, c.twin.nNames() + 2);
-         i += nStep) {
+    const int32_t nStep = c.log("every", c.pick(1, 4)), nLeftOut = c.pick({0, 20, 128, 240}),
+                  nTwice = c.pick({0, 20}), iEnd = std::min(at.last, nNames + 2);
+    for (int32_t i = std::max(at.first, 0) - 2; i < iEnd; i += nStep) {
         if (!c.chance(nLeftOut)) { indices.insert(indices.end(), c.chance(nTwice) ? 2 : 1, i); }
     }
     if (c.chance(25)) { indices.push_back(INT32_MAX); }
-    const int32_t nCount = c.tell("count", Record::toInt(indices.size()));
-    if (c.chance(80)) {
-        for (int32_t i = nCount - 1; i > 0; --i) {
-            std::swap(indices.data()[i], indices.data()[c.pick(0, i)]);
-        }
+    const int32_t nCount = c.log("count", Record::toInt(indices.size()));
+    for (int32_t i = c.chance(80) ? nCount - 1 : 0; i > 0; --i) {
+        std::swap(indices.data()[i], indices.data()[c.pick(0, i)]);
     }
     c.answer(NamesManager_RemoveNamesByIndices(c.pReal, indices.data(), nCount),
              c.twin.removeNamesByIndices(indices));
 }
 
 inline void copy(Call &c) {
-    const bool bSelf = c.tell("itself", c.chance(25));
+    const bool bSelf = c.log("itself", c.chance(25));
     c.answer(NamesManager_Copy(c.pReal, (bSelf ? c.mine : c.other).pReal),
              bSelf ? 1 : c.twin.copy(c.other.twin), bSelf ? "" : "+mine+other-other-mine");
 }
 
 inline void wholeManager(Call &c) {
-    const int32_t nHow = c.tell("switch 0, release 1, clear 2:", c.pick({0, 1, 1, 1, 2}));
-    if (nHow == 0) {
-        c.answer(NamesManager_StoreIndividualNamePositions(c.pReal),
-                 c.twin.storeIndividualNamePositions());
-    }
-    if (nHow == 1) {
-        c.answer(NamesManager_ReleaseEmptyBlocks(c.pReal), c.twin.releaseEmptyBlocks());
-    }
-    if (nHow == 2) { c.answer(NamesManager_Clear(c.pReal), c.twin.clear()); }
+    const int32_t nHow = c.log("switch 0, release 1, clear 2:", c.pick({0, 1, 1, 1, 2}));
+    c.answer(nHow == 0   ? NamesManager_StoreIndividualNamePositions(c.pReal)
+             : nHow == 1 ? NamesManager_ReleaseEmptyBlocks(c.pReal)
+                         : NamesManager_Clear(c.pReal),
+             nHow == 0   ? c.twin.storeIndividualNamePositions()
+             : nHow == 1 ? c.twin.releaseEmptyBlocks()
+                         : c.twin.clear());
 }
 
 inline void save(Call &c) {
     const Strings image = c.twin.save();
     const int32_t nAll = Record::toInt(image.size()),
-                  iFailing = c.tell("failing at", c.chance(80) ? c.pick(0, nAll - 1) : nAll);
+                  iFailing = c.log("failing at", c.chance(80) ? c.pick(0, nAll - 1) : nAll);
     model::Output output = {.nRoom = iFailing};
     c.answer(NamesManager_Save(c.pReal, nullptr, &output.stream),
              iFailing < nAll ? model::kWriteError : 0);
@@ -561,21 +540,20 @@ inline void tighten(Call &c, Record &saved) {
         saved.resetCursor();
     }
     saved.nBlocksAlloc = saved.nBlocks() + c.pick(0, 3);
-    saved.nSegmentsAlloc =
-        saved.bSegments ? saved.nSegments() + c.pick(saved.nSegments() == 0 ? 1 : 0, 4) : 0;
+    const int32_t nSegments = saved.nSegments() + c.pick(saved.nSegments() == 0 ? 1 : 0, 4);
+    saved.nSegmentsAlloc = saved.bSegments ? nSegments : 0;
     saved.nPositionsAlloc = saved.bSegments ? 0 : saved.nNames() + c.pick(0, 7);
     saved.nGeneratedNameBase = c.pick({0, saved.nNames(), saved.nNames() + 2, INT32_MAX - 3});
     saved.cursor.nMisses = c.pick(0, kMaxFreeMisses + 2);
 }
 
 inline void load(Call &c) {
-    Record saved = (c.tell("of the other", c.chance(80)) ? c.other : c.mine).twin;
-    if (c.tell("tightened", c.chance(200))) { tighten(c, saved); }
-    const bool bNone = c.chance(12);
+    Record saved = (c.log("of the other", c.chance(80)) ? c.other : c.mine).twin;
+    if (c.log("tightened", c.chance(200))) { tighten(c, saved); }
+    const bool bNone = c.chance(12), bCut = c.chance(25);
     const std::string image = bNone ? std::string(4, '\xFF') : joined(saved.save(), "");
     const int32_t nImage = Record::lengthOf(image),
-                  nBytes = c.tell("bytes",
-                                  c.chance(25) ? c.pick(0, std::min(nImage, 65536) - 1) : nImage);
+                  nBytes = c.log("bytes", bCut ? c.pick(0, std::min(nImage, 65536) - 1) : nImage);
     const std::vector<char> copied(image.begin(), image.begin() + nBytes);
     steered::Input input(copied.data(), copied.size());
     c.answer<int32_t>(NamesManager_Load(c.pReal, nullptr, input.pStream),
@@ -609,179 +587,127 @@ constexpr struct {
 
 // ---- Histories
 
-using Numbers = std::array<int64_t, 17>;
-
-// What of a record is neither a table nor a text.
-inline Numbers numbersOf(const NamesManager &r) {
-    const int64_t nEntries = r.pLookupIndex != nullptr ? r.pLookupIndex->nEntries : -1;
-    return {r.nNames,
-            r.nBlocks,
-            r.nBlocksAlloc,
-            r.nSegments,
-            r.nSegmentsAlloc,
-            r.nPositionsAlloc,
-            nEntries,
-            r.nMaxNameLength,
-            r.nMaxNameLengthCount,
-            r.nGeneratedNameBase,
-            r.pSegments != nullptr,
-            r.pPositions != nullptr,
-            r.iCursorName,
-            r.iCursorSegment,
-            r.iCursorBlock,
-            r.nCursorOffset,
-            r.nCursorMisses};
-}
-inline Numbers numbersOf(const Record &r) {
-    return {r.nNames(),           r.nBlocks(),       r.nBlocksAlloc,
-            r.nSegments(),        r.nSegmentsAlloc,  r.nPositionsAlloc,
-            r.nEntries(),         r.nMaxNameLength,  r.nMaxNameLengthCount,
-            r.nGeneratedNameBase, r.bSegments,       !r.bSegments,
-            r.cursor.iName,       r.cursor.iSegment, r.cursor.iBlock,
-            r.cursor.nOffset,     r.cursor.nMisses};
-}
-
-// Where a manager differs from its twin, empty if nowhere.
-inline std::string difference(const NamesManager &real, const Record &twin) {
-    const Numbers numbers = numbersOf(real), expected = numbersOf(twin);
-    if (numbers != expected) {
-        return "Numbers " + shown(numbers) + "not " + shown(expected) + ". ";
-    }
-    const auto isBlock = [](const NameStorageBlock &one, const model::Block &other) {
-        return one.nSize == other.nSize && one.nNamesInBlock == other.nNames &&
-               other.text == std::string_view(one.pData, size_t(one.nUsed));
-    };
-    const auto isSame = [](const auto &one, const auto &other) {
-        return std::memcmp(&one, &other, sizeof one) == 0;
-    };
-    const auto &[blocks, segments, positions] =
-        std::tie(twin.blocks, twin.segments, twin.positions);
-    if (!std::equal(real.pBlocks, real.pBlocks + real.nBlocks, blocks.begin(), isBlock)) {
-        return "Blocks differ. ";
-    }
-    if (!std::equal(segments.begin(), segments.end(), real.pSegments, isSame)) {
-        return "Segments differ. ";
-    }
-    if (!std::equal(positions.begin(), positions.end(), real.pPositions, isSame)) {
-        return "Positions differ. ";
-    }
-    const bool bTexts =
-        twin.szNameFormat == std::string_view(real.szNameFormat, 32) &&
-        twin.szFirstGeneratedName == std::string_view(real.szFirstGeneratedName, 32);
-    return bTexts ? "" : "Texts differ. ";
+// Where a manager differs from its twin, empty if nowhere: in what it saves or in what it does not.
+inline std::string difference(const Pair &pair) {
+    const auto &[pReal, twin] = pair;
+    using Numbers = std::array<int64_t, 5>;
+    const int64_t nEntries = pReal->pLookupIndex != nullptr ? pReal->pLookupIndex->nEntries : -1;
+    const Numbers numbers = {pReal->pSegments != nullptr, pReal->pPositions != nullptr, nEntries,
+                             pReal->nMaxNameLength, pReal->nMaxNameLengthCount},
+                  expected = {twin.bSegments, !twin.bSegments, twin.nEntries(), twin.nMaxNameLength,
+                              twin.nMaxNameLengthCount};
+    if (numbers != expected) { return "It has " + shown(numbers) + "not " + shown(expected); }
+    const Strings image = twin.save();
+    model::Output output;
+    NamesManager_Save(pReal, nullptr, &output.stream);
+    steered::takeLocks();
+    const auto at =
+        std::mismatch(image.begin(), image.end(), output.writes.begin(), output.writes.end());
+    return output.writes == image ? ""
+                                  : "Part " + std::to_string(at.first - image.begin()) +
+                                        " of its image is not that of " + twin.layout();
 }
 
 // The record of a manager as it is.
 inline Record recordOf(const NamesManager &real) {
-    Record record(real.szNameFormat);
+    Record record("");
     record.szNameFormat.assign(real.szNameFormat, 32);
     record.szFirstGeneratedName.assign(real.szFirstGeneratedName, 32);
     record.nGeneratedNameBase = real.nGeneratedNameBase;
-    record.nMaxNameLength = real.nMaxNameLength,
+    record.nMaxNameLength = real.nMaxNameLength;
     record.nMaxNameLengthCount = real.nMaxNameLengthCount;
     record.blocks.clear();
-    for (const NameStorageBlock *p = real.pBlocks; p < real.pBlocks + real.nBlocks; ++p) {
-        record.blocks.push_back(
-            {p->nSize, p->nNamesInBlock, Record::bytesOf(p->pData, static_cast<size_t>(p->nUsed))});
+    for (const NameStorageBlock &from : std::span(real.pBlocks, size_t(real.nBlocks))) {
+        record.blocks.push_back({from.nSize, from.nNamesInBlock, {from.pData, size_t(from.nUsed)}});
     }
-    record.nBlocksAlloc = real.nBlocksAlloc, record.nSegmentsAlloc = real.nSegmentsAlloc,
+    record.bSegments = real.pSegments != nullptr;
+    record.segments.assign(real.pSegments, real.pSegments + real.nSegments);
+    record.positions.assign(real.pPositions,
+                            real.pPositions + (record.bSegments ? 0 : real.nNames));
+    record.nBlocksAlloc = real.nBlocksAlloc;
+    record.nSegmentsAlloc = real.nSegmentsAlloc;
     record.nPositionsAlloc = real.nPositionsAlloc;
+    record.bLookupIndex = real.pLookupIndex != nullptr;
     record.cursor = {real.iCursorName, real.iCursorSegment, real.iCursorBlock, real.nCursorOffset,
                      real.nCursorMisses};
-    record.bSegments = real.pSegments != nullptr,
-    record.bLookupIndex = real.pLookupIndex != nullptr;
-    if (record.bSegments) {
-        record.segments.assign(real.pSegments, real.pSegments + real.nSegments);
-    } else {
-        record.positions.assign(real.pPositions, real.pPositions + real.nNames);
-    }
     for (int32_t i = 0; i < real.nNames; ++i) {
         const auto [iBlock, nOffset] = record.positionOf(i);
-        record.names.emplace_back(real.pBlocks[iBlock].pData + nOffset);
-        const int32_t iFound =
-            record.bLookupIndex ? HostHashMap_Find(real.pLookupIndex, record.name(i).c_str()) : -1;
-        if (iFound != -1 && !steered::kHoldsEqualKeys) {
-            record.entries.emplace(record.name(i), iFound);
-        }
+        const char *szName =
+            record.names.emplace_back(real.pBlocks[iBlock].pData + nOffset).c_str();
+        if (!record.bLookupIndex || steered::kHoldsEqualKeys) { continue; }
+        const int32_t iFound = HostHashMap_Find(real.pLookupIndex, szName);
+        if (iFound != -1) { record.entries.emplace(szName, iFound); }
     }
     return record;
 }
 
-// Makes the twin of a manager whose memory ran short what the manager is now. Each name must be of
-// those known before or of those that the twin has come to, and a known maximum true.
+// Makes the twin of a manager whose memory ran short what the manager is now. Each name must be one
+// of those before or of those that the twin has come to, and a known maximum true.
 inline std::string adopt(Pair &pair, Strings known) {
-    if (pair.pReal->pSegments == nullptr && pair.pReal->pPositions == nullptr) {
-        NamesManager_Clear(pair.pReal);
-    }
-    known.insert(known.end(), pair.twin.names.begin(), pair.twin.names.end());
+    auto &[pReal, twin] = pair;
+    if (pReal->pSegments == nullptr && pReal->pPositions == nullptr) { NamesManager_Clear(pReal); }
+    known.insert(known.end(), twin.names.begin(), twin.names.end());
     std::sort(known.begin(), known.end());
-    pair.twin = recordOf(*pair.pReal);
-    for (const std::string &name : pair.twin.names) {
-        if (!std::binary_search(known.begin(), known.end(), name)) {
-            return "A name from nowhere. ";
-        }
-    }
-    return Record::isMaximum(*pair.pReal, pair.twin.names) ? "" : "A false maximum. ";
+    twin = recordOf(*pReal);
+    const bool bKnown = std::all_of(twin.names.begin(), twin.names.end(), [&known](auto &name) {
+        return std::binary_search(known.begin(), known.end(), name);
+    });
+    return std::string(bKnown ? "" : "A name from nowhere. ") +
+           (twin.hasTrueMaximum() ? "" : "A false maximum. ");
+}
+
+inline std::string audit(Pair &pair) {
+    steered::takeReports();
+    NamesManager_AssertConsistency(pair.pReal);
+    const bool bAsOwed = steered::takeReports().nAssertions == pair.twin.owedReports();
+    return bAsOwed ? "" : "The audit reports. ";
 }
 
 // Two managers and their twins.
 struct Game {
     Habits habits;
-    std::vector<Pair> pairs;
-    Game(Habits given, Pair one, Pair another)
-        : habits(given), pairs{std::move(one), std::move(another)} {
-        steered::takeReports();
-        steered::takeLocks();
-    }
-    Game(const Game &) = delete;
-    Game &operator=(const Game &) = delete;
+    Pair pairs[2];
 
     // Carries out an operation on one of the managers and returns what went wrong.
-    std::string play(size_t iKind, size_t iManager, Choices choose, std::ostream *pTold) {
-        Call c = {std::move(choose), habits, pairs[iManager], pairs[1 - iManager], pTold};
-        const bool bShort = c.chance(habits.nShort);
-        if (bShort) {
-            c.known = pairs[0].twin.names,
-            c.known.insert(c.known.end(), pairs[1].twin.names.begin(), pairs[1].twin.names.end());
+    std::string play(size_t iKind, size_t iManager, Choices choose, std::ostream *pLog) {
+        Call c = {std::move(choose), habits, pairs[iManager], pairs[1 - iManager], pLog};
+        Strings before;  // the names of both
+        if (habits.nShort > 0) {
+            before = c.twin.names;
+            before.insert(before.end(), c.other.twin.names.begin(), c.other.twin.names.end());
         }
+        steered::takeReports();
+        steered::takeLocks();
         model::g_nErrors = 0;
-        c.tell("manager", iManager);
-        c.tell(kKinds[iKind].szName, ':');
+        c.log("\nmanager", iManager), c.log(kKinds[iKind].szName, ':');
         steered::setMaps(!c.chance(habits.nShort));
-        if (bShort) {
-            steered::startFailing(c.tell("failing at", c.pick(1, 12)),
-                                  c.tell("from there", c.chance(128)));
+        if (c.chance(habits.nShort)) {
+            const int32_t n = c.log("failing at", c.pick(1, 12));
+            HostMem_FailAt(n, c.log("from there", c.chance(128)));
         }
         kKinds[iKind].pfnRun(c);
         steered::setMaps(true);
-        const bool bFailed = bShort && steered::endFailing();
-        const auto reports = steered::takeReports();
+        const bool bFailed = HostMem_HasFailed();
+        HostMem_FailAt(0, 0);
+        const auto [nErrors, nAssertions] = steered::takeReports();
         if (bFailed) {
-            c.wrong = adopt(pairs[0], c.known) + adopt(pairs[1], c.known);
+            c.wrong = adopt(c.mine, before) + adopt(c.other, before);
             steered::takeLocks();
         }
-        if ((reports.nErrors != model::g_nErrors && !bFailed) || reports.nAssertions != 0) {
+        if ((nErrors != model::g_nErrors && !bFailed) || nAssertions != 0) {
             c.wrong += "Reports. ";
         }
-        c.wrong += difference(*c.pReal, c.twin) + difference(*c.other.pReal, c.other.twin);
-        if (c.chance(habits.nAudited)) { c.wrong += audit(c.mine); }
+        if (c.chance(habits.nAudited)) { c.wrong += audit(c.mine) + difference(c.other); }
         if (!steered::takeLocks().empty()) { c.wrong += "A lock too many. "; }
-        if (pTold != nullptr) { *pTold << '\n'; }
-        return c.wrong + steered::takeRefusals();
-    }
-
-    static std::string audit(const Pair &pair) {
-        NamesManager_AssertConsistency(pair.pReal);
-        return steered::takeReports().nAssertions == pair.twin.owedReports()
-                   ? ""
-                   : "The audit reports. ";
+        return c.wrong + difference(c.mine) + HostMem_TakeRefusals();
     }
 
     // Ends the game and both managers; what went wrong.
     std::string end() {
         std::string wrong;
-        for (const Pair &pair : pairs) {
-            wrong += audit(pair);
+        steered::takeLocks();
+        for (Pair &pair : pairs) {
+            wrong += difference(pair) + audit(pair);
             NamesManager_Destroy(pair.pReal);
         }
         return steered::takeLocks().empty() ? wrong : wrong + "A lock too many. ";

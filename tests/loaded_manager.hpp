@@ -60,19 +60,23 @@ inline std::string normalized(std::string image, int32_t nBlocks) {
     return image;
 }
 
-// What is wrong with a manager, empty if nothing is. So many operations are carried out on it, and
-// it ends.
-inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose,
+// What is wrong with two managers, empty if nothing is. So many operations are carried out on them,
+// and they end.
+inline std::string faultIn(NamesManager *mgr, NamesManager *other, const histories::Choices &choose,
                            int32_t nOperations) {
-    histories::Game game({0, 0, 0, 0, 0}, {mgr, histories::recordOf(*mgr)}, histories::newPair(0));
+    histories::Game game = {
+        {}, {{mgr, histories::recordOf(*mgr)}, {other, histories::recordOf(*other)}}};
     const std::string_view format = mgr->szNameFormat;
     // The model prints numbers as the C library does, which takes its time for very many digits.
     const auto bLong = std::search_n(format.begin(), format.end(), 4, '0', [](char c, char) {
                            return c >= '0' && c <= '9';
                        }) != format.end();
-    std::string wrong = game.audit(game.pairs[0]);
+    std::string wrong = histories::audit(game.pairs[0]) + histories::audit(game.pairs[1]);
+    if (!game.pairs[0].twin.hasTrueMaximum() || !game.pairs[1].twin.hasTrueMaximum()) {
+        wrong += "A false maximum. ";
+    }
     for (; nOperations > 0 && wrong.empty() && !bLong; --nOperations) {
-        wrong = game.play(choose(std::size(histories::kKinds)), 0, choose, nullptr);
+        wrong = game.play(choose(std::size(histories::kKinds)), choose(2), choose, nullptr);
     }
     return wrong + game.end();
 }
@@ -81,7 +85,7 @@ inline std::string faultIn(NamesManager *mgr, const histories::Choices &choose,
 // the image serves for choices.
 inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, int32_t nStatus,
                                   int32_t nOperations) {
-    std::string wrong = nStatus != 0 ? histories::difference(*mgr, Record("nm%d")) : "";
+    std::string wrong = nStatus != 0 ? histories::difference({mgr, Record("nm%d")}) : "";
     const std::string saved = imageOf(histories::recordOf(*mgr));
     const bool bState = nStatus == 0 && !image.starts_with("\xff\xff\xff\xff");
     if (bState && !normalized(image, mgr->nBlocks).starts_with(saved)) {
@@ -91,7 +95,7 @@ inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, i
     const bool bRest = bState && saved.size() < image.size();
     const auto choices = bRest ? histories::byteChoices(pEnd - image.size() + saved.size(), pEnd)
                                : histories::randomChoices(1);
-    return wrong + faultIn(mgr, choices, nOperations);
+    return wrong + faultIn(mgr, NamesManager_Create(nullptr, nullptr), choices, nOperations);
 }
 
 }  // namespace loaded

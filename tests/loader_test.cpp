@@ -30,7 +30,7 @@ int32_t offer(const std::string &image) {
     return nStatus;
 }
 
-// Kilobytes; 0 on a system that does not tell, where the test is left out.
+// Kilobytes; 0 on a system that does not say, where the test is left out.
 int64_t peakResident() {
 #ifdef RUSAGE_SELF
     rusage usage = {};
@@ -44,18 +44,13 @@ int64_t peakResident() {
 // The first test, so that the peak is its own. Sanitizers keep books on memory that nobody touches.
 TEST(Loader, TouchesNoMemoryThatAnImageOnlyClaims) {
     [[maybe_unused]] const int64_t nBefore = peakResident();
+    // In the header: counts alone and with capacities; in the block table: a size alone and with
+    // the bytes used.
+    const size_t aFields[][2] = {{4, 8},  {8, 8},   {12, 16},   {16, 16},
+                                 {0, 20}, {20, 20}, {100, 100}, {100, 104}};
     for (const Record &record : soundRecords()) {
         for (const int32_t nClaim : {1000000, 80000000, INT32_MAX - 16, INT32_MAX}) {
-            // in the header: counts alone and with capacities; in the block table: a size alone and
-            // with the bytes used
-            for (const auto &[one, other] : {std::pair{4U, 8U},
-                                             {8U, 8U},
-                                             {12U, 16U},
-                                             {16U, 16U},
-                                             {0U, 20U},
-                                             {20U, 20U},
-                                             {100U, 100U},
-                                             {100U, 104U}}) {
+            for (const auto &[one, other] : aFields) {
                 std::string image = imageOf(record);
                 std::memcpy(&image[one], &nClaim, sizeof nClaim);
                 std::memcpy(&image[other], &nClaim, sizeof nClaim);
@@ -77,7 +72,7 @@ TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
             EXPECT_EQ(HostStreamError_End, offer(image.substr(0, at))) << at;
             for (const int32_t nByte : {image[at] ^ 1, image[at] ^ 0x80, 0, 0xff, int32_t{' '}}) {
                 std::string changed = image;
-                changed[at] = static_cast<char>(nByte);
+                changed[at] = char(nByte);
                 const int32_t nStatus = offer(changed);
                 EXPECT_TRUE(nStatus == 0 || nStatus == -1 || nStatus == HostStreamError_End)
                     << at << ' ' << nByte;
@@ -88,53 +83,53 @@ TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
     }
 }
 
-const struct {
+struct Unsound {
     const char *szWhat;
-    bool bPositions;
-    void (*pfnSpoil)(Record &record);
-} kUnsound[] = {
-    {"a name too many", false, [](Record &r) { r.names.emplace_back(); }},
-    {"equal texts", false,
+    void (*pfnSpoil)(Record &r);
+};
+const Unsound kSegmentMode[] = {
+    {"a name too many", [](Record &r) { r.names.emplace_back(); }},
+    {"equal texts",
      [](Record &r) { r.segments[3].nOffset = r.segments[0].nOffset, r.segments[3].iBlock = 0; }},
-    {"overlapping segments", false,
-     [](Record &r) { --r.segments[1].nOffset, ++r.segments[1].nBytes; }},
-    {"a segment without its last NUL", false, [](Record &r) { --r.segments[0].nBytes; }},
-    {"a segment of 129 names", false,
+    {"overlapping segments", [](Record &r) { --r.segments[1].nOffset, ++r.segments[1].nBytes; }},
+    {"a segment without its last NUL", [](Record &r) { --r.segments[0].nBytes; }},
+    {"a segment of 129 names",
      [](Record &r) {
          r = Record("%d"), r.generateNames(129), ++r.segments[0].iLast, r.segments[0].nBytes += 4,
          r.segments.pop_back();
      }},
-    {"an end beyond 32 bits", false,
+    {"an end beyond 32 bits",
      [](Record &r) { r.segments[0].nOffset = INT32_MAX, r.segments[0].nBytes = INT32_MAX; }},
-    {"tables of both modes", false, [](Record &r) { r.nPositionsAlloc = 32; }},
-    {"a cursor one name on", false, [](Record &r) { ++r.cursor.iName; }},
-    {"a cursor one byte on", false, [](Record &r) { ++r.cursor.nOffset; }},
-    {"a cursor in another block", false, [](Record &r) { ++r.cursor.iBlock; }},
-    {"equal positions", true, [](Record &r) { r.positions[1] = r.positions[0]; }},
-    {"overlapping positions", true,
+    {"tables of both modes", [](Record &r) { r.nPositionsAlloc = 32; }},
+    {"a cursor one name on", [](Record &r) { ++r.cursor.iName; }},
+    {"a cursor one byte on", [](Record &r) { ++r.cursor.nOffset; }},
+    {"a cursor in another block", [](Record &r) { ++r.cursor.iBlock; }},
+};
+const Unsound kPositionMode[] = {
+    {"equal positions", [](Record &r) { r.positions[1] = r.positions[0]; }},
+    {"overlapping positions",
      [](Record &r) { r.positions[1] = r.positions[0], ++r.positions[1].nOffset; }},
-    {"a cursor among positions", true, [](Record &r) { r.cursor.iName = 1; }},
-    {"no NUL at a block's end", true, [](Record &r) { r.blocks[0].text.back() = 'x'; }},
-    {"a name that ends in a blank", true,
+    {"a cursor among positions", [](Record &r) { r.cursor.iName = 1; }},
+    {"no NUL at a block's end", [](Record &r) { r.blocks[0].text.back() = 'x'; }},
+    {"a name that ends in a blank",
      [](Record &r) { r.blocks[1].text[size_t(r.blocks[1].nUsed()) - 2] = ' '; }},
-    {"names counted in another block", true,
+    {"names counted in another block",
      [](Record &r) { ++r.blocks[0].nNames, --r.blocks[1].nNames; }},
-    {"a position behind the last block", true,
+    {"a position after the last block",
      [](Record &r) { r.positions[1].iBlock = r.nBlocksAlloc = r.nBlocks(); }},
-    {"a negative number", true, [](Record &r) { r.nGeneratedNameBase = -1; }},
-    {"a number that cannot grow", true, [](Record &r) { r.nGeneratedNameBase = INT32_MAX; }},
-    {"a format without its NUL", true,
-     [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
-    {"a first name without its NUL", true,
-     [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
+    {"a negative number", [](Record &r) { r.nGeneratedNameBase = -1; }},
+    {"a number that cannot grow", [](Record &r) { r.nGeneratedNameBase = INT32_MAX; }},
+    {"a format without its NUL", [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
+    {"a first name without its NUL", [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
 };
 
 TEST(Loader, RefusesUnsoundImages) {
-    for (const auto &[szWhat, bPositions, pfnSpoil] : kUnsound) {
-        Record record = recordWithNames(bPositions);
-        pfnSpoil(record);
-        EXPECT_EQ(-1, offer(imageOf(record))) << szWhat;
-    }
+    const auto refuse = [](Record record, const Unsound &unsound) {
+        unsound.pfnSpoil(record);
+        EXPECT_EQ(-1, offer(imageOf(record))) << unsound.szWhat;
+    };
+    for (const Unsound &unsound : kSegmentMode) { refuse(recordWithNames(false), unsound); }
+    for (const Unsound &unsound : kPositionMode) { refuse(recordWithNames(true), unsound); }
     std::string image = imageOf(Record("nm%d"));
     image.replace(104, 8, Record::bytesOf({-1, 1}));  // nUsed and nNamesInBlock of the only block
     EXPECT_EQ(-1, offer(image));
@@ -155,7 +150,7 @@ NamesManager *managerAt(const std::string &format, int32_t nNumber) {
 TEST(Format, PrintsAsPrintfDoes) {
     const auto choose = histories::randomChoices(1);
     const auto pick = [&choose](const Strings &from) {
-        return from[choose(static_cast<uint32_t>(from.size()))];
+        return from[choose(uint32_t(from.size()))];
     };
     for (int32_t i = 0; i < 5000 && !HasFailure(); ++i) {
         const std::string flags =

@@ -1,13 +1,12 @@
-// A second, slow telling of the names manager: every operation carried out step by step on plain
-// containers, so that after each one the whole record of a real manager can be compared with it. It
-// takes the module's sizes from the header that the module takes them from, and never runs out of
-// memory, but knows how to do without maps. Statuses, index bases and widths are those of
+// The names manager once more, slow and plain: every operation step by step on containers, so that
+// after each one the whole record of a real manager can be compared with it. It takes the module's
+// sizes from the header that the module takes them from. It never runs out of memory, but does
+// without maps where the host has none. Statuses, index bases and widths are those of
 // names/names_manager.h; texts hold no NUL; pTexts points to one text for each index of its range.
 // Sizes of names count the NUL, lengths do not.
 #pragma once
 
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <numeric>
 #include <optional>
@@ -41,21 +40,20 @@ inline std::string joined(const Strings &texts, const std::string &end = "") {
 }
 
 constexpr int32_t kWriteError = -78;
-int32_t keepWrite(HostOutputStream *pStream, const void *pData, uint64_t nBytes);
-constexpr HostOutputStreamOps kKeeping = {keepWrite};
 
-// Keeps each write to &output.stream; those behind the first nRoom fail.
+// Keeps each write to &output.stream; those after the first nRoom fail.
 struct Output {
-    HostOutputStream stream = {&kKeeping};
+    HostOutputStream stream = {&kOps};
     int32_t nRoom = INT32_MAX;
     Strings writes = {};
-};
 
-inline int32_t keepWrite(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
-    auto *pOutput = reinterpret_cast<Output *>(pStream);
-    pOutput->writes.emplace_back(static_cast<const char *>(pData), nBytes);
-    return std::ssize(pOutput->writes) > pOutput->nRoom ? kWriteError : 0;
-}
+    static int32_t keep(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
+        auto *pOutput = reinterpret_cast<Output *>(pStream);
+        pOutput->writes.emplace_back(static_cast<const char *>(pData), nBytes);
+        return std::ssize(pOutput->writes) > pOutput->nRoom ? kWriteError : 0;
+    }
+    static constexpr HostOutputStreamOps kOps = {keep};
+};
 
 // An index range as a caller gives it, or within the contract and 0-based.
 struct Range {
@@ -70,7 +68,7 @@ struct Field {
 // What the duplicate check finds; the last three count only where bDuplicate is set.
 struct Clash {
     int32_t bDuplicate, iFirst, iSecond;
-    std::string szName;
+    std::string name;
 };
 
 // As it ends a saved image.
@@ -81,7 +79,7 @@ struct Cursor {
 struct Block {
     int32_t nSize, nNames;
     std::string text;  // the nUsed bytes, dead ones included
-    int32_t nUsed() const { return static_cast<int32_t>(text.size()); }
+    int32_t nUsed() const { return int32_t(text.size()); }
     int32_t nRoom() const { return nSize - nUsed(); }
 };
 
@@ -96,27 +94,28 @@ struct Record {
     int32_t nBlocksAlloc = kTableStep, nSegmentsAlloc = kTableStep, nPositionsAlloc = 0;
     bool bSegments = true;  // the storage mode: segments, else positions
     bool bLookupIndex = false;
-    std::unordered_map<std::string, int32_t>
-        entries;  // of the index, where the host's map refuses equal keys
+    std::unordered_map<std::string, int32_t> entries;  // its own, where maps refuse equal keys
     Cursor cursor = {-1, 0, 0, 0, 0};
 
     explicit Record(const char *szFormat) : szNameFormat(szFormat) { szNameFormat.resize(32); }
 
-    static int32_t toInt(size_t n) { return static_cast<int32_t>(n); }
+    static int32_t toInt(size_t n) { return int32_t(n); }
     static int32_t lengthOf(const std::string &name) { return toInt(name.size()); }
     static int32_t sizeOf(const std::string &name) { return lengthOf(name) + 1; }
-    static int32_t endOf(const NameSegment &segment) { return segment.nOffset + segment.nBytes; }
-    static int32_t countOf(const NameSegment &segment) {
-        return segment.iLast - segment.iFirst + 1;
-    }
+    static int32_t endOf(const NameSegment &in) { return in.nOffset + in.nBytes; }
+    static int32_t countOf(const NameSegment &in) { return in.iLast - in.iFirst + 1; }
     static std::string trimmed(std::string_view text) {
         return std::string(text.substr(0, text.find_last_not_of(' ') + 1));
     }
     static std::string bytesOf(const void *pData, size_t nBytes) {
         return {static_cast<const char *>(pData), nBytes};
     }
-    static std::string bytesOf(std::vector<int32_t> numbers) {
-        return bytesOf(numbers.data(), numbers.size() * sizeof(int32_t));
+    template <typename T>
+    static std::string bytesOf(const std::vector<T> &items) {
+        return bytesOf(items.data(), items.size() * sizeof(T));
+    }
+    static std::string bytesOf(std::initializer_list<int32_t> numbers) {
+        return bytesOf(numbers.begin(), numbers.size() * sizeof(int32_t));
     }
 
     int32_t nNames() const { return toInt(names.size()); }
@@ -133,7 +132,7 @@ struct Record {
         const int64_t first = int64_t{range.first} - (range.bOneBased != 0);
         const int64_t last = int64_t{range.last} - (range.bOneBased != 0);
         if (first < 0 || first > last + 1 || last >= INT32_MAX) { return std::nullopt; }
-        return Range{static_cast<int32_t>(first), static_cast<int32_t>(last), 0};
+        return Range{int32_t(first), int32_t(last), 0};
     }
 
     static int32_t sizeOf(Texts texts) {
@@ -146,8 +145,9 @@ struct Record {
     }
 
     int32_t segmentOf(int32_t iName) {
-        const auto bBefore = [=](const NameSegment &segment) { return segment.iLast < iName; };
-        return static_cast<int32_t>(std::count_if(segments.begin(), segments.end(), bBefore));
+        int32_t iSegment = 0;
+        while (segment(iSegment).iLast < iName) { ++iSegment; }
+        return iSegment;
     }
 
     NamePosition positionOf(int32_t iName) {
@@ -170,8 +170,7 @@ struct Record {
 
     // Writes a name with its NUL over the text at nOffset, or at the end of it.
     void writeName(int32_t iBlock, int32_t nOffset, const std::string &text) {
-        block(iBlock).text.replace(static_cast<size_t>(nOffset), text.size() + 1, text.c_str(),
-                                   text.size() + 1);
+        block(iBlock).text.replace(size_t(nOffset), text.size() + 1, text.c_str(), text.size() + 1);
     }
 
     int32_t chooseBlock(int32_t nNeed) {
@@ -188,7 +187,7 @@ struct Record {
         Block &old = block(iBlock);
         old.nNames -= nCount;
         if (old.nNames == 0 || nOffset + nBytes == old.nUsed()) {
-            old.text.resize(old.nNames == 0 ? 0 : static_cast<size_t>(nOffset));
+            old.text.resize(old.nNames == 0 ? 0 : size_t(nOffset));
         }
     }
 
@@ -243,7 +242,7 @@ struct Record {
 
     void resetCursor() { cursor.iName = -1, cursor.nMisses = 0; }
 
-    // What a retrieval leaves behind.
+    // What a retrieval does to the cursor.
     void finishRead(Range bounds) {
         if (!bSegments || bounds.first > bounds.last) { return; }
         const bool bHit = bounds.first == 0 || bounds.first == cursor.iName;
@@ -252,13 +251,11 @@ struct Record {
             storeIndividualNamePositions();
             return;
         }
-        const int32_t iSegment = segmentOf(bounds.last);
+        const int32_t iSegment = segmentOf(bounds.last), iNext = bounds.last + 1;
         const NameSegment &in = segment(iSegment);
         cursor.iName = -1;
-        if (bounds.last < in.iLast) {
-            cursor = {bounds.last + 1, iSegment, in.iBlock, offsetOf(in, bounds.last + 1),
-                      cursor.nMisses};
-        }
+        if (iNext > in.iLast) { return; }
+        cursor = {iNext, iSegment, in.iBlock, offsetOf(in, iNext), cursor.nMisses};
     }
 
     // The bounds of a range to be read, its missing names generated; nothing where that is refused.
@@ -320,36 +317,36 @@ struct Record {
     }
 
     // Replaces the names within the bounds that lie in the first one's segment; returns how many.
-    int32_t replaceRun(Range bounds, const std::string *pTexts) {
+    int32_t replacePiece(Range bounds, const std::string *pTexts) {
         int32_t iSegment = segmentOf(bounds.first);
         if (segment(iSegment).iFirst < bounds.first || segment(iSegment).iLast > bounds.last) {
             reserveTwoSegments();
         }
         iSegment = cutSegment(iSegment, bounds);
-        NameSegment &run = segment(iSegment);
-        const int32_t nRun = countOf(run), iLast = run.iLast,
-                      nNew = sizeOf(Texts(pTexts, pTexts + nRun));
-        const bool bEndsBlock = endOf(run) == block(run.iBlock).nUsed();
-        if (nNew > run.nBytes && (!bEndsBlock || nNew > block(run.iBlock).nSize - run.nOffset)) {
+        NameSegment &piece = segment(iSegment);
+        const int32_t nCount = countOf(piece), iLast = piece.iLast,
+                      nNew = sizeOf(Texts(pTexts, pTexts + nCount));
+        const bool bEndsBlock = endOf(piece) == block(piece.iBlock).nUsed();
+        if (nNew > piece.nBytes &&
+            (!bEndsBlock || nNew > block(piece.iBlock).nSize - piece.nOffset)) {
             const int32_t iBlock = chooseBlock(nNew);
-            leaveBlock(run.iBlock, run.nOffset, run.nBytes, nRun);
-            block(iBlock).nNames += nRun;
-            run.iBlock = iBlock;
-            run.nOffset = block(iBlock).nUsed();
+            leaveBlock(piece.iBlock, piece.nOffset, piece.nBytes, nCount);
+            block(iBlock).nNames += nCount;
+            piece.iBlock = iBlock;
+            piece.nOffset = block(iBlock).nUsed();
         } else if (bEndsBlock) {
-            block(run.iBlock)
-                .text.resize(static_cast<size_t>(run.nOffset) + static_cast<size_t>(nNew));
+            block(piece.iBlock).text.resize(size_t(piece.nOffset) + size_t(nNew));
         }
-        run.nBytes = nNew;
-        for (int32_t i = run.iFirst; i <= iLast; ++i) {
-            name(i) = pTexts[i - run.iFirst];
-            writeName(run.iBlock, offsetOf(run, i), name(i));
+        piece.nBytes = nNew;
+        for (int32_t i = piece.iFirst; i <= iLast; ++i) {
+            name(i) = pTexts[i - piece.iFirst];
+            writeName(piece.iBlock, offsetOf(piece, i), name(i));
             indexName(i);
         }
         iSegment -= mergeSegment(iSegment);
         if (iLast == bounds.last) { mergeSegment(iSegment + 1); }
         switchWhereSegmentsDoNotPay();
-        return nRun;
+        return nCount;
     }
 
     void replaceNames(Range bounds, const std::string *pTexts) {
@@ -366,7 +363,7 @@ struct Record {
                 replaceAtPosition(i, pTexts[i - bounds.first], iCurrent);
                 ++i;
             } else {
-                i += replaceRun({i, bounds.last, 0}, pTexts + (i - bounds.first));
+                i += replacePiece({i, bounds.last, 0}, pTexts + (i - bounds.first));
                 if (!bSegments) { iCurrent = 0; }
             }
         }
@@ -419,8 +416,7 @@ struct Record {
     }
 
     int32_t addNameWithMaxLength(Range range, const std::string &text, int32_t nMaxLength) {
-        const std::string stored =
-            trimmed(text.substr(0, static_cast<size_t>(std::max(nMaxLength, 0))));
+        const std::string stored = trimmed(text.substr(0, size_t(std::max(nMaxLength, 0))));
         return storeNames(range, &stored);
     }
 
@@ -437,8 +433,7 @@ struct Record {
         }
         char szText[2100];
         if (nNumber == INT32_MAX) { return std::nullopt; }
-        std::snprintf(szText, sizeof szText, szNameFormat.c_str(),
-                      static_cast<int32_t>(nNumber + 1));
+        std::snprintf(szText, sizeof szText, szNameFormat.c_str(), int32_t(nNumber + 1));
         std::optional<std::string> made = trimmed(szText);
         return lengthOf(*made) > kMaxNameBytes ? std::nullopt : made;
     }
@@ -452,7 +447,7 @@ struct Record {
             }
             if (!candidate) { return ++g_nErrors, 1; }
             addNames({iName, iName, 0}, &*candidate);
-            if (iName == iLast) { nGeneratedNameBase = static_cast<int32_t>(nNumber - 1); }
+            if (iName == iLast) { nGeneratedNameBase = int32_t(nNumber - 1); }
         }
         return 0;
     }
@@ -489,7 +484,7 @@ struct Record {
     }
 
     static std::string fieldOf(const std::string &text, Field field) {
-        const auto nCharacters = static_cast<size_t>(field.nWidth - 1);
+        const auto nCharacters = size_t(field.nWidth - 1);
         std::string made = field.bTruncate != 0 ? text.substr(0, nCharacters) : text;
         if (field.bPad != 0) { made.resize(std::max(made.size(), nCharacters), ' '); }
         return made;
@@ -519,16 +514,14 @@ struct Record {
         return nMaxNameLength;
     }
 
-    // Whether what a manager with these names knows of the longest is true; their count may be too
-    // low.
-    static bool isMaximum(const NamesManager &mgr, const Strings &names) {
-        Record measured("");
-        measured.names = names;
-        const bool bLength = mgr.nMaxNameLength == measured.getMaxNameLength();
-        const bool bCount = mgr.nMaxNameLengthCount > 0
-                                ? mgr.nMaxNameLengthCount <= measured.nMaxNameLengthCount
-                                : names.empty();
-        return mgr.nMaxNameLength == -1 || (bLength && bCount);
+    // Whether what is known of the longest name is true; the count may be too low.
+    bool hasTrueMaximum() const {
+        Record fresh("");
+        fresh.names = names;
+        const bool bLength = nMaxNameLength == fresh.getMaxNameLength(),
+                   bCount = nMaxNameLengthCount > 0 || names.empty();
+        return nMaxNameLength == -1 ||
+               (bLength && bCount && nMaxNameLengthCount <= fresh.nMaxNameLengthCount);
     }
 
     // What is appended, to where there is room for nRoom bytes, comes back in text.
@@ -541,7 +534,7 @@ struct Record {
         }
         const std::string made =
             fieldOf(texts[0], {field.bPad, field.bPad != 0 && steered::kCutsFields, field.nWidth});
-        const uint64_t nBlanks = bTrailingBlanks ? static_cast<uint64_t>(field.nWidth) - 1 : 0;
+        const uint64_t nBlanks = bTrailingBlanks ? uint64_t(field.nWidth) - 1 : 0;
         if (made.size() > nRoom) { return 1; }
         const bool bAll = nBlanks <= nRoom - made.size();
         text = made + std::string(bAll ? nBlanks : 0, ' ');
@@ -554,10 +547,7 @@ struct Record {
         const auto bounds = boundsOf(range);
         if (!bounds || generateNamesUpTo(bounds->first - 1) != 0) { return 1; }
         for (auto &text : given) {
-            while (text && !text->empty() &&
-                   std::isspace(static_cast<unsigned char>(text->back())) != 0) {
-                text->pop_back();
-            }
+            if (text) { text->resize(text->find_last_not_of(" \t\n\v\f\r") + 1); }
         }
         const auto report = [&](size_t k, int32_t iHeld) {
             clash = {1, iHeld, range.first + toInt(k), *given[k]};
@@ -565,9 +555,7 @@ struct Record {
         if (!given.empty() && !steered::hasMaps()) { return 1; }
         for (size_t k = 0; k < given.size(); ++k) {
             const auto iSame = std::find(given.begin(), given.end(), given[k]) - given.begin();
-            if (given[k] && iSame < toInt(k)) {
-                return report(k, range.first + static_cast<int32_t>(iSame)), 0;
-            }
+            if (given[k] && iSame < toInt(k)) { return report(k, range.first + int32_t(iSame)), 0; }
         }
         if (bounds->first == 0 && bounds->last >= nNames() - 1) { return 0; }
         for (size_t k = 0; k < given.size(); ++k) {
@@ -613,9 +601,7 @@ struct Record {
 
     int32_t findName(const std::string &text, int32_t nWidth, int32_t bOneBased) {
         const int32_t iFound = findText(
-            nWidth < -1
-                ? text
-                : trimmed(nWidth == -1 ? text : text.substr(0, static_cast<size_t>(nWidth))));
+            nWidth < -1 ? text : trimmed(nWidth == -1 ? text : text.substr(0, size_t(nWidth))));
         return iFound == -1 ? -1 : iFound + (bOneBased != 0);
     }
 
@@ -728,6 +714,7 @@ struct Record {
     // The image, one string for each write to the stream.
     Strings save() const {
         Strings writes;
+        writes.reserve(16);
         for (const int32_t n :
              {nNames(), nBlocks(), nBlocksAlloc, nSegments(), nSegmentsAlloc, nPositionsAlloc}) {
             writes.push_back(bytesOf({n}));
@@ -737,12 +724,8 @@ struct Record {
         for (const Block &saved : blocks) {
             writes.back() += bytesOf({0, 0, saved.nSize, saved.nUsed(), saved.nNames, 0});
         }
-        if (!segments.empty()) {
-            writes.push_back(bytesOf(segments.data(), segments.size() * sizeof(NameSegment)));
-        }
-        if (!positions.empty()) {
-            writes.push_back(bytesOf(positions.data(), positions.size() * sizeof(NamePosition)));
-        }
+        if (!segments.empty()) { writes.push_back(bytesOf(segments)); }
+        if (!positions.empty()) { writes.push_back(bytesOf(positions)); }
         for (const Block &saved : blocks) { writes.push_back(saved.text); }
         writes.push_back(bytesOf(&cursor, sizeof cursor));
         return writes;
@@ -756,19 +739,29 @@ struct Record {
         dropIndex();
     }
 
-    // How many reports the audit owes: one for each name under whose text the index has another or
+    // The segments, then bytes used and size of each block: "0-5 6-9 +40/4096".
+    std::string layout() const {
+        std::string text = bSegments ? "" : "positions ";
+        const auto show = [&text](int32_t one, char c, int32_t other) {
+            text += std::to_string(one) + c + std::to_string(other) + ' ';
+        };
+        for (const NameSegment &in : segments) { show(in.iFirst, '-', in.iLast); }
+        for (const Block &in : blocks) { show(in.nUsed(), '/', in.nSize); }
+        return text;
+    }
+
+    // How many reports the audit makes: one for each name under whose text the index has another or
     // none, one for a wrong count.
-    int32_t owedReports() const {
+    int32_t owedReports() {
         if (!bLookupIndex) { return 0; }
-        if (steered::kHoldsEqualKeys) {
-            std::vector<std::string_view> texts(names.begin(), names.end());
-            std::sort(texts.begin(), texts.end());
-            return static_cast<int32_t>(texts.end() - std::unique(texts.begin(), texts.end()));
+        auto held = entries;
+        for (int32_t i = 0; i < nNames() && steered::kHoldsEqualKeys; ++i) {
+            held.emplace(name(i), i);
         }
         int32_t nReports = nEntries() == nNames() ? 0 : 1;
         for (int32_t i = 0; i < nNames(); ++i) {
-            const auto found = entries.find(names.data()[i]);
-            nReports += found == entries.end() || found->second != i;
+            const auto found = held.find(name(i));
+            nReports += found == held.end() || found->second != i;
         }
         return nReports;
     }

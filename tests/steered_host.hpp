@@ -1,5 +1,5 @@
-// What tests see and steer of the host that they run on: here the shipped one. tests/foreign_host
-// has another header of this name, found first where the tests run there.
+// What tests see and steer of the host that they run on, beside its memory: here the shipped one.
+// tests/foreign_host has another header of this name, found first where the tests run there.
 #pragma once
 
 #include <memory>
@@ -17,10 +17,8 @@ namespace steered {
 
 constexpr bool kHoldsEqualKeys = true;  // a map, given a key that it has already, holds both; else
                                         // it refuses and does not count it
-constexpr bool kIsStrict =
-    false;  // it tells locks and refusals, and withholds maps and memory when told to
-constexpr bool kCutsFields =
-    false;  // HostText_AppendPadded does, and does not append all of a longer text
+constexpr bool kIsStrict = false;       // locks are noted, maps and room in texts can be withheld
+constexpr bool kCutsFields = false;     // HostText_AppendPadded cuts a text longer than its field
 constexpr int32_t kEndOfInput = HostStreamError_End;
 
 // Reports since the last time, and from the first time on no longer printed.
@@ -36,40 +34,29 @@ inline Reports takeReports() {
     return std::exchange(g_reports, {});
 }
 
-// Locks taken (true) and given back since the last time, nested ones left out; what the host was
-// asked for against its contract.
+// Locks taken (true) and given back since the last time, nested ones left out.
 inline std::vector<std::pair<const HostLock *, bool>> takeLocks() {
     return {};
 }
-inline std::string takeRefusals() {
-    return "";
-}
 
-// Whether a map can be had. Lets the n-th call from now on that needs memory fail, and with
-// bFromThereOn the later ones too, until that is ended, which tells whether any did.
+// Whether a map can be had.
 constexpr bool hasMaps() {
     return true;
 }
 inline void setMaps(bool) {}
-inline void startFailing(int32_t, bool) {}
-inline bool endFailing() {
-    return false;
-}
-
-// Allocations, maps and locks not given back.
-inline int64_t nLive() {
-    return HostMem_GetNumLive();
-}
 
 // A stream of bytes to be read, and a text to be appended to, on a strict host nRoom bytes at most.
+// Making them never fails.
 struct Input {
     Input(const char *pBytes, size_t nBytes)
-        : pOwned(HostInputStream_CreateInMemory(pBytes, nBytes), HostInputStream_Close) {}
+        : pOwned((HostMem_Spared(), HostInputStream_CreateInMemory(pBytes, nBytes)),
+                 HostInputStream_Close) {}
     std::unique_ptr<HostInputStream, decltype(&HostInputStream_Close)> pOwned;
     HostInputStream *pStream = pOwned.get();
 };
 struct Text {
-    explicit Text(uint64_t /*nRoom*/) : pOwned(HostText_Create(), HostText_Destroy) {}
+    explicit Text(uint64_t /*nRoom*/)
+        : pOwned((HostMem_Spared(), HostText_Create()), HostText_Destroy) {}
     std::string seen() const { return HostText_GetString(pText); }
     std::unique_ptr<HostText, decltype(&HostText_Destroy)> pOwned;
     HostText *pText = pOwned.get();

@@ -1,69 +1,123 @@
-// The shipped memory service once more, with every call counted in front of it. Stands in for
-// host/host_memory.cpp.
+// The memory service of the hosts that tests run on, in place of host/host_memory.cpp: it counts,
+// fails on demand and notes misuse. New memory holds no zero bytes, memory given back is
+// overwritten, and resizing moves what is not large.
 #include "tests/counted_host/counted_memory.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstring>
+#include <utility>
 
 #include "host/plain_memory.hpp"
 
 namespace {
 
-// Plain counters without any order between them: tests set the failure up before the calls that it
-// is meant for.
-std::atomic<int64_t> g_nCalls{0};
-std::atomic<int64_t> g_nLive{0};
-std::atomic<int64_t> g_iFirstFailing{INT64_MAX};
-std::atomic<int64_t> g_iLastFailing{INT64_MAX};
-std::atomic<uint64_t> g_nMostBytes{UINT64_MAX};
+constexpr uint64_t kMarked = 64 * 1024;  // bytes of an allocation that are overwritten at most
+#if defined(__SANITIZE_ADDRESS__)
+constexpr uint64_t kFence = 0;  // the sanitizer has its own
+#else
+constexpr uint64_t kFence = 8;
+#endif
 
-// Counts one call that obtains memory; false when the call is to fail.
-bool mayObtain(uint64_t nBytes) {
-    const int64_t iCall = g_nCalls.fetch_add(1, std::memory_order_relaxed) + 1;
-    if (nBytes > g_nMostBytes.load(std::memory_order_relaxed)) { return false; }
-    return iCall < g_iFirstFailing.load(std::memory_order_relaxed) ||
-           iCall > g_iLastFailing.load(std::memory_order_relaxed);
+// Lies before each allocation; a fence that must stay as it is follows it.
+struct alignas(16) Header {
+    uint64_t nBytes, nTag;
+    char *memory() { return reinterpret_cast<char *>(this + 1); }
+};
+
+// Tests set the failure up before the calls that it is meant for, so that the order among these
+// does not matter.
+std::atomic<int64_t> g_nLive{0}, g_nCountdown{INT64_MAX};
+std::atomic<bool> g_bFromThereOn{false}, g_bFailed{false};
+std::atomic<uint64_t> g_nMostBytes{UINT64_MAX - sizeof(Header) - kFence};
+std::string g_refusals;  // for one thread only
+
+void *enclosed(void *pObtained, uint64_t nBytes, uint64_t nSourceTag) {
+    if (pObtained == nullptr) { return nullptr; }
+    auto *pHeader = static_cast<Header *>(pObtained);
+    *pHeader = {nBytes, nSourceTag};
+    std::memset(pHeader->memory() + nBytes, '|', kFence);
+    return pHeader->memory();
+}
+
+Header *checkedHeader(void *pMemory, uint64_t nSourceTag) {
+    Header *pHeader = static_cast<Header *>(pMemory) - 1;
+    const std::string fence(pHeader->memory() + pHeader->nBytes, kFence);
+    HostMem_Refuse(pHeader->nTag != nSourceTag, "Memory of another tag given back");
+    HostMem_Refuse(fence != std::string(kFence, '|'), "Bytes written after an allocation");
+    return pHeader;
 }
 
 }  // namespace
+
+bool HostMem_MayObtain(uint64_t nBytes) {
+    const int64_t nLeft = HostMem_Spared::nDepth > 0 ? INT64_MAX : --g_nCountdown;
+    const bool bFails = nLeft == 0 || (nLeft < 0 && g_bFromThereOn);
+    if (bFails) { g_bFailed = true; }
+    return !bFails && nBytes <= g_nMostBytes;
+}
 
 void *HostMem_AllocRecord(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
     return HostMem_Alloc(nBytes, nSourceTag, nLine);
 }
 
-void *HostMem_Alloc(uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
-    void *pMemory = mayObtain(nBytes) ? host::plainAlloc(nBytes) : nullptr;
-    if (pMemory != nullptr) { g_nLive.fetch_add(1, std::memory_order_relaxed); }
-    return pMemory;
+void *HostMem_Alloc(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
+    HostMem_Refuse(nLine <= 0, "No source line");
+    if (!HostMem_MayObtain(nBytes)) { return nullptr; }
+    void *pObtained = host::plainAlloc(sizeof(Header) + nBytes + kFence);
+    void *pMemory = enclosed(pObtained, nBytes, nSourceTag);
+    if (pMemory == nullptr) { return nullptr; }
+    ++g_nLive;
+    return std::memset(pMemory, 0xa5, std::min(nBytes, kMarked));
 }
 
-void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
-    void *pResized = mayObtain(nBytes) ? host::plainRealloc(pMemory, nBytes) : nullptr;
-    if (pMemory == nullptr && pResized != nullptr) {
-        g_nLive.fetch_add(1, std::memory_order_relaxed);
+void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
+    if (pMemory == nullptr) { return HostMem_Alloc(nBytes, nSourceTag, nLine); }
+    Header *pHeader = checkedHeader(pMemory, nSourceTag);
+    const uint64_t nKept = std::min(nBytes, pHeader->nBytes);
+    if (nKept > kMarked) {
+        if (!HostMem_MayObtain(nBytes)) { return nullptr; }
+        const uint64_t nAll = sizeof(Header) + nBytes + kFence;
+        return enclosed(host::plainRealloc(pHeader, nAll), nBytes, nSourceTag);
     }
-    return pResized;
+    void *pMoved = HostMem_Alloc(nBytes, nSourceTag, nLine);
+    if (pMoved != nullptr) {
+        std::memcpy(pMoved, pMemory, nKept);
+        HostMem_Free(pMemory, nSourceTag, nLine);
+    }
+    return pMoved;
 }
 
-void HostMem_Free(void *pMemory, uint64_t /*nSourceTag*/, int32_t /*nLine*/) {
+void HostMem_Free(void *pMemory, uint64_t nSourceTag, int32_t /*nLine*/) {
     if (pMemory == nullptr) { return; }
-    g_nLive.fetch_sub(1, std::memory_order_relaxed);
-    host::plainFree(pMemory);
+    Header *pHeader = checkedHeader(pMemory, nSourceTag);
+    std::memset(pMemory, 0x5a, std::min(pHeader->nBytes, kMarked));
+    --g_nLive;
+    host::plainFree(pHeader);
 }
 
 void HostMem_FailAt(int64_t nCountdown, int32_t bFromThereOn) {
-    g_nCalls.store(0, std::memory_order_relaxed);
-    g_iLastFailing.store(bFromThereOn != 0 ? INT64_MAX : nCountdown, std::memory_order_relaxed);
-    g_iFirstFailing.store(nCountdown > 0 ? nCountdown : INT64_MAX, std::memory_order_relaxed);
+    g_bFailed = false;
+    g_bFromThereOn = nCountdown > 0 && bFromThereOn != 0;
+    g_nCountdown = nCountdown > 0 ? nCountdown : INT64_MAX;
+}
+
+bool HostMem_HasFailed() {
+    return g_bFailed;
 }
 
 void HostMem_FailBeyond(uint64_t nBytes) {
-    g_nMostBytes.store(nBytes, std::memory_order_relaxed);
-}
-
-int64_t HostMem_GetNumCalls() {
-    return g_nCalls.load(std::memory_order_relaxed);
+    g_nMostBytes = nBytes;
 }
 
 int64_t HostMem_GetNumLive() {
-    return g_nLive.load(std::memory_order_relaxed);
+    return g_nLive;
+}
+
+void HostMem_Refuse(bool bRefused, const char *szWhat) {
+    if (bRefused && g_refusals.size() < 1000) { g_refusals.append(szWhat).append(". "); }
+}
+
+std::string HostMem_TakeRefusals() {
+    return std::exchange(g_refusals, "");
 }

@@ -23,7 +23,7 @@ inline const HashSecret &processSecret() {
 
 inline KeyHash hashText(const HashSecret & /*secret*/, const char *szText) {
     const KeyHash hash = keyHash(std::hash<std::string_view>()(szText) & g_keptBits.nOfHash);
-    return {hash.nHash, static_cast<uint8_t>((hash.nTag & g_keptBits.nOfTag) | 1)};
+    return {hash.nHash, uint8_t((hash.nTag & g_keptBits.nOfTag) | 1)};
 }
 
 }  // namespace host

@@ -17,13 +17,13 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t nBytes) {
-    const int64_t nLive = steered::nLive();
+    const int64_t nLive = HostMem_GetNumLive();
     NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
     NamesManager_AddName(mgr, 0, 0, "before");
     const std::string image = loaded::Record::bytesOf(pData, nBytes);
     const int32_t nStatus = loaded::load(mgr, image);
     std::string fault = loaded::faultAfterLoad(mgr, image, nStatus, nStatus == 0 ? 2 : 0);
-    if (steered::nLive() != nLive) fault += "Memory was lost.";
+    if (HostMem_GetNumLive() != nLive) fault += "Memory was lost.";
     if (fault.empty()) return 0;
     std::cerr << fault << '\n';
     std::abort();

@@ -9,20 +9,20 @@ namespace {
 
 constexpr size_t kOperation = 12;
 
-std::string play(const uint8_t *pData, size_t nBytes, std::ostream *pTold) {
+std::string play(const uint8_t *pData, size_t nBytes, std::ostream *pLog) {
     constexpr histories::Habits kHabits[] = {{0, 12, 0, 0, 20},
                                              {0, 60, 2, 0, 20},
                                              {9, 6, 0, 0, 20},
                                              {1, 12, 0, 0, 20},
                                              {0, 12, 77, 0, 20}};
-    histories::Game game(kHabits[pData[0] % std::size(kHabits)], histories::newPair(pData[1]),
-                         histories::newPair(pData[1] / 9));
+    histories::Game game = {kHabits[pData[0] % std::size(kHabits)],
+                            {histories::newPair(pData[1]), histories::newPair(pData[1] / 9)}};
     std::string wrong;
     for (const uint8_t *p = pData + 2, *pEnd = pData + nBytes; p < pEnd && wrong.empty();
          p += std::min<ptrdiff_t>(kOperation, pEnd - p)) {
         const size_t iKind = p[0] / 2U % std::size(histories::kKinds), iManager = p[0] % 2U;
         wrong = game.play(iKind, iManager,
-                          histories::byteChoices(p + 1, std::min(p + kOperation, pEnd)), pTold);
+                          histories::byteChoices(p + 1, std::min(p + kOperation, pEnd)), pLog);
     }
     return wrong + game.end();
 }
@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     std::mt19937 random(1);
     std::vector<std::string> seeds(12, std::string(2 + 8 * kOperation, '\0'));
     for (std::string &seed : seeds)
-        std::generate(seed.begin(), seed.end(), [&random] { return static_cast<char>(random()); });
+        std::generate(seed.begin(), seed.end(), [&random] { return char(random()); });
     writeSeeds(seeds);
     return 0;
 }
