@@ -32,6 +32,7 @@ END
 # shellcheck disable=SC2046
 awk -v known="$headers" -v hidden=1 -f cmake/amalgamate.awk >"$folder/names_manager.cpp" <<END
 /* names_manager $version: the implementation. */
+#pragma GCC diagnostic ignored "-Wunused-function" /* of helpers that only the tool calls */
 $(include names_manager.h)
 $(include $(list names -name '*.cpp'))
 #ifndef NAMES_OWN_HOST

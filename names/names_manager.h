@@ -508,10 +508,11 @@ int32_t NamesManager_Save(NamesManager *mgr, void *reserved, HostOutputStream *s
  * After a failure the manager is as NamesManager_Clear() leaves it. */
 int32_t NamesManager_Load(NamesManager *mgr, void *reserved, HostInputStream *stream);
 
-/** Runs fixed scenarios over the public operations on managers of its own, auditing after each step;
- * for an integrator to run on a new host. NamesManager_WriteNameToText() and NamesManager_Load() are
- * left out: they take a text buffer and an input stream, which only the host can make. Prints
- * progress on standard output and reports each failed expectation through the host.
+/** Runs fixed scenarios over the public operations on managers of its own, auditing after each
+ * step; for an integrator to run on a new host. NamesManager_WriteNameToText() and
+ * NamesManager_Load() are left out, because only a host can make the text buffer and the input
+ * stream that they take. Prints progress on standard output and reports each failed expectation
+ * through the host.
  *
  * Returns the number of expectations that failed, findings of the audit included; 0 is a pass. */
 int32_t NamesManager_SelfCheck(void);
