@@ -176,6 +176,57 @@ if (ulimit -v 2000000; "$tool" --version) >/dev/null 2>&1; then # not under a sa
     (ulimit -v 2000000; expect 2 'huge.names: out of memory' check huge.names; exit "$failures") || failures=$((failures + 1))
 fi
 
+# diff, with images, lists and standard input on either side. All that it prints is compared, with a blank for a tab and a bar for an end.
+diff_is() { # EXIT_CODE OUTPUT ARGUMENT...
+    local expected="$1: $2" got
+    shift 2
+    got=$("$tool" diff "$@" | tr '\t\n\0' ' ||'; exit "${PIPESTATUS[0]}")
+    got="$?: $got"
+    [[ $got == "$expected" ]] || { printf 'diff %s: got %s\n' "$*" "$got"; failures=$((failures + 1)); }
+}
+printf 'a\nb\nc\nb\nd\n' >old.txt
+printf 'a\r\nc\nb \nb\ne\na' >new.txt
+printf 'a\0c\0b\0b\0e\na\0' >new.null
+"$tool" import old.txt old.names >summary
+"$tool" import new.txt new.names >summary
+for side in old.txt old.names; do
+    diff_is 0 '' "$side" old.txt
+    diff_is 0 '' "$side" - <old.names
+    for other in new.txt new.names; do
+        diff_is 1 '4 -1 d|-1 4 e|-1 5 a|1 2 b|2 1 c|' "$side" "$other"
+        diff_is 1 '4 -1 e|5 -1 a|-1 4 d|1 2 c|2 1 b|' - "$side" < <(cat "$other")
+    done
+    diff_is 1 "1 name only in $side|2 names only in new.txt|2 names whose index differs|2 names the same|" --summary "$side" new.txt
+done
+diff_is 1 '4 -1 d|-1 4 e|a|1 2 b|2 1 c|' --null old.names new.null
+counts='"counts": {"onlyInA":1,"onlyInB":1,"indexDiffers":2,"same":2}'
+names='  "onlyInA": [|    {"indexInA":4,"name":"d"}|  ],|  "onlyInB": [|    {"indexInB":4,"name":"e\na"}|  ],|'
+names+='  "indexDiffers": [|    {"indexInA":1,"indexInB":2,"name":"b"},|    {"indexInA":2,"indexInB":1,"name":"c"}|  ]|}|'
+diff_is 1 "{|  \"a\": \"old.names\",|  \"b\": \"new.null\",|  $counts,|$names" --json --null old.names new.null
+diff_is 1 "{|  \"a\": \"old.names\",|  \"b\": \"new.null\",|  $counts|}|" --json --summary --null old.names new.null
+diff_is 0 '' /dev/null none.names
+diff_is 1 '-1 0 a|' none.names - <<<a
+expect 2 'standard input: cannot be both' diff - -
+expect 2 'missing.names: cannot open' diff old.txt missing.names
+expect 2 'damaged.names: not a sound image' diff old.txt damaged.names
+expect 2 'swapped.names: .*other byte order' diff swapped.names old.txt
+expect 2 'new.null: line 1: .*NUL' diff old.txt new.null
+
+# What diff prints is enough to make one list of the other, and what is in one only is what two sorted lists say. Names are repeated more and
+# less, and edited by inserting and removing some in a row.
+export LC_ALL=C
+for ((seed = 1; seed <= 12; ++seed)); do
+    awk -v seed=$seed 'BEGIN { srand(seed); while (++i <= 3000) print int(rand() * exp(seed)) }' >a.txt
+    awk -v seed=$seed 'BEGIN { srand(-seed) } rand() < 0.01 { gone = rand() * 40 } rand() < 0.01 { for (i = rand() * 40; i > 0; --i) print int(rand() * 99) }
+        --gone < 0' a.txt >b.txt
+    "$tool" diff a.txt b.txt >lines
+    awk -F '\t' 'FILENAME == "lines" { if ($1 >= 0) gone[$1]; if ($2 >= 0) name[$2] = $3; next } !(FNR - 1 in gone) { name[FNR - 1] = $1 }
+        END { for (i = 0; i in name; ++i) print name[i] }' lines a.txt >b.made
+    same b.txt b.made
+    awk -F '\t' '$2 < 0 { print $3 }' lines | sort | cmp - <(comm -23 <(sort a.txt) <(sort b.txt)) || failures=$((failures + 1))
+    awk -F '\t' '$1 < 0 { print $3 }' lines | sort | cmp - <(comm -13 <(sort a.txt) <(sort b.txt)) || failures=$((failures + 1))
+done
+
 # The picture: well-formed, as small for very many blocks as for few, with every byte in its legend; lines between segments in all rows or none.
 expect 0 '' show --svg words.svg words.names
 expect 0 'live text: 985,084 bytes' show --svg - words.names
@@ -193,7 +244,7 @@ expect 0 '' show --svg many.svg many.names
 # At a shell: every command has examples and an exit code for its help, what is unknown is named, and a reader that has seen enough ends the
 # tool without a word.
 expect 0 '^names_tool [0-9]+\.[0-9]+\.[0-9]+$' --version
-for command in import export find show check self-check; do
+for command in import export find diff show check self-check; do
     expect 0 "^  names_tool $command|\\| names_tool $command" "$command" --help
 done
 expect 0 '^  -h, --help  ' check --help

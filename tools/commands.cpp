@@ -78,6 +78,36 @@ names_tool find words.names <wanted.txt | grep -c '^-1')"}},
     };
 }
 
+Command diffCommand() {
+    return {
+        .szName = "diff",
+        .szSummary = "Compare the names of two images or lists, and print those that differ",
+        .operands = {operand("A", &Request::image, "Image or list, `-` for standard input"),
+                     operand("B", &Request::other,
+                             "Image or list, `-` for standard input unless A is")},
+        .options = {flag("--null", &Request::bNull,
+                         "Names end with NUL instead of line ends, in lists and in what is "
+                         "printed"),
+                    flag("--json", &Request::bJson, "Print counts and names as JSON"),
+                    flag("--summary", &Request::bSummary, "Print the counts alone")},
+        .sections = {{.szText = R"(
+Prints index in A, tab, index in B, tab and name: first for the names that are only in A, whose
+index in B is `-1`; then for those only in B; then for those whose index differs. A file that
+begins as images do is read as an image, any other as a list.)"},
+                     {.szText = R"(
+Of a repeated name each occurrence counts. Occurrences at the same index are the same; of the others
+as many are paired as both A and B have, and what is left over is only in one of them.)"},
+                     {.szText = R"(
+The exit status is 0 when the names and their indices are the same, 1 when they differ, and 2 when
+something went wrong.)"},
+                     {.szHeading = "Examples", .szLines = R"(
+names_tool diff --summary old.names new.names
+names_tool diff words.txt words.names && echo up to date
+names_tool diff --json old.names new.names | jq -r '.onlyInB[].name')"}},
+        .pfnRun = runDiff,
+    };
+}
+
 Command showCommand() {
     return {
         .szName = "show",
@@ -145,8 +175,8 @@ An image that is read from a pipe is held in memory as a whole meanwhile. Images
 machines of the byte order of the one that wrote them.)"},
         {.szHeading = "Exit status", .szLines = R"(
 0  success
-1  find: a name is missing; check: not sound, or a name is repeated;
-   self-check: failed
+1  find: a name is missing; diff: names differ; check: not sound, or a name
+   is repeated; self-check: failed
 2  anything else that went wrong; standard error says what)"},
         {.szHeading = "Examples", .szLines = R"(
 names_tool import /usr/share/dict/words words.names
@@ -165,8 +195,8 @@ const Program &namesTool() {
                      "saved",
         .help = {.szName = "-h, --help", .szText = "Print this help, or a command's"},
         .version = {.szName = "--version", .szText = "Print the version"},
-        .commands = {importCommand(), exportCommand(), findCommand(), showCommand(), checkCommand(),
-                     selfCheckCommand()},
+        .commands = {importCommand(), exportCommand(), findCommand(), diffCommand(), showCommand(),
+                     checkCommand(), selfCheckCommand()},
         .sections = generalSections(),
     };
     return program;

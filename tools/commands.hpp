@@ -12,11 +12,13 @@ namespace tool {
 struct Request {
     std::string list = "-";
     std::string image;
+    std::string other;
     std::string picture;
     std::vector<std::string> names;
     bool bNull = false;
     bool bOneBased = false;
     bool bJson = false;
+    bool bSummary = false;
 };
 
 // Texts are written as paragraphs: where their lines end does not matter, and `backticks` mark what
@@ -73,6 +75,7 @@ constexpr int kExitFailure = 2;  // the command ended in a Failure
 int runImport(const Request &request);
 int runExport(const Request &request);
 int runFind(const Request &request);
+int runDiff(const Request &request);
 int runShow(const Request &request);
 int runCheck(const Request &request);
 int runSelfCheck(const Request &request);

@@ -1,5 +1,4 @@
 // Reads images from files and pipes, and writes them.
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -9,6 +8,7 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/list_input.hpp"
 #include "tools/progress.hpp"
 #include "tools/tool.hpp"
 
@@ -64,43 +64,56 @@ struct StreamCloser {
 using InputStream = std::unique_ptr<HostInputStream, StreamCloser>;
 using Bytes = std::unique_ptr<HostOutputStream, StreamCloser>;  // a stream in memory
 
-// All are 0 if there are too few bytes.
-Counts countsIn(const void *pBytes, uint64_t nBytes) {
+// The first bytes of a file, as many as the counts of an image take; fewer if the file has no more.
+std::string readBeginning(Input *pFile) {
+    std::string beginning(sizeof(Counts), '\0');
+    size_t nFilled = 0;
+    size_t nRead = 1;
+    while (nRead > 0 && nFilled < beginning.size()) {
+        nRead = pFile->read(&beginning[nFilled], beginning.size() - nFilled);
+        nFilled += nRead;
+    }
+    beginning.resize(nFilled);
+    return beginning;
+}
+
+// All are 0 if the beginning is too short.
+Counts countsIn(const std::string &beginning) {
     Counts counts;
-    if (nBytes >= sizeof counts) { std::memcpy(&counts, pBytes, sizeof counts); }
+    if (beginning.size() == sizeof counts) {
+        std::memcpy(&counts, beginning.data(), sizeof counts);
+    }
     return counts;
 }
 
-Counts countsOf(const HostOutputStream *pBytes) {
-    uint64_t nBytes = 0;
-    const void *pMemory = HostOutputStream_GetMemory(pBytes, &nBytes);
-    return countsIn(pMemory, nBytes);
-}
-
-Counts countsOf(const std::string &image) {
-    std::array<char, sizeof(Counts)> bytes{};
-    return countsIn(bytes.data(), Input(image).read(bytes.data(), bytes.size()));
-}
-
-// Whether the counts may be those of an image, of either byte order.
-bool mayBeImage(const Counts &counts) {
+// Whether a file with this beginning may be an image, of either byte order.
+bool mayBeImage(const std::string &beginning) {
+    const Counts counts = countsIn(beginning);
     return arePlausible(counts) || arePlausible(swapped(counts));
 }
 
-// Reads all that comes from a pipe, so that the start of an image can be looked at again when it
-// could not be loaded. What is no image may have no end, so not much of that is read.
-Bytes gather(const std::string &image) {
-    Input input(image);
+void append(const char *pBytes, size_t nBytes, HostOutputStream *pGathered) {
+    if (HostStream_Write(pGathered, pBytes, nBytes) != 0) { throw std::bad_alloc(); }
+}
+
+// Reads the rest of a pipe after its beginning into memory. What is no image may have no end, so
+// that is read once only.
+Bytes gather(Input *pPipe, const std::string &beginning) {
     Bytes gathered(HostOutputStream_CreateInMemory());
     if (!gathered) { throw std::bad_alloc(); }
+    append(beginning.data(), beginning.size(), gathered.get());
     std::vector<char> buffer(kReadSize);
-    size_t nGathered = 0;
-    while (const size_t nRead = input.read(buffer.data(), buffer.size())) {
-        if (HostStream_Write(gathered.get(), buffer.data(), nRead) != 0) { throw std::bad_alloc(); }
-        nGathered += nRead;
-        if (nGathered >= sizeof(Counts) && !mayBeImage(countsOf(gathered.get()))) { break; }
-    }
+    size_t nRead = 0;
+    do {
+        nRead = pPipe->read(buffer.data(), buffer.size());
+        append(buffer.data(), nRead, gathered.get());
+    } while (nRead > 0 && mayBeImage(beginning));
     return gathered;
+}
+
+bool isFile(const std::string &image) {
+    std::error_code error;
+    return image != "-" && std::filesystem::is_regular_file(image, error);
 }
 
 InputStream openStream(const std::string &image, const HostOutputStream *pGathered) {
@@ -110,6 +123,30 @@ InputStream openStream(const std::string &image, const HostOutputStream *pGather
                                  : HostInputStream_CreateForFile(image.c_str()));
     if (!stream) { fail(inputName(image), "cannot open: " + systemError()); }
     return stream;
+}
+
+// Loads an image whose beginning has been read. Returns what is wrong with it, or "".
+std::string loadAfter(const std::string &beginning, Input *pFile, const std::string &image,
+                      NamesManager *mgr) {
+    const Bytes gathered = isFile(image) ? nullptr : gather(pFile, beginning);
+    const InputStream stream = openStream(image, gathered.get());
+    errno = 0;
+    const int32_t nCode = NamesManager_Load(mgr, nullptr, stream.get());
+    const int nError = errno;
+    if (nCode == 0) {
+        char cBeyond = 0;
+        const bool bEnds = HostStream_Read(stream.get(), &cBeyond, 1) != 0;
+        return bEnds ? "" : "not an image of names alone: more bytes follow";
+    }
+    if (nCode == HostStreamError_IO) { fail(inputName(image), "cannot read: " + systemError()); }
+    if (areOfOtherOrder(countsIn(beginning))) {
+        return "an image from a machine of the other byte order";
+    }
+    if (nCode == HostStreamError_End) { return "not an image of names: it ends too early"; }
+    if (nError == ENOMEM) {
+        fail(inputName(image), "out of memory: it asks for more than there is");
+    }
+    return "not a sound image of names";
 }
 
 // ---- Writing ----
@@ -131,27 +168,8 @@ constexpr HostOutputStreamOps kFileOps = {writeToOutput};
 }  // namespace
 
 std::string loadProblem(NamesManager *mgr, const std::string &image) {
-    std::error_code error;
-    const bool bDirect = image != "-" && std::filesystem::is_regular_file(image, error);
-    const Bytes gathered = bDirect ? nullptr : gather(image);
-    const InputStream stream = openStream(image, gathered.get());
-    errno = 0;
-    const int32_t nCode = NamesManager_Load(mgr, nullptr, stream.get());
-    const int nError = errno;
-    if (nCode == 0) {
-        char cBeyond = 0;
-        const bool bEnds = HostStream_Read(stream.get(), &cBeyond, 1) != 0;
-        return bEnds ? "" : "not an image of names alone: more bytes follow";
-    }
-    if (nCode == HostStreamError_IO) { fail(inputName(image), "cannot read: " + systemError()); }
-    if (areOfOtherOrder(bDirect ? countsOf(image) : countsOf(gathered.get()))) {
-        return "an image from a machine of the other byte order";
-    }
-    if (nCode == HostStreamError_End) { return "not an image of names: it ends too early"; }
-    if (nError == ENOMEM) {
-        fail(inputName(image), "out of memory: it asks for more than there is");
-    }
-    return "not a sound image of names";
+    Input file(image);
+    return loadAfter(readBeginning(&file), &file, image, mgr);
 }
 
 ManagerHandle loadImage(const std::string &image) {
@@ -162,12 +180,27 @@ ManagerHandle loadImage(const std::string &image) {
     return mgr;
 }
 
-void saveImage(NamesManager *mgr, Output &output) {
-    FileStream stream = {{&kFileOps}, &output};
-    if (NamesManager_Save(mgr, nullptr, &stream.stream) != 0) {
-        fail(output.name(), "cannot write: " + systemError());
+ManagerHandle loadImageOrList(const std::string &name, bool bNull) {
+    Progress progress("loading");
+    ManagerHandle mgr = makeManager();
+    Input file(name);
+    const std::string beginning = readBeginning(&file);
+    if (mayBeImage(beginning)) {
+        const std::string problem = loadAfter(beginning, &file, name, mgr.get());
+        if (!problem.empty()) { fail(inputName(name), problem); }
+    } else {
+        ListInput list(&file, bNull, false, beginning);
+        storeList(mgr.get(), &list, &progress);
     }
-    output.finish();
+    return mgr;
+}
+
+void saveImage(NamesManager *mgr, Output *pOutput) {
+    FileStream stream = {{&kFileOps}, pOutput};
+    if (NamesManager_Save(mgr, nullptr, &stream.stream) != 0) {
+        fail(pOutput->name(), "cannot write: " + systemError());
+    }
+    pOutput->finish();
 }
 
 }  // namespace tool

@@ -24,8 +24,9 @@ size_t lengthWithoutBlanks(const char *begin, const char *end) {
 
 }  // namespace
 
-ListInput::ListInput(const std::string &list, bool bNull, bool bEager)
-    : input_(list), bNull_(bNull), bEager_(bEager), buffer_(kReadSize + kMaxRest) {}
+ListInput::ListInput(Input *pFile, bool bNull, bool bEager, std::string_view beginning)
+    : pFile_(pFile), beginning_(beginning), bNull_(bNull), bEager_(bEager),
+      buffer_(kReadSize + kMaxRest) {}
 
 std::string ListInput::place(int64_t number) const {
     return (bNull_ ? "entry " : "line ") + std::to_string(number);
@@ -33,6 +34,14 @@ std::string ListInput::place(int64_t number) const {
 
 void ListInput::failAtNext(const char *szWhat) const {
     fail(name(), place(nNamesRead_ + 1) + ": " + szWhat);
+}
+
+// Reads what has been read from the file already, then on from the file.
+size_t ListInput::read(char *pBuffer, size_t nBytes) {
+    if (beginning_.empty()) { return pFile_->read(pBuffer, nBytes); }
+    const size_t nCopied = beginning_.copy(pBuffer, nBytes);
+    beginning_.erase(0, nCopied);
+    return nCopied;
 }
 
 // Moves the unfinished name to the start of the buffer. After as many bytes as the longest name
@@ -63,7 +72,7 @@ void ListInput::fill() {
     const size_t nRoom = buffer_.size() - 1;
     bool bEnough = false;
     while (!bEnough) {
-        const size_t nRead = input_.read(buffer_.data() + nFilled_, nRoom - nFilled_);
+        const size_t nRead = read(buffer_.data() + nFilled_, nRoom - nFilled_);
         bEnded_ = nRead == 0;
         nFilled_ += nRead;
         bEnough = bEnded_ || nFilled_ == nRoom || (bEager_ && !mayBeMark());
@@ -126,6 +135,18 @@ bool ListInput::next() {
         split();
     }
     return !names_.empty();
+}
+
+void storeList(NamesManager *mgr, ListInput *pList, Progress *pProgress) {
+    while (pList->next()) {
+        const int32_t first = NamesManager_GetNumNames(mgr);
+        const auto last = static_cast<int32_t>(pList->namesRead() - 1);
+        if (NamesManager_AddNames(mgr, first, last, 0, pList->names().data()) != 0) {
+            fail(pList->name(),
+                 "out of memory after " + pList->place(NamesManager_GetNumNames(mgr)));
+        }
+        pProgress->set("storing", pList->namesRead());
+    }
 }
 
 }  // namespace tool

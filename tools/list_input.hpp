@@ -5,17 +5,20 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "names/names_manager.h"
 #include "tools/files.hpp"
+#include "tools/progress.hpp"
 
 namespace tool {
 
 class ListInput {
 public:
     // bNull: names end with NUL. bEager: next() returns as soon as some names have been read, for
-    // a person who types them.
-    ListInput(const std::string &list, bool bNull, bool bEager = false);
+    // a person who types them. beginning: what has been read from the file already.
+    ListInput(Input *pFile, bool bNull, bool bEager = false, std::string_view beginning = "");
     ListInput(const ListInput &) = delete;
     ListInput &operator=(const ListInput &) = delete;
 
@@ -29,7 +32,7 @@ public:
     std::vector<const char *> &names() { return names_; }
 
     // The list's name in messages.
-    const std::string &name() const { return input_.name(); }
+    const std::string &name() const { return pFile_->name(); }
 
     // The number of names read so far, those of the last next() included.
     int64_t namesRead() const { return nNamesRead_; }
@@ -39,6 +42,7 @@ public:
 
 private:
     [[noreturn]] void failAtNext(const char *szWhat) const;
+    size_t read(char *pBuffer, size_t nBytes);
     void keepRest();
     bool mayBeMark() const;
     void fill();
@@ -47,7 +51,8 @@ private:
     void addName(char *begin, char *end);
     void split();
 
-    Input input_;
+    Input *pFile_;
+    std::string beginning_;
     bool bNull_;
     bool bEager_;
     bool bAtStart_ = true;
@@ -59,6 +64,9 @@ private:
     int64_t nNamesRead_ = 0;
     std::vector<const char *> names_;
 };
+
+// Stores all names of the list at the end of mgr. Fails when memory runs out.
+void storeList(NamesManager *mgr, ListInput *pList, Progress *pProgress);
 
 }  // namespace tool
 

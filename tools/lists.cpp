@@ -21,18 +21,6 @@ namespace {
 
 // ---- import ----
 
-void storeList(NamesManager *mgr, const std::string &list, bool bNull, Progress *pProgress) {
-    ListInput input(list, bNull);
-    while (input.next()) {
-        const int32_t first = NamesManager_GetNumNames(mgr);
-        const auto last = static_cast<int32_t>(input.namesRead() - 1);
-        if (NamesManager_AddNames(mgr, first, last, 0, input.names().data()) != 0) {
-            fail(input.name(), "out of memory after " + input.place(NamesManager_GetNumNames(mgr)));
-        }
-        pProgress->set("storing", input.namesRead());
-    }
-}
-
 std::string importSummary(const NamesManager *mgr, double seconds) {
     int64_t nTextBytes = 0;
     for (int32_t i = 0; i < mgr->nBlocks; ++i) { nTextBytes += mgr->pBlocks[i].nUsed; }
@@ -174,13 +162,14 @@ int64_t findListed(NamesManager *mgr, const Request &request) {
     int nWalks = 0;
     Indices indices;
     Output output;
-    ListInput input("-", request.bNull, true);
-    while (input.next()) {
-        const bool bWalk = input.names().size() < kNamesForIndex && nWalks++ < kWalksForIndex;
-        if (!bWalk || !findByWalk(mgr, input.names(), &indices)) {
-            findByIndex(mgr, input.names(), &indices);
+    Input file("-");
+    ListInput list(&file, request.bNull, true);
+    while (list.next()) {
+        const bool bWalk = list.names().size() < kNamesForIndex && nWalks++ < kWalksForIndex;
+        if (!bWalk || !findByWalk(mgr, list.names(), &indices)) {
+            findByIndex(mgr, list.names(), &indices);
         }
-        nMissing += printIndices(input.names(), indices, request, &output);
+        nMissing += printIndices(list.names(), indices, request, &output);
     }
     return nMissing;
 }
@@ -194,9 +183,11 @@ int runImport(const Request &request) {
     const ManagerHandle mgr = makeManager();
     {
         Progress progress("storing");
-        storeList(mgr.get(), request.list, request.bNull, &progress);
+        Input file(request.list);
+        ListInput list(&file, request.bNull);
+        storeList(mgr.get(), &list, &progress);
         progress.set("saving", mgr->nNames);
-        saveImage(mgr.get(), output);
+        saveImage(mgr.get(), &output);
     }
     const std::string summary = importSummary(
         mgr.get(), std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());

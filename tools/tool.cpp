@@ -56,6 +56,7 @@ void buildIndex(NamesManager *mgr) {
 int32_t readNames(NamesManager *mgr, int32_t first, NamePointers *pNames) {
     const int32_t nMore = std::max(NamesManager_GetNumNames(mgr) - first, 0);
     const int32_t count = std::min(nMore, static_cast<int32_t>(pNames->size()));
+    if (count == 0) { return 0; }  // to read from beyond the end would generate names
     if (NamesManager_GetNamePointers(mgr, first, first + count - 1, 0, pNames->data()) != 0) {
         throw std::bad_alloc();
     }

@@ -51,8 +51,12 @@ std::string loadProblem(NamesManager *mgr, const std::string &image);
 // Returns the names of an image. Fails when it is not sound.
 ManagerHandle loadImage(const std::string &image);
 
+// Returns the names of a file, which is read as an image if it begins as images do, else as a list
+// (see ListInput for bNull). Fails on what is not sound.
+ManagerHandle loadImageOrList(const std::string &name, bool bNull);
+
 // Writes the image and finishes the output.
-void saveImage(NamesManager *mgr, Output &output);
+void saveImage(NamesManager *mgr, Output *pOutput);
 
 // Builds the lookup index if there is none. Without one every lookup would read all names, so this
 // fails when there is no memory for it.
