@@ -369,9 +369,10 @@ private:
     }
     // What storing the name as NUL-terminated text would return.
     static Status check(std::string_view name) noexcept {
-        constexpr std::size_t kLongest = 1048575;
-        if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX)
+        constexpr std::size_t kLongest = NAMES_MANAGER_MAX_NAME_BYTES;
+        if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX) {
             return Status::failed;
+        }
         return name.find_last_not_of(' ') + 1 > kLongest ? Status::tooLong : Status::ok;
     }
 
