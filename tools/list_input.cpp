@@ -11,7 +11,7 @@ namespace tool {
 namespace {
 
 constexpr size_t kReadSize = size_t{4} << 20;
-constexpr size_t kMaxNameLength = 1048575;
+constexpr size_t kMaxNameLength = NAMES_MANAGER_MAX_NAME_BYTES;
 
 // The most bytes of an unfinished name that are kept: the longest name and one blank after it (or
 // one byte that makes it too long), a carriage return, a NUL.
