@@ -10,7 +10,7 @@ namespace names {
 
 namespace {
 
-// Capacity and mode of a cleared dst as of src.
+// Gives a cleared dst the capacities and the storage mode of src. False without memory.
 bool copyTables(NamesManager *dst, const NamesManager *src) {
     if (!resizeBlockTable(dst, src->nBlocksAlloc)) { return false; }
     if (src->pSegments != nullptr) { return resizeSegmentTable(dst, src->nSegmentsAlloc); }
@@ -23,7 +23,8 @@ bool copyTables(NamesManager *dst, const NamesManager *src) {
     return true;
 }
 
-// Empty blocks of src's sizes; only block 0, which dst has already, may stay larger.
+// Gives it empty blocks of src's sizes; block 0, which it has already, may stay larger. False
+// without memory.
 bool copyBlockSizes(NamesManager *dst, const NamesManager *src) {
     NameStorageBlock *pFirst = &dst->pBlocks[0];
     if (pFirst->nSize < src->pBlocks[0].nSize) {

@@ -98,8 +98,8 @@ struct Sweep {
     int32_t aStarts[roomForStarts(kMaxSegmentNames)];
 };
 
-// Prefetches the text that a sweep needs next. Hardware does so only for what is read upwards, but
-// goes on with a long text by itself.
+// Prefetches the text that a sweep walks next, which a hardware prefetcher does not foresee: it
+// expects ascending reads. Within a long text it goes on by itself.
 void prefetchText(const NamesManager *mgr, const NameSegment &segment) {
     constexpr int32_t kCacheLine = 64;
     constexpr int32_t kMostBytes = 4096;
@@ -181,7 +181,7 @@ void removeRun(Sweep *pSweep, IndexRange run) {
     pSweep->iTop = run.first - 1;
 }
 
-// Removes the runs of a plan and keeps what lies above them, between them, and before them in the
+// Removes the runs of a plan and keeps the names above them, between them, and before them in the
 // lowest segment.
 void sweepRuns(Sweep *pSweep, IndexList list, const RemovalPlan &plan) {
     NamesManager *mgr = pSweep->mgr;

@@ -1,4 +1,4 @@
-// Given names that lie in the manager that they are stored in.
+// Given names that lie in the manager itself.
 #include "names/own_names.hpp"
 
 #include <algorithm>
@@ -7,68 +7,122 @@ namespace names {
 
 namespace {
 
-// Addresses from nBegin on that lie in one block, or in none.
-struct Surroundings {
+constexpr int32_t kMostWalks = 4;      // over all blocks, before they are sorted
+constexpr int32_t kBlocksPerCopy = 4;  // blocks walked over in the time that a short copy takes
+
+// nEnd is the address after the last one.
+struct AddressRange {
     uintptr_t nBegin;
-    uintptr_t nBytes;
-    bool bInBlock;
+    uintptr_t nEnd;
 };
 
 uintptr_t addressOf(const char *p) {
     return reinterpret_cast<uintptr_t>(p);
 }
 
-Surroundings surroundingsOf(const NamesManager *mgr, const char *pName) {
-    uintptr_t nBegin = 0;
-    uintptr_t nEnd = UINTPTR_MAX;
-    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
-        const uintptr_t nBlock = addressOf(mgr->pBlocks[b].pData);
-        const uintptr_t nBlockEnd = nBlock + static_cast<uintptr_t>(mgr->pBlocks[b].nSize);
-        if (nBlockEnd <= addressOf(pName)) {
-            nBegin = std::max(nBegin, nBlockEnd);
-        } else if (nBlock > addressOf(pName)) {
-            nEnd = std::min(nEnd, nBlock);
-        } else {
-            return {nBlock, nBlockEnd - nBlock, true};
-        }
-    }
-    return {nBegin, nEnd - nBegin, false};
+AddressRange rangeOf(const NameStorageBlock &block) {
+    const uintptr_t nBegin = addressOf(block.pData);
+    return {nBegin, nBegin + static_cast<uintptr_t>(block.nSize)};
 }
 
-// *pLast: the surroundings of the name asked for before, mostly those of the next one, too.
-inline bool liesInBlock(const NamesManager *mgr, const char *pName, Surroundings *pLast) {
-    if (addressOf(pName) - pLast->nBegin >= pLast->nBytes) { *pLast = surroundingsOf(mgr, pName); }
-    return pLast->bInBlock;
+// Finds the gap between blocks that an address lies in. False if it lies in a block.
+bool walkToGap(const NamesManager *mgr, uintptr_t nAddress, AddressRange *pGap) {
+    *pGap = {0, UINTPTR_MAX};
+    for (int32_t b = 0; b < mgr->nBlocks; ++b) {
+        const AddressRange block = rangeOf(mgr->pBlocks[b]);
+        if (block.nEnd <= nAddress) {
+            pGap->nBegin = std::max(pGap->nBegin, block.nEnd);
+        } else if (block.nBegin > nAddress) {
+            pGap->nEnd = std::min(pGap->nEnd, block.nBegin);
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The same by a binary search over sorted blocks.
+bool searchGap(const AddressRange *pSorted, int32_t nBlocks, uintptr_t nAddress,
+               AddressRange *pGap) {
+    const AddressRange *pEnd = pSorted + nBlocks;
+    const AddressRange *pAbove =
+        std::upper_bound(pSorted, pEnd, nAddress,
+                         [](uintptr_t n, const AddressRange &block) { return n < block.nBegin; });
+    pGap->nBegin = pAbove == pSorted ? 0 : pAbove[-1].nEnd;
+    pGap->nEnd = pAbove == pEnd ? UINTPTR_MAX : pAbove->nBegin;
+    return nAddress >= pGap->nBegin;
+}
+
+// The address ranges of the blocks in ascending order, which the caller frees; NULL without memory.
+AddressRange *sortBlocks(const NamesManager *mgr) {
+    const uint64_t nBytes = static_cast<uint64_t>(mgr->nBlocks) * sizeof(AddressRange);
+    AddressRange *pSorted =
+        static_cast<AddressRange *>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (pSorted == nullptr) { return nullptr; }
+    std::transform(mgr->pBlocks, mgr->pBlocks + mgr->nBlocks, pSorted, rangeOf);
+    std::sort(pSorted, pSorted + mgr->nBlocks,
+              [](const AddressRange &a, const AddressRange &b) { return a.nBegin < b.nBegin; });
+    return pSorted;
+}
+
+// Neighbouring names mostly lie in one gap, which one walk over the blocks finds. Where they do
+// not, the blocks are sorted; without memory for that it takes more walks.
+bool anyLiesInBlock(const NamesManager *mgr, const char *const *ppNames, int32_t nNames) {
+    AddressRange gap = {0, 0};
+    AddressRange *pSorted = nullptr;
+    bool bOutside = true;
+    int32_t nWalks = 0;
+    for (int32_t k = 0; bOutside && k < nNames; ++k) {
+        const uintptr_t nAddress = addressOf(ppNames[k]);
+        if (gap.nBegin <= nAddress && nAddress < gap.nEnd) { continue; }
+        if (nWalks++ == std::min(kMostWalks, mgr->nBlocks)) { pSorted = sortBlocks(mgr); }
+        bOutside = pSorted != nullptr ? searchGap(pSorted, mgr->nBlocks, nAddress, &gap)
+                                      : walkToGap(mgr, nAddress, &gap);
+    }
+    freeMemory(pSorted);
+    return !bOutside;
+}
+
+// Copies few and short names. False if they are not.
+bool copyLocally(const char *const *ppNames, int32_t nNames, StableNames *pStable) {
+    if (nNames > kMostLocalNames) { return false; }
+    char *pText = pStable->aLocalTexts;
+    for (int32_t k = 0; k < nNames; ++k) {
+        const size_t nRoom = static_cast<size_t>(pStable->aLocalTexts + kLocalNamesBytes - pText);
+        const size_t nLength = strnlen(ppNames[k], nRoom);
+        if (nLength == nRoom) { return false; }
+        pStable->apLocal[k] = static_cast<char *>(std::memcpy(pText, ppNames[k], nLength + 1));
+        pText += nLength + 1;
+    }
+    pStable->ppNames = pStable->apLocal;
+    return true;
+}
+
+// Copies any names: pointers, then texts. False without memory.
+bool copyToHeap(const char *const *ppNames, int32_t nNames, StableNames *pStable) {
+    uint64_t nBytes = static_cast<uint64_t>(nNames) * sizeof(char *);
+    for (int32_t k = 0; k < nNames; ++k) { nBytes += std::strlen(ppNames[k]) + 1; }
+    pStable->ppHeap = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
+    if (pStable->ppHeap == nullptr) { return false; }
+    char *pText = reinterpret_cast<char *>(pStable->ppHeap + nNames);
+    for (int32_t k = 0; k < nNames; ++k) {
+        const size_t nName = std::strlen(ppNames[k]) + 1;
+        pStable->ppHeap[k] = static_cast<char *>(std::memcpy(pText, ppNames[k], nName));
+        pText += nName;
+    }
+    pStable->ppNames = pStable->ppHeap;
+    return true;
 }
 
 }  // namespace
 
-bool anyLiesInBlock(const NamesManager *mgr, const char *const *names, int32_t nNames) {
-    Surroundings last = {0, 0, false};
-    return std::any_of(names, names + nNames,
-                       [mgr, &last](const char *pName) { return liesInBlock(mgr, pName, &last); });
-}
-
-// Where those of the names that lie in the manager itself are put for the time of a store: as many
-// pointers, then their texts. NULL without memory.
-const char **copyOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames) {
-    uint64_t nBytes = static_cast<uint64_t>(nNames) * sizeof(char *);
-    Surroundings last = {0, 0, false};
-    for (int32_t k = 0; k < nNames; ++k) {
-        nBytes += liesInBlock(mgr, names[k], &last) ? std::strlen(names[k]) + 1 : 0;
-    }
-    const char **ppCopies = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
-    if (ppCopies == nullptr) { return nullptr; }
-    char *pText = reinterpret_cast<char *>(ppCopies + nNames);
-    for (int32_t k = 0; k < nNames; ++k) {
-        ppCopies[k] = names[k];
-        if (liesInBlock(mgr, names[k], &last)) {
-            const size_t nName = std::strlen(names[k]) + 1;
-            ppCopies[k] = static_cast<const char *>(std::memcpy(pText, names[k], nName));
-            pText += nName;
-        }
-    }
-    return ppCopies;
+bool makeStable(const NamesManager *mgr, const char *const *ppNames, int32_t nNames,
+                StableNames *pStable) {
+    const bool bCopyIsCheaper = mgr->nBlocks / kBlocksPerCopy > nNames;
+    if (bCopyIsCheaper && copyLocally(ppNames, nNames, pStable)) { return true; }
+    if (anyLiesInBlock(mgr, ppNames, nNames)) { return copyToHeap(ppNames, nNames, pStable); }
+    pStable->ppNames = ppNames;
+    return true;
 }
 
 }  // namespace names

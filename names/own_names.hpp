@@ -1,4 +1,5 @@
-// Given names that lie in the manager that they are stored in.
+// Given names that lie in the manager itself, where a store would overwrite some before it reads
+// them.
 #ifndef NAMES_OWN_NAMES_HPP
 #define NAMES_OWN_NAMES_HPP
 
@@ -6,11 +7,26 @@
 
 namespace names {
 
-bool anyLiesInBlock(const NamesManager *mgr, const char *const *names, int32_t nNames);
+constexpr int32_t kMostLocalNames = kMaxSegmentNames;
+constexpr size_t kLocalNamesBytes = size_t{16} * kLocalTextBytes;  // of their texts, NULs included
 
-// Where those of the names that lie in the manager itself are put for the time of a store: as many
-// pointers, then their texts. NULL without memory. The caller frees it.
-const char **copyOwnNames(const NamesManager *mgr, const char *const *names, int32_t nNames);
+// Names that no store overwrites: those given, or copies of them.
+struct StableNames {
+    StableNames() : ppNames(nullptr), ppHeap(nullptr) {}
+    ~StableNames() {
+        if (ppHeap != nullptr) { freeMemory(ppHeap); }
+    }
+    StableNames(const StableNames &) = delete;
+    StableNames &operator=(const StableNames &) = delete;
+    const char *const *ppNames;
+    const char **ppHeap;
+    const char *apLocal[kMostLocalNames];
+    char aLocalTexts[kLocalNamesBytes];
+};
+
+// False without memory for copies.
+bool makeStable(const NamesManager *mgr, const char *const *ppNames, int32_t nNames,
+                StableNames *pStable);
 
 }  // namespace names
 

@@ -86,15 +86,10 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
         return 0;
     }
     if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
-    // Of names that replace others, those that lie in the manager itself would be overwritten by
-    // those stored before them.
-    if (range.first >= mgr->nNames || !anyLiesInBlock(mgr, ppNames, countOf(range))) {
-        return addRange(mgr, range, ppNames);
-    }
-    const char **ppCopies = copyOwnNames(mgr, ppNames, countOf(range));
-    const int32_t nStatus = ppCopies != nullptr ? addRange(mgr, range, ppCopies) : 1;
-    freeMemory(ppCopies);
-    return nStatus;
+    if (range.first >= mgr->nNames) { return addRange(mgr, range, ppNames); }
+    StableNames stable;
+    return makeStable(mgr, ppNames, countOf(range), &stable) ? addRange(mgr, range, stable.ppNames)
+                                                             : 1;
 }
 
 }  // namespace names
