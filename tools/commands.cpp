@@ -170,7 +170,7 @@ std::vector<Section> generalSections() {
 A file called `-` is standard input or standard output, wherever a command reads or writes one; a
 file that really has that name is `./-`. Files are replaced in one step: whatever goes wrong, and
 whoever interrupts the tool, an older one stays whole. Nothing is left beside it but where the tool
-is killed or the machine fails: a file `.names_tool-*`. Pipes and devices are written as they come.
+is killed or the machine fails: a file `.names-*`. Pipes and devices are written as they come.
 An image that is read from a pipe is held in memory as a whole meanwhile. Images can be read on
 machines of the byte order of the one that wrote them.)"},
         {.szHeading = "Exit status", .szLines = R"(
