@@ -81,6 +81,14 @@ int32_t NamesManager_Clear(NamesManager *mgr) {
     return clearAll(mgr) ? 0 : 1;
 }
 
+void NamesManager_Lock(NamesManager *mgr) {
+    HostLock_Acquire(&mgr->lock);
+}
+
+void NamesManager_Unlock(NamesManager *mgr) {
+    HostLock_Release(&mgr->lock);
+}
+
 int32_t NamesManager_GetNumNames(NamesManager *mgr) {
     ScopedLock lock(mgr);
     return mgr->nNames;

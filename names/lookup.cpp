@@ -133,15 +133,14 @@ int32_t inBase(int32_t iFound, int32_t bOneBased) {
     return iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
 }
 
-// NamesManager_FindNames.
-int32_t findNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount, int32_t nWidth,
-                  int32_t bOneBased, int32_t *pIndices) {
-    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
-    const int32_t nAtOnce = lookup.pIndex != nullptr ? kChunkNames : 1;
+// A whole list, in chunks.
+int32_t findAll(NameLookup *pLookup, const char *const *ppNames, int32_t nCount, int32_t bOneBased,
+                int32_t *pIndices) {
+    const int32_t nAtOnce = pLookup->pIndex != nullptr ? kChunkNames : 1;
     for (int32_t nDone = 0; nDone < nCount;) {
         int32_t aFound[kChunkNames];
         const int32_t nNames = std::min(nCount - nDone, nAtOnce);
-        if (!findTogether(&lookup, ppNames + nDone, nNames, aFound)) {
+        if (!findTogether(pLookup, ppNames + nDone, nNames, aFound)) {
             if (pIndices != nullptr) { std::fill_n(pIndices, nCount, -1); }
             return 1;
         }
@@ -170,6 +169,26 @@ bool endsInBlank(const char *szText) {
 
 }  // namespace
 
+int32_t findNamesIn(NameLookupIndex *pIndex, const char *const *ppNames, int32_t nCount,
+                    int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
+    if (pIndex == nullptr) {
+        if (pIndices != nullptr) { std::fill_n(pIndices, std::max(nCount, 0), -1); }
+        return 0;
+    }
+    NameLookup lookup = {nullptr, pIndex, nWidth, {}};
+    return findAll(&lookup, ppNames, nCount, bOneBased, pIndices);
+}
+
+int32_t findNameIn(NameLookupIndex *pIndex, const char *szName, int32_t bOneBased) {
+    if (pIndex == nullptr) { return -1; }
+    int32_t iFound = HostHashMap_Find(pIndex, szName);
+    if (iFound < 0 && endsInBlank(szName)) {
+        NameLookup lookup = {nullptr, pIndex, -1, {}};
+        static_cast<void>(findTrimmed(&lookup, &szName, 1, true, &iFound));
+    }
+    return inBase(iFound, bOneBased);
+}
+
 }  // namespace names
 
 using namespace names;
@@ -177,7 +196,8 @@ using namespace names;
 int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
                                int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
     ScopedLock lock(mgr);
-    return findNames(mgr, ppNames, nCount, nWidth, bOneBased, pIndices);
+    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
+    return findAll(&lookup, ppNames, nCount, bOneBased, pIndices);
 }
 
 // A hit, and a miss of a name that needs no trimming, take few instructions in a current index, so

@@ -11,6 +11,13 @@ namespace names {
 // want of memory or on a host that makes it stale.
 int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts, int32_t *pFound);
 
+// NamesManager_FindNames in an index, which changes nothing and needs no lock. NULL: finds nothing.
+int32_t findNamesIn(NameLookupIndex *pIndex, const char *const *ppNames, int32_t nCount,
+                    int32_t nWidth, int32_t bOneBased, int32_t *pIndices);
+
+// NamesManager_FindName in an index.
+int32_t findNameIn(NameLookupIndex *pIndex, const char *szName, int32_t bOneBased);
+
 }  // namespace names
 
 #endif

@@ -31,8 +31,11 @@
  *
  * **Locking.** Every operation holds the manager's lock from entry to return, reads included (they
  * move the cursor and may build the index), so any thread may call any operation at any time, with
- * the exceptions that declarations name. The lock does not protect name pointers. Managers share
- * nothing: two threads working on two managers never wait for each other.
+ * the exceptions that declarations name. Several calls become one between NamesManager_Lock() and
+ * NamesManager_Unlock(): checking and then adding, finding and then reading; name pointers read
+ * there stay valid until the unlock, whatever other threads want. Outside, the lock does not
+ * protect name pointers. Many threads that only read do without the lock: names/names_reader.h.
+ * Managers share nothing: two threads working on two managers never wait for each other.
  *
  * **Pages.** What comments call docs/... is installed below share/doc/names_manager.
  */
@@ -188,6 +191,14 @@ int32_t NamesManager_GetNumNames(NamesManager *mgr);
 /** Returns the NAMES_MANAGER_VERSION of the library that runs. It is the program's own unless the
  * two were built apart. Never fails, takes no lock, and may be called at any time. */
 int32_t NamesManager_Version(void);
+
+/** Takes the manager's lock, as every operation does for itself: until NamesManager_Unlock() no
+ * other thread's operation on mgr begins. Waits while another thread holds it. Recursive: the
+ * calling thread may call any operation, and this one again. */
+void NamesManager_Lock(NamesManager *mgr);
+
+/** Gives back one NamesManager_Lock() of the same thread. */
+void NamesManager_Unlock(NamesManager *mgr);
 
 /** @} */
 

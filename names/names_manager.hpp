@@ -30,6 +30,7 @@
 
 #include "files/names_file.h"
 #include "names/names_manager.h"
+#include "names/names_reader.h"
 
 /// The C++ face of names_manager.h.
 namespace names_manager {
@@ -129,6 +130,37 @@ struct [[nodiscard]] Duplicate {
     int32_t iSecond = -1;
 };
 
+/// Reads a manager that nobody changes, without its lock; names_reader.h says what may happen
+/// meanwhile. A cheap value: each thread has a copy of its own.
+class Reader {
+public:
+    int32_t size() const noexcept { return NamesReader_GetNumNames(&reader_); }
+    /// A view with data() == nullptr when there is no such name.
+    std::string_view name(int32_t index) noexcept {
+        int32_t nLength = 0;
+        const char *szName = NamesReader_GetName(&reader_, index, 0, &nLength);
+        return {szName, static_cast<std::size_t>(nLength)};
+    }
+    /// Either array may be NULL. Fails if not all of these names exist.
+    Status views(int32_t first, int32_t last, const char **ppNames, int32_t *pLengths) noexcept {
+        return Status{NamesReader_GetNameViews(&reader_, first, last, 0, ppNames, pLengths)};
+    }
+    /// The index, -1 for none.
+    int32_t find(const char *szName) noexcept { return NamesReader_FindName(&reader_, szName, 0); }
+    /// Many at once, which is faster; pIndices has room for nNames.
+    Status find(const char *const *pszNames, int32_t nNames, int32_t *pIndices) noexcept {
+        return Status{NamesReader_FindNames(&reader_, pszNames, nNames,
+                                            NamesManagerWidth_Terminated, 0, pIndices)};
+    }
+
+private:
+    friend class Manager;
+    Reader(NamesManager *mgr, bool bLookups, Status *pStatus) noexcept {
+        *pStatus = Status{NamesReader_Open(&reader_, mgr, bLookups ? 1 : 0)};
+    }
+    NamesReader reader_;
+};
+
 /// Owns a manager; moves, does not copy (see copyFrom). One that was moved from, or could not be
 /// created, is false and must not be used for anything else.
 class Manager {
@@ -152,6 +184,10 @@ public:
     NamesManager *get() const noexcept { return pManager_; }
     NamesManager *release() noexcept { return std::exchange(pManager_, nullptr); }
 
+    /// Several calls as one, also by std::scoped_lock: see NamesManager_Lock.
+    void lock() const noexcept { NamesManager_Lock(pManager_); }
+    void unlock() const noexcept { NamesManager_Unlock(pManager_); }
+
     int32_t size() const noexcept { return NamesManager_GetNumNames(pManager_); }
     bool empty() const noexcept { return size() == 0; }
     Status clear() noexcept { return Status{NamesManager_Clear(pManager_)}; }
@@ -174,8 +210,15 @@ public:
                                     : Status{NamesManager_AddNameWithMaxLength(
                                           pManager_, index, 0, textOf(name), lengthOf(name))};
     }
-    Status push_back(const char *szName) noexcept { return add(size(), szName); }
-    Status push_back(std::string_view name) noexcept { return add(size(), name); }
+    /// Adds a name at the end, wherever other threads have brought it meanwhile.
+    Status push_back(const char *szName) noexcept {
+        const Hold hold(*this);
+        return add(size(), szName);
+    }
+    Status push_back(std::string_view name) noexcept {
+        const Hold hold(*this);
+        return add(size(), name);
+    }
     Status add(int32_t first, int32_t last, const char *const *pszNames) noexcept {
         return Status{NamesManager_AddNames(pManager_, first, last, 0, pszNames)};
     }
@@ -212,6 +255,7 @@ public:
     /// A view with data() == nullptr if there is no such name. A manager that is not const
     /// generates default names up to it first.
     std::string_view name(int32_t index) const noexcept {
+        const Hold hold(*this);
         return 0 <= index && index < size() ? read(index) : std::string_view();
     }
     std::string_view name(int32_t index) noexcept { return read(index); }
@@ -223,6 +267,11 @@ public:
         return {pManager_, first, last};
     }
     int32_t maxNameLength() const noexcept { return NamesManager_GetMaxNameLength(pManager_); }
+    /// For threads that read at once. With bLookups names can be found, too, unless there was no
+    /// memory for the index (failed).
+    Reader reader(bool bLookups, Status *pStatus) const noexcept {
+        return {pManager_, bLookups, pStatus};
+    }
     /// Copies plain names back to back, each with its NUL. pnRequired may be NULL.
     Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes,
                    uint64_t *pnRequired = nullptr) const noexcept {
@@ -350,6 +399,17 @@ public:
 #endif
 
 private:
+    // Holds the lock for a scope.
+    class Hold {
+    public:
+        explicit Hold(const Manager &manager) noexcept : manager_(manager) { manager.lock(); }
+        ~Hold() { manager_.unlock(); }
+        Hold(const Hold &) = delete;
+        Hold &operator=(const Hold &) = delete;
+
+    private:
+        const Manager &manager_;
+    };
     struct Adopted {
         NamesManager *mgr;
     };

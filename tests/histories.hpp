@@ -11,6 +11,7 @@
 #include <random>
 #include <sstream>
 
+#include "names/names_reader.h"
 #include "tests/record_model.hpp"
 
 namespace histories {
@@ -428,6 +429,61 @@ inline void find(Call &c) {
     c.compare(shown(indices), shown(expected));
 }
 
+// Two readers, each with its cursor, answer as the operations do, generate nothing and change
+// nothing.
+inline void useReaders(Call &c) {
+    const int32_t bLookups = c.log("with lookups", c.pick(0, 1)), nNames = c.twin.nNames();
+    std::array<NamesReader, 2> readers = {};
+    const int32_t nStatus = NamesReader_Open(&readers[0], c.pReal, bLookups);
+    if (bLookups != 0) { c.twin.buildIndex(); }
+    const bool bFinds = bLookups != 0 && c.twin.bLookupIndex;
+    c.answer(nStatus, bLookups != 0 && nNames > 0 && !bFinds ? 1 : 0);
+    readers[1] = readers[0];
+    for (int32_t n = c.pick(1, 8); n > 0; --n) {
+        NamesReader *pReader = &readers[size_t(c.pick(0, 1))];
+        const Range at = c.range(c.chance(40), c.chance(128));
+        const auto [first, last, bOneBased] = at;
+        const auto bounds = Record::boundsOf(at);
+        const int32_t nRange = bounds ? bounds->last - bounds->first + 1 : 0;
+        const bool bExist = bounds && (nRange == 0 || bounds->last < nNames);
+        const bool bNames = nRange == 1 || c.chance(240), bLengths = c.chance(240);
+        std::vector<const char *> names(size_t(nRange) + 1, "untouched");
+        std::vector<int32_t> lengths(names.size(), -7);
+        int32_t *pLengths = bLengths ? lengths.data() : nullptr;
+        if (nRange == 1) {
+            const char *szName = NamesReader_GetName(pReader, first, bOneBased, pLengths);
+            c.compare(szName != nullptr, bExist);
+            if (szName != nullptr) { names[0] = szName; }
+        } else {
+            const char **ppNames = bNames ? names.data() : nullptr;
+            c.compare(NamesReader_GetNameViews(pReader, first, last, bOneBased, ppNames, pLengths),
+                      bExist ? 0 : 1);
+        }
+        for (int32_t k = 0; k <= nRange; ++k) {
+            const bool bWritten = bExist && k < nRange;
+            const std::string text = bWritten ? c.twin.name(bounds->first + k) : "";
+            c.compare<std::string>(names[size_t(k)], bWritten && bNames ? text : "untouched");
+            c.compare(lengths[size_t(k)], bWritten && bLengths ? Record::lengthOf(text) : -7);
+        }
+    }
+    const Strings texts = c.texts(c.pick<size_t>({1, 2, 40}), c.pick(0, nNames));
+    const Fields fields(texts, -1, false);
+    std::vector<int32_t> indices(texts.size(), -7), expected = indices;
+    for (size_t k = 0; k < texts.size(); ++k) {
+        int32_t i = bFinds ? 0 : nNames;
+        while (i < nNames && c.twin.name(i) != Record::trimmed(texts[k])) { ++i; }
+        expected[k] = i < nNames ? i + bLookups : -1;
+    }
+    if (texts.size() == 1) {
+        indices[0] = NamesReader_FindName(&readers[0], fields.pointers[0], bLookups);
+    } else {
+        c.compare(NamesReader_FindNames(&readers[1], fields.pointers.data(),
+                                        Record::toInt(texts.size()), -1, bLookups, indices.data()),
+                  0);
+    }
+    c.compare(shown(indices), shown(expected));
+}
+
 inline void checkDuplicates(Call &c) {
     const Range at = c.range(true);
     const auto [first, last, bOneBased] = at;
@@ -577,6 +633,7 @@ constexpr struct {
               {"read into buffer", readIntoBuffer, {4, 4, 4, 20, 8, 10}},
               {"write to text", readOther, {4, 6, 6, 5, 6, 8}},
               {"find", find, {4, 6, 4, 8, 8, 8}},
+              {"use readers", useReaders, {3, 4, 3, 10, 6, 6}},
               {"check duplicates", checkDuplicates, {3, 2, 2, 3, 6, 10}},
               {"remove", remove, {2, 2, 25, 1, 8, 10}},
               {"remove listed", removeListed, {1, 1, 12, 1, 5, 2}},
