@@ -73,7 +73,7 @@ Map mapNames(const std::vector<const char *> &names, int64_t nExpected, Position
 }
 
 void pair(size_t iA, size_t iB, Comparison *pComparison) {
-    pComparison->partners[iA] = static_cast<int32_t>(iB);
+    pComparison->partners[iA] = pComparison->b.indices[iB];
     pComparison->b.names[iB] = nullptr;
     ++pComparison->nMoved;
 }
@@ -182,9 +182,8 @@ Comparison compareNames(NamesManager *a, NamesManager *b) {
 void visitMoved(const Comparison &comparison, const DifferenceVisitor &visit) {
     const Rest &a = comparison.a;
     for (size_t i = 0; i < a.names.size(); ++i) {
-        const int32_t partner = comparison.partners[i];
-        if (partner < 0) { continue; }
-        visit({a.indices[i], comparison.b.indices[static_cast<size_t>(partner)], a.names[i]});
+        if (comparison.partners[i] < 0) { continue; }
+        visit({a.indices[i], comparison.partners[i], a.names[i]});
     }
 }
 

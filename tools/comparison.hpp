@@ -24,7 +24,7 @@ struct Comparison {
     int64_t nOnlyInA = 0;
     int64_t nOnlyInB = 0;
     Rest a;
-    std::vector<int32_t> partners;  // for each name of a: its partner's position in b, or -1
+    std::vector<int32_t> partners;  // for each name of a: the index of its partner in B, or -1
     Rest b;                         // names with a partner are NULL
 };
 

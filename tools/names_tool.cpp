@@ -106,8 +106,8 @@ int run(int argc, char **argv) {
     try {
         return parseAndRun(argc, argv, &request);
     } catch (const std::bad_alloc &) {
-        throw Failure{request.image.empty() ? "out of memory"
-                                            : inputName(request.image) + ": out of memory"};
+        const bool bOneFile = !request.image.empty() && request.other.empty();
+        throw Failure{(bOneFile ? inputName(request.image) + ": " : "") + "out of memory"};
     }
 }
 
