@@ -73,6 +73,8 @@ struct Call {
     NamesManager *pReal = mine.pReal;
     Record &twin = mine.twin;
     std::string wrong = "";
+    Strings known =
+        {};  // where memory runs short: the names that may be there afterwards, untrimmed
 
     int32_t pick(int32_t nLow, int32_t nHigh) {
         return nLow + int32_t(choose(uint32_t(nHigh - nLow) + 1));
@@ -162,6 +164,7 @@ struct Call {
         if (nManner == 5 && nTexts > 0) {
             made.back() = fillingText(Record::sizeOf(model::Texts(made).first(nTexts - 1)));
         }
+        if (habits.nShort > 0) { known.insert(known.end(), made.begin(), made.end()); }
         log("of", nTexts);
         for (size_t i = 0; i < std::min<size_t>(nTexts, 8); ++i) {
             log(made[i].substr(0, 40).c_str(), made[i].size());
@@ -179,8 +182,8 @@ struct Call {
         if (nManner == 1 || nManner == 2) { return nNames; }
         if (nManner == 3) { return std::max(twin.cursor.iName, 0); }
         if (nManner == 4) { return pick(0, nNames); }
-        if (nManner == 0 || twin.segments.empty()) { return 0; }
-        const NameSegment &at = twin.segment(pick(0, twin.nSegments() - 1));
+        if (nManner == 0 || twin.starts.empty()) { return 0; }
+        const NameSegment at = twin.segment(pick(0, twin.nSegments() - 1));
         return nManner == 5 ? at.iFirst : at.iLast;
     }
     int32_t anyCount(int32_t first) {
@@ -286,7 +289,7 @@ inline void storeOwn(Call &c) {
         const int32_t iOwn = c.log("own", c.pick(0, nNames - 1)),
                       nLess = c.log("less", c.pick(0, 3));
         const auto nFrom = std::min(size_t(nLess), c.twin.name(iOwn).size());
-        const auto [iBlock, nOffset] = c.twin.positionOf(iOwn);
+        const auto [iBlock, nOffset] = c.twin.position(iOwn);
         texts[k] = c.twin.name(iOwn).substr(nFrom);
         fields.pointers[k] = c.pReal->pBlocks[iBlock].pData + nOffset + nFrom;
     }
@@ -590,9 +593,8 @@ inline void tighten(Call &c, Record &saved) {
     for (int32_t n = c.pick(0, 3); n > 0; --n) {
         saved.insertEmptyBlock(c.pick(0, saved.nBlocks()), c.pick(1, 200));
     }
-    for (int32_t n = saved.segments.empty() ? 0 : c.pick(0, 3); n > 0; --n) {
-        const int32_t iCut = c.pick(0, saved.nNames() - 1);
-        saved.cutSegment(saved.segmentOf(iCut), {iCut, INT32_MAX, 0});
+    for (int32_t n = saved.starts.empty() ? 0 : c.pick(0, 3); n > 0; --n) {
+        saved.cutBefore(c.pick(0, saved.nNames() - 1));
         saved.resetCursor();
     }
     saved.nBlocksAlloc = saved.nBlocks() + c.pick(0, 3);
@@ -644,25 +646,27 @@ constexpr struct {
 
 // ---- Histories
 
-// Where a manager differs from its twin, empty if nowhere: in what it saves or in what it does not.
+// Where a manager is not as its twin, empty if nowhere: which part of what it saves differs, or the
+// one after these, what it does not save.
 inline std::string difference(const Pair &pair) {
     const auto &[pReal, twin] = pair;
-    using Numbers = std::array<int64_t, 5>;
     const int64_t nEntries = pReal->pLookupIndex != nullptr ? pReal->pLookupIndex->nEntries : -1;
-    const Numbers numbers = {pReal->pSegments != nullptr, pReal->pPositions != nullptr, nEntries,
-                             pReal->nMaxNameLength, pReal->nMaxNameLengthCount},
-                  expected = {twin.bSegments, !twin.bSegments, twin.nEntries(), twin.nMaxNameLength,
-                              twin.nMaxNameLengthCount};
-    if (numbers != expected) { return "It has " + shown(numbers) + "not " + shown(expected); }
-    const Strings image = twin.save();
+    const std::array<int64_t, 5> real = {pReal->nMaxNameLength, pReal->nMaxNameLengthCount,
+                                         nEntries, pReal->pSegments != nullptr,
+                                         pReal->pPositions != nullptr},
+                                 expected = {twin.nMaxNameLength, twin.nMaxNameLengthCount,
+                                             twin.nEntries(), twin.bSegments, !twin.bSegments};
+    Strings parts = twin.save();
     model::Output output;
     NamesManager_Save(pReal, nullptr, &output.stream);
     steered::takeLocks();
+    parts.push_back(shown(expected));
+    output.writes.push_back(shown(real));
     const auto at =
-        std::mismatch(image.begin(), image.end(), output.writes.begin(), output.writes.end());
-    return output.writes == image ? ""
-                                  : "Part " + std::to_string(at.first - image.begin()) +
-                                        " of its image is not that of " + twin.layout();
+        std::mismatch(parts.begin(), parts.end(), output.writes.begin(), output.writes.end());
+    return output.writes == parts ? ""
+                                  : "Part " + std::to_string(at.first - parts.begin()) +
+                                        " is not that of " + twin.layout() + parts.back();
 }
 
 // The record of a manager as it is.
@@ -678,19 +682,25 @@ inline Record recordOf(const NamesManager &real) {
         record.blocks.push_back({from.nSize, from.nNamesInBlock, {from.pData, size_t(from.nUsed)}});
     }
     record.bSegments = real.pSegments != nullptr;
-    record.segments.assign(real.pSegments, real.pSegments + real.nSegments);
-    record.positions.assign(real.pPositions,
-                            real.pPositions + (record.bSegments ? 0 : real.nNames));
+    for (const NameSegment &in : std::span(real.pSegments, size_t(real.nSegments))) {
+        record.starts.push_back(in.iFirst);
+        const char *pBlock = real.pBlocks[in.iBlock].pData, *pName = pBlock + in.nOffset;
+        for (int32_t i = in.iFirst; i <= in.iLast; ++i, pName += std::strlen(pName) + 1) {
+            record.positions.push_back({in.iBlock, int32_t(pName - pBlock)});
+        }
+    }
+    if (!record.bSegments) {
+        record.positions.assign(real.pPositions, real.pPositions + real.nNames);
+    }
     record.nBlocksAlloc = real.nBlocksAlloc;
     record.nSegmentsAlloc = real.nSegmentsAlloc;
     record.nPositionsAlloc = real.nPositionsAlloc;
     record.bLookupIndex = real.pLookupIndex != nullptr;
     record.cursor = {real.iCursorName, real.iCursorSegment, real.iCursorBlock, real.nCursorOffset,
                      real.nCursorMisses};
-    for (int32_t i = 0; i < real.nNames; ++i) {
-        const auto [iBlock, nOffset] = record.positionOf(i);
-        const char *szName =
-            record.names.emplace_back(real.pBlocks[iBlock].pData + nOffset).c_str();
+    for (const auto &[iBlock, nOffset] : record.positions) {
+        const char *szName = real.pBlocks[iBlock].pData + nOffset;
+        record.names.emplace_back(szName);
         if (!record.bLookupIndex || steered::kHoldsEqualKeys) { continue; }
         const int32_t iFound = HostHashMap_Find(real.pLookupIndex, szName);
         if (iFound != -1) { record.entries.emplace(szName, iFound); }
@@ -704,6 +714,7 @@ inline std::string adopt(Pair &pair, Strings known) {
     auto &[pReal, twin] = pair;
     if (pReal->pSegments == nullptr && pReal->pPositions == nullptr) { NamesManager_Clear(pReal); }
     known.insert(known.end(), twin.names.begin(), twin.names.end());
+    for (std::string &name : known) { name = Record::trimmed(name); }
     std::sort(known.begin(), known.end());
     twin = recordOf(*pReal);
     const bool bKnown = std::all_of(twin.names.begin(), twin.names.end(), [&known](auto &name) {
@@ -728,17 +739,14 @@ struct Game {
     // Carries out an operation on one of the managers and returns what went wrong.
     std::string play(size_t iKind, size_t iManager, Choices choose, std::ostream *pLog) {
         Call c = {std::move(choose), habits, pairs[iManager], pairs[1 - iManager], pLog};
-        Strings before;  // the names of both
-        if (habits.nShort > 0) {
-            before = c.twin.names;
-            before.insert(before.end(), c.other.twin.names.begin(), c.other.twin.names.end());
-        }
         steered::takeReports();
         steered::takeLocks();
         model::g_nErrors = 0;
         c.log("\nmanager", iManager), c.log(kKinds[iKind].szName, ':');
         steered::setMaps(!c.chance(habits.nShort));
         if (c.chance(habits.nShort)) {
+            c.known = c.twin.names;
+            c.known.insert(c.known.end(), c.other.twin.names.begin(), c.other.twin.names.end());
             const int32_t n = c.log("failing at", c.pick(1, 12));
             HostMem_FailAt(n, c.log("from there", c.chance(128)));
         }
@@ -748,14 +756,12 @@ struct Game {
         HostMem_FailAt(0, 0);
         const auto [nErrors, nAssertions] = steered::takeReports();
         if (bFailed) {
-            c.wrong = adopt(c.mine, before) + adopt(c.other, before);
+            c.wrong = adopt(c.mine, c.known) + adopt(c.other, c.known);
             steered::takeLocks();
         }
-        if ((nErrors != model::g_nErrors && !bFailed) || nAssertions != 0) {
-            c.wrong += "Reports. ";
-        }
+        const bool bReports = (nErrors == model::g_nErrors || bFailed) && nAssertions == 0;
+        if (!bReports || !steered::takeLocks().empty()) { c.wrong += "Reports or locks. "; }
         if (c.chance(habits.nAudited)) { c.wrong += audit(c.mine) + difference(c.other); }
-        if (!steered::takeLocks().empty()) { c.wrong += "A lock too many. "; }
         return c.wrong + difference(c.mine) + HostMem_TakeRefusals();
     }
 

@@ -13,7 +13,6 @@
 namespace {
 
 using loaded::imageOf;
-using loaded::recordWithNames;
 using loaded::soundRecords;
 using model::Record;
 using model::Strings;
@@ -83,57 +82,72 @@ TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
     }
 }
 
-struct Unsound {
+// An image in the parts that it is written in.
+struct Image {
+    Strings parts;
+    explicit Image(const Record &record) : parts(record.save()) {}
+    template <typename T>
+    T *at(size_t iPart) {
+        return reinterpret_cast<T *>(parts[iPart].data());
+    }
+    int32_t &number(size_t i) { return *at<int32_t>(i); }
+    NameStorageBlock &block(size_t i) { return at<NameStorageBlock>(9)[i]; }
+    NameSegment &segment(size_t i) { return at<NameSegment>(10)[i]; }
+    NamePosition &position(size_t i) { return at<NamePosition>(10)[i]; }
+    std::string &text(size_t iBlock) { return parts[11 + iBlock]; }
+    model::Cursor &cursor() { return *at<model::Cursor>(parts.size() - 1); }
+};
+
+// Of loaded::soundRecords.
+enum Sound { kEmpty = 0, kSegments = 2, kPositions = 3 };
+
+const struct {
     const char *szWhat;
-    void (*pfnSpoil)(Record &r);
-};
-const Unsound kSegmentMode[] = {
-    {"a name too many", [](Record &r) { r.names.emplace_back(); }},
-    {"equal texts",
-     [](Record &r) { r.segments[3].nOffset = r.segments[0].nOffset, r.segments[3].iBlock = 0; }},
-    {"overlapping segments", [](Record &r) { --r.segments[1].nOffset, ++r.segments[1].nBytes; }},
-    {"a segment without its last NUL", [](Record &r) { --r.segments[0].nBytes; }},
-    {"a segment of 129 names",
-     [](Record &r) {
-         r = Record("%d"), r.generateNames(129), ++r.segments[0].iLast, r.segments[0].nBytes += 4,
-         r.segments.pop_back();
-     }},
-    {"an end beyond 32 bits",
-     [](Record &r) { r.segments[0].nOffset = INT32_MAX, r.segments[0].nBytes = INT32_MAX; }},
-    {"tables of both modes", [](Record &r) { r.nPositionsAlloc = 32; }},
-    {"a cursor one name on", [](Record &r) { ++r.cursor.iName; }},
-    {"a cursor one byte on", [](Record &r) { ++r.cursor.nOffset; }},
-    {"a cursor in another block", [](Record &r) { ++r.cursor.iBlock; }},
-};
-const Unsound kPositionMode[] = {
-    {"equal positions", [](Record &r) { r.positions[1] = r.positions[0]; }},
-    {"overlapping positions",
-     [](Record &r) { r.positions[1] = r.positions[0], ++r.positions[1].nOffset; }},
-    {"a cursor among positions", [](Record &r) { r.cursor.iName = 1; }},
-    {"no NUL at a block's end", [](Record &r) { r.blocks[0].text.back() = 'x'; }},
-    {"a name that ends in a blank",
-     [](Record &r) { r.blocks[1].text[size_t(r.blocks[1].nUsed()) - 2] = ' '; }},
-    {"names counted in another block",
-     [](Record &r) { ++r.blocks[0].nNames, --r.blocks[1].nNames; }},
-    {"a position after the last block",
-     [](Record &r) { r.positions[1].iBlock = r.nBlocksAlloc = r.nBlocks(); }},
-    {"a negative number", [](Record &r) { r.nGeneratedNameBase = -1; }},
-    {"a number that cannot grow", [](Record &r) { r.nGeneratedNameBase = INT32_MAX; }},
-    {"a format without its NUL", [](Record &r) { r.szNameFormat = "%d" + std::string(30, 'x'); }},
-    {"a first name without its NUL", [](Record &r) { r.szFirstGeneratedName.assign(32, 'x'); }},
+    Sound record;
+    void (*pfnSpoil)(Image &i);
+} kUnsound[] = {
+    {"a name too many", kSegments, [](Image &i) { ++i.number(0); }},
+    {"equal texts", kSegments,
+     [](Image &i) { i.segment(3).nOffset = i.segment(0).nOffset, i.segment(3).iBlock = 0; }},
+    {"overlapping segments", kSegments,
+     [](Image &i) { --i.segment(1).nOffset, ++i.segment(1).nBytes; }},
+    {"a segment without its last NUL", kSegments, [](Image &i) { --i.segment(0).nBytes; }},
+    {"an end beyond 32 bits", kSegments,
+     [](Image &i) { i.segment(0).nOffset = i.segment(0).nBytes = INT32_MAX; }},
+    {"tables of both modes", kSegments, [](Image &i) { i.number(5) = 32; }},
+    {"a cursor one name on", kSegments, [](Image &i) { ++i.cursor().iName; }},
+    {"a cursor one byte on", kSegments, [](Image &i) { ++i.cursor().nOffset; }},
+    {"a cursor in another block", kSegments, [](Image &i) { ++i.cursor().iBlock; }},
+    {"equal positions", kPositions, [](Image &i) { i.position(1) = i.position(0); }},
+    {"overlapping positions", kPositions,
+     [](Image &i) { i.position(1) = i.position(0), ++i.position(1).nOffset; }},
+    {"a cursor among positions", kPositions, [](Image &i) { i.cursor().iName = 1; }},
+    {"no NUL at a block's end", kPositions, [](Image &i) { i.text(0).back() = 'x'; }},
+    {"a name that ends in a blank", kPositions,
+     [](Image &i) { i.text(1)[i.text(1).size() - 2] = ' '; }},
+    {"a name in another block", kPositions,
+     [](Image &i) { ++i.block(0).nNamesInBlock, --i.block(1).nNamesInBlock; }},
+    {"a position after the last block", kPositions,
+     [](Image &i) { i.position(1).iBlock = i.number(2) = i.number(1); }},
+    {"a negative number", kPositions, [](Image &i) { i.number(7) = -1; }},
+    {"a number that cannot grow", kPositions, [](Image &i) { i.number(7) = INT32_MAX; }},
+    {"a format without its NUL", kPositions,
+     [](Image &i) { i.parts[6] = "%d" + std::string(30, 'x'); }},
+    {"a first name without its NUL", kPositions, [](Image &i) { i.parts[8].assign(32, 'x'); }},
+    {"used bytes and a count that do not add up", kEmpty,
+     [](Image &i) { i.block(0).nUsed = -1, i.block(0).nNamesInBlock = 1; }},
 };
 
 TEST(Loader, RefusesUnsoundImages) {
-    const auto refuse = [](Record record, const Unsound &unsound) {
-        unsound.pfnSpoil(record);
-        EXPECT_EQ(-1, offer(imageOf(record))) << unsound.szWhat;
-    };
-    for (const Unsound &unsound : kSegmentMode) { refuse(recordWithNames(false), unsound); }
-    for (const Unsound &unsound : kPositionMode) { refuse(recordWithNames(true), unsound); }
-    std::string image = imageOf(Record("nm%d"));
-    image.replace(104, 8, Record::bytesOf({-1, 1}));  // nUsed and nNamesInBlock of the only block
-    EXPECT_EQ(-1, offer(image));
-    Record mostMisses = recordWithNames(false);
+    for (const auto &[szWhat, record, pfnSpoil] : kUnsound) {
+        Image image(soundRecords()[record]);
+        pfnSpoil(image);
+        EXPECT_EQ(-1, offer(model::joined(image.parts))) << szWhat;
+    }
+    Record many("%d"), mostMisses = soundRecords()[kSegments];
+    many.generateNames(129);
+    many.starts.pop_back();  // one segment of all
+    EXPECT_EQ(-1, offer(imageOf(many)));
     mostMisses.cursor.nMisses = INT32_MAX;  // where counting stops
     EXPECT_EQ(0, offer(imageOf(mostMisses)));
 }

@@ -84,13 +84,13 @@ struct Block {
 };
 
 struct Record {
-    Strings names;  // the list itself; the blocks, through segments or positions, must spell it
+    Strings names;             // the list itself; the blocks spell it, too
     std::string szNameFormat;  // 32 bytes, and so is the next
     std::string szFirstGeneratedName = std::string(32, '\0');
     int32_t nGeneratedNameBase = 0, nMaxNameLength = -1, nMaxNameLengthCount = 0;
     std::vector<Block> blocks = {{kFirstBlockBytes, 0, ""}};
-    std::vector<NameSegment> segments;    // those in use
-    std::vector<NamePosition> positions;  // one per name, in positions mode
+    std::vector<NamePosition> positions;  // of all names, in either mode
+    std::vector<int32_t> starts;          // the first name of each segment
     int32_t nBlocksAlloc = kTableStep, nSegmentsAlloc = kTableStep, nPositionsAlloc = 0;
     bool bSegments = true;  // the storage mode: segments, else positions
     bool bLookupIndex = false;
@@ -120,11 +120,18 @@ struct Record {
 
     int32_t nNames() const { return toInt(names.size()); }
     int32_t nBlocks() const { return toInt(blocks.size()); }
-    int32_t nSegments() const { return toInt(segments.size()); }
+    int32_t nSegments() const { return toInt(starts.size()); }
     std::string *at(int32_t i) { return names.data() + i; }
     std::string &name(int32_t i) { return *at(i); }
+    NamePosition &position(int32_t i) { return positions.data()[i]; }
     Block &block(int32_t i) { return blocks.data()[i]; }
-    NameSegment &segment(int32_t i) { return segments.data()[i]; }
+    NameSegment segment(int32_t i) const {
+        const int32_t first = starts.data()[i],
+                      last = (i + 1 < nSegments() ? starts.data()[i + 1] : nNames()) - 1;
+        const auto [iBlock, nOffset] = positions.data()[first];
+        return {first, last, iBlock, nOffset,
+                positions.data()[last].nOffset + sizeOf(names.data()[last]) - nOffset};
+    }
 
     // ---- The mechanics that operations share
 
@@ -140,25 +147,12 @@ struct Record {
                                [](int32_t n, const std::string &text) { return n + sizeOf(text); });
     }
 
-    int32_t offsetOf(const NameSegment &in, int32_t iName) {
-        return in.nOffset + sizeOf(Texts(at(in.iFirst), at(iName)));
-    }
-
-    int32_t segmentOf(int32_t iName) {
-        int32_t iSegment = 0;
-        while (segment(iSegment).iLast < iName) { ++iSegment; }
-        return iSegment;
-    }
-
-    NamePosition positionOf(int32_t iName) {
-        if (!bSegments) { return positions.data()[iName]; }
-        const NameSegment &in = segment(segmentOf(iName));
-        return {in.iBlock, offsetOf(in, iName)};
+    int32_t segmentOf(int32_t iName) const {
+        return toInt(std::upper_bound(starts.begin(), starts.end(), iName) - starts.begin()) - 1;
     }
 
     // Renumbers what is in blocks from iBlock on, where one comes (1) or has gone (-1).
     void renumberBlocks(int32_t iBlock, int32_t nBy) {
-        for (NameSegment &later : segments) { later.iBlock += later.iBlock >= iBlock ? nBy : 0; }
         for (NamePosition &later : positions) { later.iBlock += later.iBlock >= iBlock ? nBy : 0; }
         if (cursor.iName >= 0) { cursor.iBlock += cursor.iBlock >= iBlock ? nBy : 0; }
     }
@@ -195,37 +189,22 @@ struct Record {
         nSegmentsAlloc += nSegments() + 2 > nSegmentsAlloc ? kTableStep : 0;
     }
 
-    // Splits a segment so that the one after it starts at iName.
-    void splitSegment(int32_t iSegment, int32_t iName) {
-        const NameSegment whole = segment(iSegment);
-        const int32_t nOffset = offsetOf(whole, iName);
-        segment(iSegment) = {whole.iFirst, iName - 1, whole.iBlock, whole.nOffset,
-                             nOffset - whole.nOffset};
-        segments.insert(segments.begin() + iSegment + 1,
-                        {iName, whole.iLast, whole.iBlock, nOffset, endOf(whole) - nOffset});
-    }
-
-    // Makes the names of a segment that lie in the bounds a segment of their own; returns its
-    // number.
-    int32_t cutSegment(int32_t iSegment, Range bounds) {
-        if (segment(iSegment).iFirst < bounds.first) { splitSegment(iSegment++, bounds.first); }
-        if (segment(iSegment).iLast > bounds.last) { splitSegment(iSegment, bounds.last + 1); }
-        return iSegment;
+    // Makes a name the first of a segment.
+    void cutBefore(int32_t iName) {
+        const auto at = std::lower_bound(starts.begin(), starts.end(), iName);
+        if (bSegments && iName < nNames() && (at == starts.end() || *at > iName)) {
+            starts.insert(at, iName);
+        }
     }
 
     // Joins a segment to the one before it where their texts touch and not too many names come
     // together; 1 if so.
     int32_t mergeSegment(int32_t iSegment) {
         if (iSegment < 1 || iSegment >= nSegments()) { return 0; }
-        NameSegment &front = segment(iSegment - 1);
-        const NameSegment back = segment(iSegment);
-        if (front.iBlock != back.iBlock || endOf(front) != back.nOffset ||
-            countOf(front) + countOf(back) > kMaxMergedNames) {
-            return 0;
-        }
-        front.nBytes += back.nBytes;
-        front.iLast = back.iLast;
-        segments.erase(segments.begin() + iSegment);
+        const NameSegment front = segment(iSegment - 1), back = segment(iSegment);
+        const bool bTouch = front.iBlock == back.iBlock && endOf(front) == back.nOffset;
+        if (!bTouch || countOf(front) + countOf(back) > kMaxMergedNames) { return 0; }
+        starts.erase(starts.begin() + iSegment);
         return 1;
     }
 
@@ -252,10 +231,10 @@ struct Record {
             return;
         }
         const int32_t iSegment = segmentOf(bounds.last), iNext = bounds.last + 1;
-        const NameSegment &in = segment(iSegment);
         cursor.iName = -1;
-        if (iNext > in.iLast) { return; }
-        cursor = {iNext, iSegment, in.iBlock, offsetOf(in, iNext), cursor.nMisses};
+        if (iNext > segment(iSegment).iLast) { return; }
+        const auto [iBlock, nOffset] = position(iNext);
+        cursor = {iNext, iSegment, iBlock, nOffset, cursor.nMisses};
     }
 
     // The bounds of a range to be read, its missing names generated; nothing where that is refused.
@@ -282,17 +261,16 @@ struct Record {
                    nBytes + sizeOf(pTexts[nBatch]) <= nRoom) {
                 nBytes += sizeOf(pTexts[nBatch++]);
             }
-            NameSegment *pLast = segments.empty() ? nullptr : &segments.back();
-            if (pLast != nullptr && pLast->iBlock == iBlock && endOf(*pLast) == nOffset &&
-                countOf(*pLast) + nBatch <= kMaxSegmentNames) {
-                pLast->iLast += nBatch;
-                pLast->nBytes += nBytes;
-            } else if (bSegments) {
+            const NameSegment end =
+                starts.empty() ? NameSegment{0, 0, -1, 0, 0} : segment(nSegments() - 1);
+            const bool bJoins = end.iBlock == iBlock && endOf(end) == nOffset &&
+                                countOf(end) + nBatch <= kMaxSegmentNames;
+            if (bSegments && !bJoins) {
                 if (nSegments() == nSegmentsAlloc) { nSegmentsAlloc += kTableStep; }
-                segments.push_back({nNames(), nNames() + nBatch - 1, iBlock, nOffset, nBytes});
+                starts.push_back(nNames());
             }
             for (block(iBlock).nNames += nBatch; nBatch > 0; --nBatch, ++pTexts) {
-                if (!bSegments) { positions.push_back({iBlock, block(iBlock).nUsed()}); }
+                positions.push_back({iBlock, block(iBlock).nUsed()});
                 writeName(iBlock, block(iBlock).nUsed(), *pTexts);
                 names.push_back(*pTexts);
                 indexName(nNames() - 1);
@@ -302,49 +280,49 @@ struct Record {
 
     // iCurrent: the block that is tried first when the text moves, then the one it moved to.
     void replaceAtPosition(int32_t iName, const std::string &text, int32_t &iCurrent) {
-        NamePosition &position = positions.data()[iName];
+        NamePosition &at = position(iName);
         if (sizeOf(text) > sizeOf(name(iName))) {
             if (block(iCurrent).nRoom() < sizeOf(text)) { iCurrent = chooseBlock(sizeOf(text)); }
-            if (iCurrent != position.iBlock) {
-                leaveBlock(position.iBlock, position.nOffset, sizeOf(name(iName)), 1);
+            if (iCurrent != at.iBlock) {
+                leaveBlock(at.iBlock, at.nOffset, sizeOf(name(iName)), 1);
                 ++block(iCurrent).nNames;
             }
-            position = {iCurrent, block(iCurrent).nUsed()};
+            at = {iCurrent, block(iCurrent).nUsed()};
         }
-        writeName(position.iBlock, position.nOffset, text);
+        writeName(at.iBlock, at.nOffset, text);
         name(iName) = text;
         indexName(iName);
     }
 
     // Replaces the names within the bounds that lie in the first one's segment; returns how many.
     int32_t replacePiece(Range bounds, const std::string *pTexts) {
+        const NameSegment whole = segment(segmentOf(bounds.first));
+        if (whole.iFirst < bounds.first || whole.iLast > bounds.last) { reserveTwoSegments(); }
+        cutBefore(bounds.first);
+        cutBefore(std::min(whole.iLast, bounds.last) + 1);
         int32_t iSegment = segmentOf(bounds.first);
-        if (segment(iSegment).iFirst < bounds.first || segment(iSegment).iLast > bounds.last) {
-            reserveTwoSegments();
-        }
-        iSegment = cutSegment(iSegment, bounds);
-        NameSegment &piece = segment(iSegment);
-        const int32_t nCount = countOf(piece), iLast = piece.iLast,
-                      nNew = sizeOf(Texts(pTexts, pTexts + nCount));
+        const NameSegment piece = segment(iSegment);
+        NamePosition to = {piece.iBlock, piece.nOffset};
+        const int32_t nCount = countOf(piece), nNew = sizeOf(Texts(pTexts, pTexts + nCount));
         const bool bEndsBlock = endOf(piece) == block(piece.iBlock).nUsed();
         if (nNew > piece.nBytes &&
             (!bEndsBlock || nNew > block(piece.iBlock).nSize - piece.nOffset)) {
-            const int32_t iBlock = chooseBlock(nNew);
+            to.iBlock = chooseBlock(nNew);
             leaveBlock(piece.iBlock, piece.nOffset, piece.nBytes, nCount);
-            block(iBlock).nNames += nCount;
-            piece.iBlock = iBlock;
-            piece.nOffset = block(iBlock).nUsed();
+            block(to.iBlock).nNames += nCount;
+            to.nOffset = block(to.iBlock).nUsed();
         } else if (bEndsBlock) {
-            block(piece.iBlock).text.resize(size_t(piece.nOffset) + size_t(nNew));
+            block(to.iBlock).text.resize(size_t(to.nOffset) + size_t(nNew));
         }
-        piece.nBytes = nNew;
-        for (int32_t i = piece.iFirst; i <= iLast; ++i) {
+        for (int32_t i = piece.iFirst; i <= piece.iLast; ++i) {
             name(i) = pTexts[i - piece.iFirst];
-            writeName(piece.iBlock, offsetOf(piece, i), name(i));
+            position(i) = to;
+            writeName(to.iBlock, to.nOffset, name(i));
+            to.nOffset += sizeOf(name(i));
             indexName(i);
         }
         iSegment -= mergeSegment(iSegment);
-        if (iLast == bounds.last) { mergeSegment(iSegment + 1); }
+        if (piece.iLast == bounds.last) { mergeSegment(iSegment + 1); }
         switchWhereSegmentsDoNotPay();
         return nCount;
     }
@@ -607,40 +585,29 @@ struct Record {
 
     // ---- Removing
 
-    void removeSegments(Range bounds) {
-        reserveTwoSegments();
-        int32_t iSegment = segmentOf(bounds.first);
-        for (int32_t iNext = bounds.first; iNext <= bounds.last;) {
-            iSegment = cutSegment(iSegment, {iNext, bounds.last, 0});
-            const NameSegment gone = segment(iSegment);
-            leaveBlock(gone.iBlock, gone.nOffset, gone.nBytes, countOf(gone));
-            segments.erase(segments.begin() + iSegment);
-            iNext = gone.iLast + 1;
-        }
-        for (; iSegment < nSegments(); ++iSegment) {
-            segment(iSegment).iFirst -= bounds.last - bounds.first + 1;
-            segment(iSegment).iLast -= bounds.last - bounds.first + 1;
-        }
-    }
-
-    void removePositions(Range bounds) {
-        const auto from = positions.begin() + bounds.first,
-                   to = positions.begin() + bounds.last + 1;
-        std::for_each(from, to, [this](NamePosition gone) { leaveBlock(gone.iBlock, 0, 0, 1); });
-        positions.erase(from, to);
-    }
-
     int32_t removeNames(Range range) {
-        auto bounds = boundsOf({range.first, std::min(range.last, INT32_MAX - 1), range.bOneBased});
+        range.last = std::min(range.last, INT32_MAX - 1);
+        const auto bounds = boundsOf(range);
         if (!bounds) { return 1; }
-        bounds->last = std::min(bounds->last, nNames() - 1);
-        if (bounds->first > bounds->last) { return 0; }
+        const int32_t first = bounds->first, last = std::min(bounds->last, nNames() - 1);
+        if (first > last) { return 0; }
         dropIndex();
-        for (int32_t i = bounds->first; i <= bounds->last && nMaxNameLength != -1; ++i) {
+        for (int32_t i = first; i <= last && nMaxNameLength != -1; ++i) {
             lowerMaximum(lengthOf(name(i)));
         }
-        bSegments ? removeSegments(*bounds) : removePositions(*bounds);
-        names.erase(names.begin() + bounds->first, names.begin() + bounds->last + 1);
+        if (bSegments) { reserveTwoSegments(); }
+        cutBefore(first);
+        cutBefore(last + 1);
+        for (int32_t i = first; i <= last; ++i) {
+            const NameSegment gone =
+                bSegments ? segment(segmentOf(i)) : NameSegment{i, i, position(i).iBlock, 0, 0};
+            leaveBlock(gone.iBlock, gone.nOffset, gone.nBytes, countOf(gone));
+            i = gone.iLast;
+        }
+        std::erase_if(starts, [=](int32_t i) { return i >= first && i <= last; });
+        for (int32_t &i : starts) { i -= i > last ? last - first + 1 : 0; }
+        positions.erase(positions.begin() + first, positions.begin() + last + 1);
+        names.erase(names.begin() + first, names.begin() + last + 1);
         resetCursor();
         switchWhereSegmentsDoNotPay();
         return releaseEmptyBlocks();
@@ -689,14 +656,9 @@ struct Record {
 
     int32_t storeIndividualNamePositions() {
         if (!bSegments) { return 1; }
-        for (const NameSegment &from : segments) {
-            for (int32_t i = from.iFirst; i <= from.iLast; ++i) {
-                positions.push_back({from.iBlock, offsetOf(from, i)});
-            }
-        }
         nPositionsAlloc = nNames();
         bSegments = false;
-        segments.clear();
+        starts.clear();
         nSegmentsAlloc = 0;
         cursor.iName = -1;
         return 0;
@@ -724,8 +686,9 @@ struct Record {
         for (const Block &saved : blocks) {
             writes.back() += bytesOf({0, 0, saved.nSize, saved.nUsed(), saved.nNames, 0});
         }
-        if (!segments.empty()) { writes.push_back(bytesOf(segments)); }
-        if (!positions.empty()) { writes.push_back(bytesOf(positions)); }
+        std::vector<NameSegment> segments;
+        for (int32_t i = 0; i < nSegments(); ++i) { segments.push_back(segment(i)); }
+        if (nNames() > 0) { writes.push_back(bSegments ? bytesOf(segments) : bytesOf(positions)); }
         for (const Block &saved : blocks) { writes.push_back(saved.text); }
         writes.push_back(bytesOf(&cursor, sizeof cursor));
         return writes;
@@ -745,7 +708,9 @@ struct Record {
         const auto show = [&text](int32_t one, char c, int32_t other) {
             text += std::to_string(one) + c + std::to_string(other) + ' ';
         };
-        for (const NameSegment &in : segments) { show(in.iFirst, '-', in.iLast); }
+        for (int32_t i = 0; i < nSegments(); ++i) {
+            show(segment(i).iFirst, '-', segment(i).iLast);
+        }
         for (const Block &in : blocks) { show(in.nUsed(), '/', in.nSize); }
         return text;
     }

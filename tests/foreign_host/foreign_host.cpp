@@ -1,5 +1,3 @@
-#include "foreign_host.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -11,16 +9,11 @@
 #include "host/host_pool.h"
 #include "host/host_problem.h"
 #include "host/host_report.h"
-#include "tests/counted_host/counted_memory.h"
+#include "tests/steered_host.hpp"
 
-ForeignHost g_foreignHost;
-struct HostHashMapKeyKind {
-    int nUnused;
-};
-const HostHashMapKeyKind HostHashMap_StringKeys = {1};
-struct HostPool {
-    int nUnused;
-};
+struct HostHashMapKeyKind {};
+const HostHashMapKeyKind HostHashMap_StringKeys = {};
+struct HostPool {};
 
 namespace {
 
@@ -63,8 +56,7 @@ int32_t append(HostText *pText, const std::string &more) {
 }
 
 void noteLock(const HostLock *pLock, bool bTaken) {
-    auto &locks = g_foreignHost.heldLocks;
-    if (locks.size() < 20) { locks.emplace_back(pLock, bTaken); }
+    if (steered::g_locks.size() < 20) { steered::g_locks.emplace_back(pLock, bTaken); }
 }
 
 std::recursive_mutex *mutexOf(HostLock *pLock) {
@@ -99,13 +91,13 @@ void HostLock_Destroy(HostLock *pLock) {
 
 void Host_ReportError(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szText) {
     expectReporter(nSourceTag, nLine, nCode, szText);
-    ++g_foreignHost.nErrors;
+    ++steered::g_reports.nErrors;
 }
 
 void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, const char *szFormat,
                           ...) {
     expectReporter(nSourceTag, nLine, nCode, szFormat);
-    ++g_foreignHost.nAssertions;
+    ++steered::g_reports.nAssertions;
 }
 
 void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected,
@@ -116,7 +108,7 @@ void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szE
 
 HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExpected) {
     HostMem_Refuse(pKeyKind != &HostHashMap_StringKeys || nExpected < 1, "A map of none");
-    if (g_foreignHost.bFailMaps) { return nullptr; }
+    if (!steered::hasMaps()) { return nullptr; }
     void *pMemory = HostMem_Alloc(sizeof(RefusingMap), kMapTag, __LINE__);
     if (pMemory == nullptr) { return nullptr; }
     auto *pMap = new (pMemory) RefusingMap{{0}, {}};
@@ -133,10 +125,9 @@ int32_t HostHashMap_Insert(HostHashMap *pMap, const char *szKey, int32_t nValue,
                            int32_t *pnExisting) {
     HostMem_Refuse(nValue < 0, "A negative value");
     if (!HostMem_MayObtain(0)) { return -5; }
-    const auto found = findEntry(pMap, szKey);
-    const bool bNew = found == entriesOf(pMap).end();
-    if (pnExisting != nullptr) { *pnExisting = bNew ? -1 : found->second.nValue; }
-    if (bNew) { entriesOf(pMap).emplace(szKey, Entry{szKey, nValue}), ++pMap->nEntries; }
+    const auto [at, bNew] = entriesOf(pMap).try_emplace(szKey, Entry{szKey, nValue});
+    if (pnExisting != nullptr) { *pnExisting = bNew ? -1 : at->second.nValue; }
+    pMap->nEntries += bNew ? 1 : 0;
     return 0;
 }
 
@@ -189,7 +180,7 @@ int32_t HostStream_Read(HostInputStream *pStream, void *pBuffer, uint64_t nBytes
     if (nTaken > 0) { std::memcpy(pBuffer, pStream->pNext, nTaken); }
     pStream->pNext += nTaken;
     pStream->nLeft -= nTaken;
-    return nTaken == nBytes ? 0 : kForeignReadError;
+    return nTaken == nBytes ? 0 : steered::kEndOfInput;
 }
 
 int32_t ZOLTcreateprob(ZOLTprob *pProb) {

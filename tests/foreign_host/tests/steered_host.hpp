@@ -1,32 +1,55 @@
-// What tests see and steer of the host that they run on: here the foreign one.
+// What tests see and steer of the foreign host, a second implementation of the services with other
+// internals than the shipped one and stricter. It stands for any other host that the module is
+// moved to; where its types do not differ it uses the shipped declarations.
 // tests/steered_host.hpp, before which this is found, says what each of these is.
 #pragma once
 
-#include "foreign_host.h"
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/host_lock.h"
+#include "host/host_stream.h"
+#include "host/host_text.h"
 #include "tests/counted_host/counted_memory.h"
+
+// Delivers nLeft bytes and then fails, after handing out those that it still has.
+struct HostInputStream {
+    const char *pNext;
+    uint64_t nLeft;
+};
+
+// Takes nRoom bytes and then fails; cuts a padded string that is longer than its field.
+struct HostText {
+    uint64_t nRoom;
+    std::string text;
+};
 
 namespace steered {
 
-constexpr bool kHoldsEqualKeys = false;
-constexpr bool kIsStrict = true;
-constexpr bool kCutsFields = true;
-constexpr int32_t kEndOfInput = kForeignReadError;
+constexpr bool kHoldsEqualKeys = false, kIsStrict = true, kCutsFields = true;
+constexpr int32_t kEndOfInput = 77;
 
 struct Reports {
     int32_t nErrors, nAssertions;
 };
+inline Reports g_reports = {};
 inline Reports takeReports() {
-    return {std::exchange(g_foreignHost.nErrors, 0), std::exchange(g_foreignHost.nAssertions, 0)};
-}
-inline auto takeLocks() {
-    return std::exchange(g_foreignHost.heldLocks, {});
+    return std::exchange(g_reports, {});
 }
 
+using Locks = std::vector<std::pair<const HostLock *, bool>>;
+inline Locks g_locks;  // the first few
+inline Locks takeLocks() {
+    return std::exchange(g_locks, {});
+}
+
+inline bool g_bMaps = true;
 inline bool hasMaps() {
-    return !g_foreignHost.bFailMaps;
+    return g_bMaps;
 }
 inline void setMaps(bool bMaps) {
-    g_foreignHost.bFailMaps = !bMaps;
+    g_bMaps = bMaps;
 }
 
 struct Input {
