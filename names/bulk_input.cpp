@@ -51,7 +51,7 @@ bool measureUntrimmed(const char *pText, int32_t nNames, int32_t *pLengths) {
     while (nNames > 0) {
         const char *pEnd = pText + std::min(nNames, kMaxNameBytes);
         int32_t nFound =
-            findNameStartsInside({pText, pEnd, pEnd}, std::min(nNames, kMaxSegmentNames), aStarts);
+            findNameStarts({pText, pEnd, pEnd}, std::min(nNames, kMaxSegmentNames), aStarts);
         if (nFound == 0) {
             const size_t nLength = std::strlen(pText);
             if (nLength > kMaxNameBytes) { return false; }

@@ -33,9 +33,9 @@ uint64_t bytesOfRange(NameReader reader, bool bWholeSegments) {
     return nBytes;
 }
 
-// Returns where the next stretch goes. The first one of all is NULL and empty.
+// Returns where the next stretch goes. The first one of all is NULL.
 char *copyStretch(char *pTo, const char *pText, size_t nBytes) {
-    if (nBytes > 0) { std::memcpy(pTo, pText, nBytes); }
+    if (pText != nullptr) { std::memcpy(pTo, pText, nBytes); }
     return pTo + nBytes;
 }
 

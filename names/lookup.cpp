@@ -24,9 +24,9 @@ int32_t scanForText(NamesManager *mgr, const char *szText) {
     return -1;
 }
 
-// Looks texts up, -1 for NULL. Without an index there must be one, not NULL.
-void findInIndex(NamesManager *mgr, NameLookupIndex *pIndex, const char *const *ppTexts,
-                 int32_t nTexts, int32_t *pFound) {
+// Finds texts exactly as they are, -1 for NULL. Without an index it must be one text, not NULL.
+void findExact(NamesManager *mgr, NameLookupIndex *pIndex, const char *const *ppTexts,
+               int32_t nTexts, int32_t *pFound) {
     if (nTexts > 1) {
         findKeys(pIndex, ppTexts, nTexts, pFound);
     } else {
@@ -44,7 +44,7 @@ int32_t findTexts(NamesManager *mgr, const char *const *ppTexts, int32_t nTexts,
     }
     NameLookupIndex *pIndex = currentIndex(mgr);
     const int32_t nChunk = isIndexCurrent(mgr) ? nTexts : 1;
-    findInIndex(mgr, pIndex, ppTexts, nChunk, pFound);
+    findExact(mgr, pIndex, ppTexts, nChunk, pFound);
     return nChunk;
 }
 
@@ -81,7 +81,7 @@ bool findLong(NameLookup *pLookup, const char *pName, size_t nLength, int32_t *p
     char *pText = roomFor(&pLookup->buffer, nLength + 1);
     if (pText == nullptr) { return false; }
     copyText(pText, pName, static_cast<int32_t>(nLength));
-    findInIndex(pLookup->mgr, pLookup->pIndex, &pText, 1, piFound);
+    findExact(pLookup->mgr, pLookup->pIndex, &pText, 1, piFound);
     return true;
 }
 
@@ -108,7 +108,7 @@ bool findTrimmed(NameLookup *pLookup, const char *const *ppNames, int32_t nNames
     }
     if (bAny) {
         int32_t aTrimmed[kChunkNames];
-        findInIndex(pLookup->mgr, pLookup->pIndex, apTexts, nNames, aTrimmed);
+        findExact(pLookup->mgr, pLookup->pIndex, apTexts, nNames, aTrimmed);
         for (int32_t k = 0; k < nNames; ++k) {
             aFound[k] = apTexts[k] != nullptr ? aTrimmed[k] : aFound[k];
         }
@@ -124,7 +124,7 @@ bool findTogether(NameLookup *pLookup, const char *const *ppNames, int32_t nName
         std::fill_n(aFound, nNames, -1);
         return findTrimmed(pLookup, ppNames, nNames, false, aFound);
     }
-    findInIndex(pLookup->mgr, pLookup->pIndex, ppNames, nNames, aFound);
+    findExact(pLookup->mgr, pLookup->pIndex, ppNames, nNames, aFound);
     const bool bAll = std::none_of(aFound, aFound + nNames, [](int32_t i) { return i < 0; });
     return bAll || findTrimmed(pLookup, ppNames, nNames, true, aFound);
 }

@@ -1,7 +1,7 @@
 // Walking stored text from NUL to NUL. Texts lie back to back in a block, each ended by its NUL, so
 // everything that the module knows about where names begin comes from here. Text is looked at in
 // windows of 64 bytes, one mask bit per byte, which is two to five times faster than strlen for
-// each name. Every caller knows that the NULs it looks for exist.
+// each name.
 #ifndef NAMES_STORAGE_TEXT_WALK_HPP
 #define NAMES_STORAGE_TEXT_WALK_HPP
 
@@ -76,7 +76,7 @@ inline uint64_t matchBytes(const char *p, char c) {
 inline uint64_t matchWindow(const char *p, const TextSpan &text, char c) {
     const int64_t nInText = text.pEnd - p;
     if (nInText >= kWindowBytes) { return matchBytes(p, c); }
-    const uint64_t nMask = ~uint64_t{0} >> (kWindowBytes - nInText);
+    const uint64_t nMask = (uint64_t{1} << nInText) - 1;
     if (text.pMemoryEnd - p >= kWindowBytes) { return matchBytes(p, c) & nMask; }
     char aWindow[kWindowBytes] = {};
     std::memcpy(aWindow, p, static_cast<size_t>(nInText));
@@ -119,41 +119,31 @@ constexpr int32_t roomForStarts(int32_t nNames) {
     return nNames + 1 + kWindowBytes;
 }
 
-// Writes the offsets from text.pText at which names start, up to nNames of them, then the offset at
-// which the last one ends, NULs included. With bToEnd stops at the end of the text, else all of the
-// names exist. Takes four NULs per step, wanted or not, so that the number of names in a window
-// costs no unpredictable branch per name. Returns the number of names found.
-template <bool bToEnd>
-int32_t walkNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
+// Writes the offsets from text.pText at which the first nNames names start, then the offset at
+// which the last one ends, NULs included: aStarts[k + 1] - aStarts[k] - 1 is the length of name k.
+// Takes four NULs per step, wanted or not, so that the number of names in a window costs no
+// unpredictable branch per name. Returns the number of names found, fewer than nNames where the
+// text ends.
+inline int32_t findNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
     aStarts[0] = 0;
     int32_t nFound = 0;
-    for (int64_t nBase = 1; nFound < nNames; nBase += kWindowBytes) {
-        if (bToEnd && nBase > text.pEnd - text.pText) { return nFound; }
-        uint64_t nNuls = matchWindow(text.pText + (nBase - 1), text, 0);
+    for (const char *p = text.pText; nFound < nNames && p < text.pEnd; p += kWindowBytes) {
+        const int32_t nAfterNul = static_cast<int32_t>(p - text.pText) + 1;
+        uint64_t nNuls = matchWindow(p, text, 0);
         int32_t *pStart = aStarts + 1 + nFound;
         nFound += countBits(nNuls);
         while (nNuls != 0) {
             for (int i = 0; i < 4; ++i) {
-                *pStart++ = static_cast<int32_t>(nBase + lowestBit(nNuls));
+                *pStart++ = nAfterNul + static_cast<int32_t>(lowestBit(nNuls));
                 nNuls &= nNuls - 1;
             }
         }
     }
-    return nNames;
+    return nFound < nNames ? nFound : nNames;
 }
 
-// Where the first nNames names of a text start and the last one ends: aStarts[k + 1] - aStarts[k] -
-// 1 is the length of name k.
-inline void findNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
-    walkNameStarts<false>(text, nNames, aStarts);
-}
-
-// The same for those of the names that end inside the text. Returns their number.
-inline int32_t findNameStartsInside(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
-    return walkNameStarts<true>(text, nNames, aStarts);
-}
-
-// Number of bytes that the first nNames names of a text take, NULs included.
+// Number of bytes that the first nNames names of a text take, NULs included. The text holds as
+// many.
 inline int32_t bytesOfNames(const TextSpan &text, int32_t nNames) {
     if (nNames <= 0) { return 0; }
     const char *p = text.pText;
