@@ -7,7 +7,7 @@
 int32_t NamesManager_SaveToFile(NamesManager *mgr, const char *szPath) {
     HostOutputStream *pStream = HostOutputStream_CreateForFile(szPath);
     if (pStream == nullptr) { return HostStreamError_IO; }
-    // The stream remembers its first failure, so closing it answers for the save, too.
+    // Closing the stream reports the first failure of the save, too.
     (void)NamesManager_Save(mgr, nullptr, pStream);
     return HostOutputStream_Close(pStream, 1);
 }

@@ -7,19 +7,15 @@
 
 namespace host {
 
-namespace {
-
-constexpr uint64_t kSourceTag = 0x686f737462756666;  // "hostbuff"
-constexpr uint64_t kSmallest = 64;                   // bytes of the first piece
-
-}  // namespace
+constexpr uint64_t kBufferSourceTag = 0x686f737462756666;  // "hostbuff"
+constexpr uint64_t kLeastCapacity = 64;                    // bytes
 
 bool growByteBuffer(ByteBuffer &buffer, uint64_t nMore) {
     if (nMore <= buffer.nCapacity - buffer.nUsed) { return true; }
     if (nMore > std::numeric_limits<uint64_t>::max() - buffer.nUsed) { return false; }
     const uint64_t nCapacity =
-        std::max({buffer.nUsed + nMore, buffer.nCapacity + buffer.nCapacity / 2, kSmallest});
-    void *pBytes = HostMem_Realloc(buffer.pBytes, nCapacity, kSourceTag, __LINE__);
+        std::max({buffer.nUsed + nMore, buffer.nCapacity + buffer.nCapacity / 2, kLeastCapacity});
+    void *pBytes = HostMem_Realloc(buffer.pBytes, nCapacity, kBufferSourceTag, __LINE__);
     if (pBytes == nullptr) { return false; }
     buffer.pBytes = static_cast<char *>(pBytes);
     buffer.nCapacity = nCapacity;
@@ -27,7 +23,7 @@ bool growByteBuffer(ByteBuffer &buffer, uint64_t nMore) {
 }
 
 void freeByteBuffer(ByteBuffer &buffer) {
-    HostMem_Free(buffer.pBytes, kSourceTag, __LINE__);
+    HostMem_Free(buffer.pBytes, kBufferSourceTag, __LINE__);
     buffer = {};
 }
 

@@ -1,5 +1,4 @@
-// A run of bytes in one piece of memory that grows in proportion to its size. Internal to the
-// shipped host.
+// Bytes in one piece of memory that grows in proportion to its size. Internal to the shipped host.
 #ifndef HOST_BYTE_BUFFER_HPP
 #define HOST_BYTE_BUFFER_HPP
 
@@ -13,11 +12,10 @@ struct ByteBuffer {
     uint64_t nCapacity;  // bytes there is room for
 };
 
-// Makes room for nMore bytes behind those in use. False when there is no memory: the buffer is then
-// unchanged.
+// Makes room for nMore bytes after those in use. False without memory: nothing has changed.
 bool growByteBuffer(ByteBuffer &buffer, uint64_t nMore);
 
-// Gives the memory back and leaves an empty buffer.
+// Frees the memory and leaves an empty buffer.
 void freeByteBuffer(ByteBuffer &buffer);
 
 }  // namespace host

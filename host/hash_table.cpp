@@ -1,95 +1,89 @@
 #include "host/hash_table.hpp"
 
-#include <cstring>
-
 #include <algorithm>
+#include <cstring>
 
 #include "host/host_memory.h"
 #include "host/platform.hpp"
 
 namespace host {
-
 namespace {
 
-constexpr uint64_t kSourceTag = 0x686f737468617368;  // "hosthash"
-constexpr uint64_t kLargePagesFrom =
-    8 * 1024 * 1024;  // bytes of a table; smaller ones have few large pages to gain
-constexpr uint64_t kCacheLine = 64;
+// Bytes of a table that is worth large pages: searches hit all of its pages at random, and the
+// addresses of large ones stay cached. Smaller tables would have few of them.
+constexpr uint64_t kLargePagesFrom = 8 * 1024 * 1024;
+constexpr uint64_t kLineBytes = 64;  // of a cache line
 constexpr uint64_t kBucketBytes =
-    kBucketEntries * (sizeof(Entry) + sizeof(uint8_t)) + sizeof(uint16_t);
-constexpr int64_t kRoomOfBucket =
-    14;  // entries for each bucket when the table grows; 16 would make searches long
+    kBucketSlots * (sizeof(Entry) + sizeof(uint8_t)) + sizeof(uint16_t);
+constexpr int64_t kRoomOfBucket = 14;  // of 16 slots: the load factor at which a table is rebuilt
 constexpr int64_t kMaxBuckets = UINT32_MAX;
-static_assert(sizeof(Entry) * 4 == kCacheLine);
+static_assert(sizeof(Entry) * 4 == kLineBytes);
 
-// A table of free places. False without memory.
-bool makeTable(HashTable *pTable, int64_t nBuckets) {
+// A table of free slots. False without memory.
+bool makeTable(int64_t nBuckets, HashTable *pTable) {
     if (nBuckets > kMaxBuckets) { return false; }
-    const uint64_t nBytes = static_cast<uint64_t>(nBuckets) * kBucketBytes + kCacheLine;
-    void *pMemory = HostMem_Alloc(nBytes, kSourceTag, __LINE__);
+    const uint64_t nBytes = static_cast<uint64_t>(nBuckets) * kBucketBytes + kLineBytes;
+    void *pMemory = HostMem_Alloc(nBytes, kHashSourceTag, __LINE__);
     if (pMemory == nullptr) { return false; }
-    if (nBytes >= kLargePagesFrom) {  // searches hit all of its pages at random, whose addresses
-                                      // the processor can then keep at hand
-        adviseLargePages(pMemory, nBytes);
-    }
+    if (nBytes >= kLargePagesFrom) { adviseLargePages(pMemory, nBytes); }
     const uint64_t nSkipped =
-        (kCacheLine - reinterpret_cast<uintptr_t>(pMemory) % kCacheLine) % kCacheLine;
+        (kLineBytes - reinterpret_cast<uintptr_t>(pMemory) % kLineBytes) % kLineBytes;
     pTable->pMemory = pMemory;
     pTable->pEntries = reinterpret_cast<Entry *>(static_cast<char *>(pMemory) + nSkipped);
-    pTable->pTags = reinterpret_cast<uint8_t *>(pTable->pEntries + nBuckets * kBucketEntries);
-    pTable->pMarks = reinterpret_cast<uint16_t *>(pTable->pTags + nBuckets * kBucketEntries);
+    pTable->pTags = reinterpret_cast<uint8_t *>(pTable->pEntries + nBuckets * kBucketSlots);
+    pTable->pMarks = reinterpret_cast<uint16_t *>(pTable->pTags + nBuckets * kBucketSlots);
     pTable->nBuckets = static_cast<uint32_t>(nBuckets);
     pTable->nRoom = nBuckets * kRoomOfBucket;
     pTable->nUsed = 0;
     std::memset(pTable->pTags, 0,
-                static_cast<uint64_t>(nBuckets) * (kBucketEntries + sizeof(uint16_t)));
+                static_cast<uint64_t>(nBuckets) * (kBucketSlots + sizeof(uint16_t)));
     return true;
 }
 
-// What is free in the buckets that entries went to last. Reading a bucket's tags right after one of
-// them was written would make the processor wait.
-struct FreePlaces {
+// The free slots of the buckets that were filled last, one bit each. Reading 16 tags right after
+// writing one of them would stall: the load cannot be forwarded from the smaller store.
+struct FreeSlots {
     uint32_t iBucket;
-    uint32_t nPlaces;  // one bit for each
+    uint32_t nSlots;
 };
 
-constexpr uint32_t kRecentBuckets = 4;  // homes ascend, but for those within a bucket that is moved
+constexpr uint32_t kRecentBuckets = 4;  // homes ascend, but for entries within one old bucket
 
-// Those of a bucket, which the caller keeps up to date.
-uint32_t *freePlaces(FreePlaces *pRecent, const HashTable &table, uint32_t iBucket) {
-    FreePlaces *pHere = &pRecent[iBucket % kRecentBuckets];
+// Those of a bucket; the caller keeps them up to date.
+uint32_t *freeSlots(FreeSlots *pRecent, const HashTable &table, uint32_t iBucket) {
+    FreeSlots *pHere = &pRecent[iBucket % kRecentBuckets];
     if (pHere->iBucket != iBucket) { *pHere = {iBucket, equalTags(tagsOf(table, iBucket), 0)}; }
-    return &pHere->nPlaces;
+    return &pHere->nSlots;
 }
 
-void forgetFreePlaces(FreePlaces *pRecent) {
-    std::fill_n(pRecent, kRecentBuckets, FreePlaces{UINT32_MAX, 0});  // no bucket's number
+void forgetFreeSlots(FreeSlots *pRecent) {
+    std::fill_n(pRecent, kRecentBuckets, FreeSlots{UINT32_MAX, 0});  // no bucket's number
 }
 
-void moveEntry(HashTable *pTo, FreePlaces *pRecent, const Entry &entry, uint8_t nTag) {
+void moveEntry(HashTable *pTo, FreeSlots *pRecent, const Entry &entry, uint8_t nTag) {
     const KeyHash hash = {entry.nHash, nTag};
     const uint32_t iHome = homeOf(*pTo, hash);
-    uint32_t *pnFree = freePlaces(pRecent, *pTo, iHome);
-    if (*pnFree == 0) {
+    uint32_t *pnFree = freeSlots(pRecent, *pTo, iHome);
+    if (*pnFree == 0) {  // rare: the entry goes to a later bucket, which may be among the recent
         *addEntry(pTo, hash) = entry;
-        forgetFreePlaces(pRecent);
+        forgetFreeSlots(pRecent);
         return;
     }
-    const uint32_t iPlace = firstPlace(*pnFree, hash);
-    *pnFree ^= 1U << iPlace;
-    *takePlace(pTo, iHome, iPlace, hash) = entry;
+    const uint32_t iSlot = firstSlot(*pnFree, hash);
+    *pnFree ^= 1U << iSlot;
+    *takeSlot(pTo, iHome, iSlot, hash) = entry;
 }
 
-// Entries go over in the order of their buckets, which is that of their hashes but for the few that
-// were passed on, and so fill the new table from its front to its back.
+// Entries move in the order of their buckets, which is that of their hashes but for the few that
+// lie after their home, and so fill the new table from its start to its end.
 void moveEntries(HashTable *pTo, const HashTable &from) {
-    FreePlaces aRecent[kRecentBuckets];
-    forgetFreePlaces(aRecent);
+    FreeSlots aRecent[kRecentBuckets];
+    forgetFreeSlots(aRecent);
     for (uint32_t iBucket = 0; iBucket < from.nBuckets; ++iBucket) {
         const uint8_t *pTags = tagsOf(from, iBucket);
         for (uint32_t nTaken = equalTags(pTags, 0) ^ 0xffff; nTaken != 0; nTaken &= nTaken - 1) {
-            const uint32_t iPlace = static_cast<uint32_t>(__builtin_ctz(nTaken));
-            moveEntry(pTo, aRecent, *entryAt(from, iBucket, iPlace), pTags[iPlace]);
+            const uint32_t iSlot = static_cast<uint32_t>(__builtin_ctz(nTaken));
+            moveEntry(pTo, aRecent, *entryAt(from, iBucket, iSlot), pTags[iSlot]);
         }
     }
 }
@@ -97,26 +91,26 @@ void moveEntries(HashTable *pTo, const HashTable &from) {
 }  // namespace
 
 HashTable emptyTable() {
-    alignas(kCacheLine) static Entry aEntries[kBucketEntries] = {};
-    static uint8_t aTags[kBucketEntries] = {};
+    alignas(kLineBytes) static Entry aEntries[kBucketSlots] = {};
+    static uint8_t aTags[kBucketSlots] = {};
     static uint16_t nMarks = 0;
     return {aEntries, aTags, &nMarks, 1, 0, 0, nullptr};
 }
 
 bool reserveTable(HashTable *pTable, int64_t nExpected) {
-    constexpr int64_t kFilled = 4;  // of 5 places
+    constexpr int64_t kFilled = 4;  // of 5 slots: the load factor once all that is expected is in
     return nExpected <= kMaxBuckets * kRoomOfBucket &&
-           makeTable(pTable, nExpected * 5 / (kFilled * kBucketEntries) + 1);
+           makeTable(nExpected * 5 / (kFilled * kBucketSlots) + 1, pTable);
 }
 
-// Half as large again; when a quarter of the room went into holes that removals left, as large as
-// before. So each layout is paid for by the entries that came since the last one, at most three
-// entries moved for each.
+// The new table has half as many buckets again, or as many as before when a quarter of the room was
+// lost to removals. Either way there is then room for a third as many entries as have moved, so
+// that rebuilds are amortised: they move at most three entries for each one that is added.
 bool growTable(HashTable *pTable) {
     HashTable grown;
     const int64_t nBuckets = pTable->pMemory != nullptr ? pTable->nBuckets : 0;
-    const bool bHoles = pTable->nUsed < nBuckets * kRoomOfBucket / 4 * 3;
-    if (!makeTable(&grown, bHoles ? nBuckets : nBuckets + nBuckets / 2 + 1)) { return false; }
+    const bool bRoomLost = pTable->nUsed < nBuckets * kRoomOfBucket / 4 * 3;
+    if (!makeTable(bRoomLost ? nBuckets : nBuckets + nBuckets / 2 + 1, &grown)) { return false; }
     moveEntries(&grown, *pTable);
     freeTable(pTable);
     *pTable = grown;
@@ -124,7 +118,7 @@ bool growTable(HashTable *pTable) {
 }
 
 void freeTable(HashTable *pTable) {
-    HostMem_Free(pTable->pMemory, kSourceTag, __LINE__);
+    HostMem_Free(pTable->pMemory, kHashSourceTag, __LINE__);
     *pTable = emptyTable();
 }
 

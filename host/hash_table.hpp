@@ -1,33 +1,32 @@
 // The table of the hash map: one entry for each hash, found without a look at any text.
 //
-// Entries lie in buckets of 16, four cache lines, with one tag byte for each and 16 marks for all
-// beside them:
+// Entries lie in buckets of 16 slots, which are four cache lines. Arrays of their own hold one tag
+// byte for each slot and 16 marks for each bucket:
 //
-//     pEntries  | bucket 0: line 0 (4 entries) | line 1 | line 2 | line 3 | bucket 1: ...
-//     pTags     | bucket 0: 16 tags | bucket 1: ...         0: the place is free, else the tag of
-//     its entry's hash pMarks    | bucket 0: 16 bits | bucket 1: ... Entry       { szKey or
-//     pGroups: 8 bytes, nValue: 4, nHash: 4 }
+//     pEntries  | bucket 0: line 0 (4 slots) | line 1 | line 2 | line 3 | bucket 1: ...
+//     pTags     | bucket 0: 16 bytes | bucket 1: ...    0: free slot, else the tag of its entry
+//     pMarks    | bucket 0: 16 bits  | bucket 1: ...
+//     Entry     { szKey or pGroups: 8 bytes, nValue: 4, nHash: 4 }
 //
-// One hash tells everything that a search needs, so that all of it can be asked for at the same
-// moment:
+// A hash says everything that a search needs, so that all of its memory can be prefetched at once:
 //
-//     home    the bucket, by the high bits: homes ascend with hashes, for any number of buckets
-//     line    where in the bucket an entry goes as long as there is room, by the low bits
+//     home    the bucket to probe first, by the high bits: homes ascend with hashes, and the number
+//             of buckets need not be a power of two
+//     line    the line of a bucket that is filled first with such hashes, by the low bits
 //     tag     1 to 255, by bits of its own
 //     mark    0 to 15, by the tag
 //
-// An entry that finds its home full goes on to the next bucket that has room, behind the last comes
-// the first, and sets its mark in every bucket that it passes. A search ends at the first bucket
-// without the mark of what it seeks.
+// Probing is linear, bucket by bucket; after the last comes the first. An entry that finds its home
+// full goes to the next bucket with a free slot and sets its mark in every bucket that it passes.
+// A search ends at the first bucket that lacks the mark it looks for, so removals need no
+// tombstones.
 //
 // Invariants, besides those:
-//   1. No two entries have the same hash (tag included). What a free place holds is never looked
-//   at.
-//   2. Marks stay until the table is laid out anew. A place freed in a bucket with marks is not
-//   counted as room any more. So every marked
-//      bucket has used up at least 16 of the places counted as room at first, which are fewer than
-//      16 for each bucket: there are always buckets without marks, where searches end, and places
-//      for all the room that is left.
+//   1. No two entries have the same hash (tag included). A free slot's bytes are never read.
+//   2. Marks stay until the table is rebuilt. A slot that is freed in a bucket with marks does not
+//      count as room again. Room begins below 16 for each bucket, and a bucket with marks has used
+//      up 16 of it, so some bucket is always without marks, where searches end, and there is a free
+//      slot for all the room that is left.
 #ifndef HOST_HASH_TABLE_HPP
 #define HOST_HASH_TABLE_HPP
 
@@ -39,20 +38,23 @@ namespace host {
 
 struct KeyGroup;
 
+constexpr uint64_t kHashSourceTag = 0x686f737468617368;  // "hosthash"
+
 // What the table keeps of a key's hash, 40 bits.
 struct KeyHash {
     uint32_t nHash;
     uint8_t nTag;  // 1 to 255
 };
 
-// Of 64 bits, whichever of them differ from key to key: the product's high bits depend on all.
+// Of 64 bits, no matter which of them differ from key to key: the product's high bits depend on
+// all.
 inline KeyHash keyHash(uint64_t nBits) {
     const uint64_t nMixed = nBits * 0x9e3779b97f4a7c15;
     const uint8_t nTag = static_cast<uint8_t>(nMixed >> 24);
     return {static_cast<uint32_t>(nMixed >> 32), static_cast<uint8_t>(nTag + (nTag == 0 ? 1 : 0))};
 }
 
-constexpr int32_t kIsGroup = -1;  // in an entry, in place of a value
+constexpr int32_t kIsGroup = -1;  // in an entry, instead of a value
 
 struct Entry {
     union {
@@ -68,22 +70,22 @@ struct HashTable {
     uint8_t *pTags;
     uint16_t *pMarks;
     uint32_t nBuckets;
-    int64_t nRoom;  // entries that can still come before the table has to be laid out anew
+    int64_t nRoom;  // entries that can still be added before the table must be rebuilt
     int64_t nUsed;  // entries
-    void *pMemory;  // of both, NULL while there are no entries' places
+    void *pMemory;  // of all three arrays; NULL: the table has none of its own
 };
 
-// A table without memory, which answers searches.
+// A table without memory of its own: it can be searched, and has no room.
 HashTable emptyTable();
 
 // Makes room for nExpected entries in an empty table. False without memory: nothing has changed.
 bool reserveTable(HashTable *pTable, int64_t nExpected);
 
-// Makes room for at least one more entry where there is none left, which moves entries. False
-// without memory: nothing has changed.
+// Rebuilds a table that has no room left, so that it has room for at least one more entry; entries
+// move. False without memory: nothing has changed.
 bool growTable(HashTable *pTable);
 
-// Gives the memory back; entries need no farewell.
+// Frees the memory and leaves an empty table. Groups of keys are not destroyed.
 void freeTable(HashTable *pTable);
 
 // ---- Bits of a hash ----
@@ -96,28 +98,28 @@ inline uint32_t markOf(KeyHash hash) {
     return hash.nTag % 16;
 }
 
-// The places of the cache line in which an entry of this hash lies best.
-inline uint32_t bestPlaces(KeyHash hash) {
+// The slots of the cache line that is filled first with entries of this hash.
+inline uint32_t preferredSlots(KeyHash hash) {
     return 0xfU << (hash.nHash % 4 * 4);
 }
 
-// Of places of a bucket, at least one, the first for this hash.
-inline uint32_t firstPlace(uint32_t nPlaces, KeyHash hash) {
-    const uint32_t nBest = nPlaces & bestPlaces(hash);
-    return static_cast<uint32_t>(__builtin_ctz(nBest != 0 ? nBest : nPlaces));
+// Of a bucket's slots, one bit each and at least one, the one to look at first for this hash.
+inline uint32_t firstSlot(uint32_t nSlots, KeyHash hash) {
+    const uint32_t nPreferred = nSlots & preferredSlots(hash);
+    return static_cast<uint32_t>(__builtin_ctz(nPreferred != 0 ? nPreferred : nSlots));
 }
 
-// ---- Places ----
+// ---- Buckets ----
 
-inline Entry *entryAt(const HashTable &table, uint32_t iBucket, uint32_t iPlace) {
-    return table.pEntries + (uint64_t{iBucket} * kBucketEntries + iPlace);
+inline Entry *entryAt(const HashTable &table, uint32_t iBucket, uint32_t iSlot) {
+    return table.pEntries + (uint64_t{iBucket} * kBucketSlots + iSlot);
 }
 
 inline uint8_t *tagsOf(const HashTable &table, uint32_t iBucket) {
-    return table.pTags + uint64_t{iBucket} * kBucketEntries;
+    return table.pTags + uint64_t{iBucket} * kBucketSlots;
 }
 
-inline uint32_t bucketBehind(const HashTable &table, uint32_t iBucket) {
+inline uint32_t nextBucket(const HashTable &table, uint32_t iBucket) {
     return iBucket + 1 == table.nBuckets ? 0 : iBucket + 1;
 }
 
@@ -125,24 +127,24 @@ inline bool isMarked(const HashTable &table, uint32_t iBucket, KeyHash hash) {
     return (table.pMarks[iBucket] >> markOf(hash) & 1) != 0;
 }
 
-// ---- All entries: places 0 to placesOf - 1 in the order of the buckets, taken or free ----
+// ---- All slots, 0 to slotsOf - 1 in the order of the buckets ----
 
-inline uint64_t placesOf(const HashTable &table) {
-    return uint64_t{table.nBuckets} * kBucketEntries;
+inline uint64_t slotsOf(const HashTable &table) {
+    return uint64_t{table.nBuckets} * kBucketSlots;
 }
 
-inline bool isTaken(const HashTable &table, uint64_t iPlace) {
-    return table.pTags[iPlace] != 0;
+inline bool isTaken(const HashTable &table, uint64_t iSlot) {
+    return table.pTags[iSlot] != 0;
 }
 
 // ---- Searching ----
 
-// Asks for the memory that a search for this hash reads first.
+// Prefetches what a search for this hash reads first.
 inline void prefetchTags(const HashTable &table, KeyHash hash) {
     __builtin_prefetch(tagsOf(table, homeOf(table, hash)));
 }
 
-// And for what it most likely reads next.
+// Prefetches what it most likely reads next.
 inline void prefetchEntry(const HashTable &table, KeyHash hash) {
     __builtin_prefetch(entryAt(table, homeOf(table, hash), hash.nHash % 4 * 4));
 }
@@ -151,65 +153,69 @@ inline void prefetchEntry(const HashTable &table, KeyHash hash) {
 inline Entry *findEntry(const HashTable &table, KeyHash hash) {
     uint32_t iBucket = homeOf(table, hash);
     while (true) {
+        // Slots with an equal tag: most often the entry's alone; one of 255 others has it by
+        // chance.
         uint32_t nEqual = equalTags(tagsOf(table, iBucket), hash.nTag);
         while (nEqual != 0) {
-            const uint32_t iPlace = firstPlace(nEqual, hash);
-            Entry *pEntry = entryAt(table, iBucket, iPlace);
+            const uint32_t iSlot = firstSlot(nEqual, hash);
+            Entry *pEntry = entryAt(table, iBucket, iSlot);
             if (pEntry->nHash == hash.nHash) { return pEntry; }
-            nEqual &= ~(uint32_t{1} << iPlace);
+            nEqual &= ~(uint32_t{1} << iSlot);
         }
+        // Nothing with this mark ever went past this bucket, so nothing lies in a later one.
         if (!isMarked(table, iBucket, hash)) { return nullptr; }
-        iBucket = bucketBehind(table, iBucket);
+        iBucket = nextBucket(table, iBucket);
     }
 }
 
-// False if there surely is no entry of the hash: what decides lies at home, where a new entry goes.
+// False if the table surely has no entry of this hash. Reads the home bucket's tags and marks
+// alone.
 inline bool mayHaveEntry(const HashTable &table, KeyHash hash) {
     const uint32_t iHome = homeOf(table, hash);
     return equalTags(tagsOf(table, iHome), hash.nTag) != 0 || isMarked(table, iHome, hash);
 }
 
-// Takes a free place for an entry that is not in the table, which must have room. The entry is the
-// caller's to write.
-inline Entry *takePlace(HashTable *pTable, uint32_t iBucket, uint32_t iPlace, KeyHash hash) {
-    tagsOf(*pTable, iBucket)[iPlace] = hash.nTag;
+// Takes a free slot of a table with room, for a hash that is not in the table. The caller writes
+// the entry.
+inline Entry *takeSlot(HashTable *pTable, uint32_t iBucket, uint32_t iSlot, KeyHash hash) {
+    tagsOf(*pTable, iBucket)[iSlot] = hash.nTag;
     --pTable->nRoom;
     ++pTable->nUsed;
-    return entryAt(*pTable, iBucket, iPlace);
+    return entryAt(*pTable, iBucket, iSlot);
 }
 
-// The place of an entry that is not in the table, which must have room: at home, or where there is
-// room behind it.
+// The same for the first free slot on the way of the hash.
 inline Entry *addEntry(HashTable *pTable, KeyHash hash) {
     uint32_t iBucket = homeOf(*pTable, hash);
     uint32_t nFree = equalTags(tagsOf(*pTable, iBucket), 0);
-    while (nFree == 0) {
+    while (nFree == 0) {  // the bucket is full: searches for this mark must go past it from now on
         pTable->pMarks[iBucket] |= static_cast<uint16_t>(1U << markOf(hash));
-        iBucket = bucketBehind(*pTable, iBucket);
+        iBucket = nextBucket(*pTable, iBucket);
         nFree = equalTags(tagsOf(*pTable, iBucket), 0);
     }
-    return takePlace(pTable, iBucket, firstPlace(nFree, hash), hash);
+    return takeSlot(pTable, iBucket, firstSlot(nFree, hash), hash);
 }
 
-// Frees the place of an entry of the table.
+// Frees the slot of an entry of the table. It is room again unless its bucket has marks, which
+// could not be taken back (invariant 2).
 inline void removeEntry(HashTable *pTable, const Entry *pEntry) {
-    const uint64_t iPlace = static_cast<uint64_t>(pEntry - pTable->pEntries);
-    pTable->pTags[iPlace] = 0;
-    pTable->nRoom += pTable->pMarks[iPlace / kBucketEntries] == 0 ? 1 : 0;
+    const uint64_t iSlot = static_cast<uint64_t>(pEntry - pTable->pEntries);
+    pTable->pTags[iSlot] = 0;
+    pTable->nRoom += pTable->pMarks[iSlot / kBucketSlots] == 0 ? 1 : 0;
     --pTable->nUsed;
 }
 
-// ---- Searching step by step ----
+// ---- Searching in two steps, with a wait for memory between them ----
 
-// The entry that a search for this hash comes to first; NULL if it will find none.
+// The entry that a search for this hash reads first; NULL if it will find none.
 inline Entry *likelyEntry(const HashTable &table, KeyHash hash) {
     const uint32_t iHome = homeOf(table, hash);
     const uint32_t nEqual = equalTags(tagsOf(table, iHome), hash.nTag);
-    if (nEqual != 0) { return entryAt(table, iHome, firstPlace(nEqual, hash)); }
+    if (nEqual != 0) { return entryAt(table, iHome, firstSlot(nEqual, hash)); }
     return isMarked(table, iHome, hash) ? findEntry(table, hash) : nullptr;
 }
 
-// The entry of the hash, given the likely one.
+// The entry of the hash, NULL if there is none, given the likely one.
 inline Entry *findEntry(const HashTable &table, KeyHash hash, Entry *pLikely) {
     return pLikely == nullptr || pLikely->nHash == hash.nHash ? pLikely : findEntry(table, hash);
 }

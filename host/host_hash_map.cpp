@@ -1,16 +1,15 @@
 // The map: entries of the table, by hash; groups beside it for the keys that share one.
 //
 //     Entry { szKey,  nValue >= 0, nHash }    the only key of its hash
-//     Entry { pGroups, kIsGroup,   nHash } -> two or more keys, equal ones as a rule
+//     Entry { pGroups, kIsGroup,   nHash } -> two or more keys, most often equal ones
 //
 // A text is read only to confirm that it is the one sought. Lists of keys are worked through in
-// chunks, step by step, so that the waits for memory of many keys overlap: each step asks for what
-// the next one reads.
+// chunks, step by step, each step prefetching what the next one reads, so that the waits for memory
+// of many keys overlap.
 #include "host/host_hash_map.h"
 
-#include <cstring>
-
 #include <algorithm>
+#include <cstring>
 
 #include "host/hash_table.hpp"
 #include "host/host_memory.h"
@@ -24,12 +23,7 @@ struct HostHashMapKeyKind {
 const HostHashMapKeyKind HostHashMap_StringKeys = {'\0'};
 
 namespace host {
-
 namespace {
-
-constexpr uint64_t kSourceTag = 0x686f737468617368;  // "hosthash"
-constexpr int64_t kChunk =
-    32;  // keys that wait together; more would push out of the cache what they wait for
 
 struct StringMap {
     HostHashMap host;  // first: callers hold its address
@@ -67,8 +61,8 @@ int32_t valueIn(const Entry &entry, const char *szKey) {
     return true;
 }
 
-// Takes a key out of an entry that holds several, and the entry back from its group once one is
-// left. False if no key is equal.
+// Removes a key from an entry that holds several; the last one left becomes the entry's own key.
+// False if no key is equal.
 bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
     if (!removeKey(&pEntry->pGroups, szKey)) { return false; }
     KeyGroup *pGroups = pEntry->pGroups;
@@ -81,21 +75,16 @@ bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
 
 // ---- One key ----
 
-int32_t findHashed(const StringMap &map, const char *szKey, KeyHash hash) {
-    const Entry *pEntry = findEntry(map.table, hash);
-    return pEntry != nullptr ? valueIn(*pEntry, szKey) : -1;
-}
-
-// False without memory: nothing has changed. Not inlined: for keys whose hash may be in the table
-// already, and where room has to be made.
+// False without memory: nothing has changed. Not inlined: only for keys whose hash may be in the
+// table already, and for a table without room.
 [[gnu::noinline]] bool insertSearching(StringMap *pMap, const char *szKey, KeyHash hash,
                                        int32_t nValue, int32_t *pnExisting) {
     Entry *pEntry = findEntry(pMap->table, hash);
-    if (pEntry != nullptr) {
+    if (pEntry != nullptr) {  // an equal key, or one that the hash does not tell apart
         const int32_t nExisting = valueIn(*pEntry, szKey);
         if (!addToEntry(pMap, pEntry, szKey, nValue)) { return false; }
         *pnExisting = nExisting;
-    } else {
+    } else {  // a new hash after all, or no room, which is made only now that it is needed
         if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) { return false; }
         *addEntry(&pMap->table, hash) = {{szKey}, nValue, hash.nHash};
         *pnExisting = -1;
@@ -109,21 +98,23 @@ bool insertHashed(StringMap *pMap, const char *szKey, KeyHash hash, int32_t nVal
     if (pMap->table.nRoom == 0 || mayHaveEntry(pMap->table, hash)) {
         return insertSearching(pMap, szKey, hash, nValue, pnExisting);
     }
+    // A new hash and room for it: no entry and no text need be read.
     *addEntry(&pMap->table, hash) = {{szKey}, nValue, hash.nHash};
     *pnExisting = -1;
     ++pMap->host.nEntries;
     return true;
 }
 
-// Where tags come from a cache they say soon enough whether there is an entry to be read; a key
-// that is not there should not wait for one.
+// Slots from which on a search prefetches the entry along with the tags. In smaller tables the tags
+// come from a cache, and soon enough: a key that is not there should not wait for an entry.
 constexpr uint64_t kTagsBeyondCaches = 8 * 1024 * 1024;
 
 int32_t findKey(HostHashMap *pMap, const char *szKey) {
     const StringMap &map = stringMap(pMap);
     const KeyHash hash = hashText(*map.pSecret, szKey);
-    if (placesOf(map.table) >= kTagsBeyondCaches) { prefetchEntry(map.table, hash); }
-    return findHashed(map, szKey, hash);
+    if (slotsOf(map.table) >= kTagsBeyondCaches) { prefetchEntry(map.table, hash); }
+    const Entry *pEntry = findEntry(map.table, hash);
+    return pEntry != nullptr ? valueIn(*pEntry, szKey) : -1;
 }
 
 int32_t insertKey(HostHashMap *pMap, const char *szKey, int32_t nValue, int32_t *pnExisting) {
@@ -155,16 +146,18 @@ int32_t takeOutKey(HostHashMap *pMap, const char *szKey) {
 
 // ---- Lists of keys ----
 
-// Keys that are looked at together; a key may be NULL.
-struct Chunk {
+constexpr int64_t kChunkKeys = 32;  // more would evict from the cache what was prefetched for them
+
+// Keys that are looked up together; a key may be NULL.
+struct KeyChunk {
     const char *const *ppKeys;
     int32_t nKeys;
-    KeyHash aHashes[kChunk];
-    Entry *apEntries[kChunk];  // first the likely ones, then those of the hashes; NULL for none
+    KeyHash aHashes[kChunkKeys];
+    Entry *apEntries[kChunkKeys];  // first the likely ones, then those of the hashes; NULL for none
 };
 
-// Hashes the keys and asks for where the searches begin.
-void startSearches(const StringMap &map, Chunk *pChunk) {
+// Hashes the keys and prefetches where their searches begin.
+void startSearches(const StringMap &map, KeyChunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         if (pChunk->ppKeys[k] != nullptr) {
             pChunk->aHashes[k] = hashText(*map.pSecret, pChunk->ppKeys[k]);
@@ -174,9 +167,9 @@ void startSearches(const StringMap &map, Chunk *pChunk) {
     }
 }
 
-// Asks for the entries that the searches come to first, where they do not lie in the line asked for
-// already.
-void askForEntries(const StringMap &map, Chunk *pChunk) {
+// Prefetches the entries that the searches read first: some lie in another line of their bucket
+// than was prefetched for the hash.
+void prefetchLikelyEntries(const StringMap &map, KeyChunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         pChunk->apEntries[k] =
             pChunk->ppKeys[k] != nullptr ? likelyEntry(map.table, pChunk->aHashes[k]) : nullptr;
@@ -184,9 +177,9 @@ void askForEntries(const StringMap &map, Chunk *pChunk) {
     }
 }
 
-// Finds the entries of the hashes and asks for their texts. Comparing reads 32 bytes of them at
+// Finds the entries of the hashes and prefetches their texts. Comparing reads 32 bytes of them at
 // once, often across the end of a cache line.
-void askForTexts(const StringMap &map, Chunk *pChunk) {
+void findEntriesAndPrefetchTexts(const StringMap &map, KeyChunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         if (pChunk->apEntries[k] != nullptr) {
             pChunk->apEntries[k] = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
@@ -200,10 +193,10 @@ void askForTexts(const StringMap &map, Chunk *pChunk) {
     }
 }
 
-void findChunk(const StringMap &map, Chunk *pChunk, int32_t *pnValues) {
+void findChunk(const StringMap &map, KeyChunk *pChunk, int32_t *pnValues) {
     startSearches(map, pChunk);
-    askForEntries(map, pChunk);
-    askForTexts(map, pChunk);
+    prefetchLikelyEntries(map, pChunk);
+    findEntriesAndPrefetchTexts(map, pChunk);
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         pnValues[k] = pChunk->apEntries[k] != nullptr
                           ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k])
@@ -211,10 +204,10 @@ void findChunk(const StringMap &map, Chunk *pChunk, int32_t *pnValues) {
     }
 }
 
-// How many keys are done. A new key mostly gets its place in the line asked for, and only writes
-// there, which nobody waits for; entries found ahead would be of no use, as keys inserted meanwhile
-// can move them or have the same hash.
-int32_t insertChunk(StringMap *pMap, Chunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
+// Returns how many keys are done, fewer than all without memory. Entries are not looked up before:
+// keys inserted meanwhile can move them or bring their hash, and a new key mostly just writes to
+// the line that was prefetched.
+int32_t insertChunk(StringMap *pMap, KeyChunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
     startSearches(*pMap, pChunk);
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         const char *szKey = pChunk->ppKeys[k];
@@ -232,29 +225,28 @@ void doNothing(HostHashMap * /*pMap*/) {}
 
 void releaseMap(HostHashMap *pMap) {
     StringMap &map = stringMap(pMap);
-    for (uint64_t i = 0; map.nGroups > 0 && i < placesOf(map.table); ++i) {
+    for (uint64_t i = 0; map.nGroups > 0 && i < slotsOf(map.table); ++i) {
         if (isTaken(map.table, i) && map.table.pEntries[i].nValue == kIsGroup) {
             destroyGroups(map.table.pEntries[i].pGroups);
             --map.nGroups;
         }
     }
     freeTable(&map.table);
-    HostMem_Free(&map, kSourceTag, __LINE__);
+    HostMem_Free(&map, kHashSourceTag, __LINE__);
 }
 
-constexpr HostHashMapOps kOps = {findKey, insertKey, takeOutKey, doNothing, releaseMap};
+constexpr HostHashMapOps kMapOps = {findKey, insertKey, takeOutKey, doNothing, releaseMap};
 
 }  // namespace
-
 }  // namespace host
 
 using namespace host;
 
 HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t nExpected) {
     StringMap *pMap =
-        static_cast<StringMap *>(HostMem_AllocRecord(sizeof(StringMap), kSourceTag, __LINE__));
+        static_cast<StringMap *>(HostMem_AllocRecord(sizeof(StringMap), kHashSourceTag, __LINE__));
     if (pMap == nullptr) { return nullptr; }
-    *pMap = {{&kOps, 0}, &processSecret(), emptyTable(), 0};
+    *pMap = {{&kMapOps, 0}, &processSecret(), emptyTable(), 0};
     if (nExpected > 0 && !reserveTable(&pMap->table, nExpected)) {
         releaseMap(&pMap->host);
         return nullptr;
@@ -264,10 +256,10 @@ HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t
 
 void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys,
                           int32_t *pnValues) {
-    for (Chunk chunk; nKeys > 0;
+    for (KeyChunk chunk; nKeys > 0;
          ppKeys += chunk.nKeys, pnValues += chunk.nKeys, nKeys -= chunk.nKeys) {
         chunk.ppKeys = ppKeys;
-        chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nKeys));
+        chunk.nKeys = static_cast<int32_t>(std::min(kChunkKeys, nKeys));
         findChunk(stringMap(pMap), &chunk, pnValues);
     }
 }
@@ -276,17 +268,17 @@ int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int
                                int32_t nFirstValue, int32_t *pnExisting) {
     const int64_t nMost =
         nFirstValue < 0 ? 0 : std::min(nKeys, int64_t{INT32_MAX} - nFirstValue + 1);
-    int32_t anUnwanted[kChunk];
+    int32_t anUnwanted[kChunkKeys];
     int64_t nDone = 0;
     while (nDone < nMost) {
-        Chunk chunk;
+        KeyChunk chunk;
         chunk.ppKeys = ppKeys + nDone;
-        chunk.nKeys = static_cast<int32_t>(std::min(kChunk, nMost - nDone));
-        int32_t *pnHere = pnExisting != nullptr ? pnExisting + nDone : anUnwanted;
-        const int32_t nInserted = insertChunk(&stringMap(pMap), &chunk,
-                                              nFirstValue + static_cast<int32_t>(nDone), pnHere);
+        chunk.nKeys = static_cast<int32_t>(std::min(kChunkKeys, nMost - nDone));
+        const int32_t nInserted =
+            insertChunk(&stringMap(pMap), &chunk, nFirstValue + static_cast<int32_t>(nDone),
+                        pnExisting != nullptr ? pnExisting + nDone : anUnwanted);
         nDone += nInserted;
-        if (nInserted < chunk.nKeys) { break; }
+        if (nInserted < chunk.nKeys) { break; }  // no memory
     }
     return nDone;
 }

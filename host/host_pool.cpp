@@ -2,13 +2,11 @@
 
 #include "host/host_memory.h"
 
-namespace {
+namespace host {
+constexpr uint64_t kPoolSourceTag = 0x686f7374706f6f6c;  // "hostpool"
+}  // namespace host
 
-constexpr uint64_t kSourceTag = 0x686f7374706f6f6c;  // "hostpool"
-
-}  // namespace
-
-// The pool keeps nothing of its own: the platform's allocator serves short-lived work memory well.
+// The pool holds nothing: the memory service is fast enough for short-lived memory.
 struct HostPool {};
 
 HostPool *HostPool_Get(void) {
@@ -18,10 +16,10 @@ HostPool *HostPool_Get(void) {
 
 void *HostPool_Alloc(HostPool * /*pPool*/, uint64_t nBytes, int32_t /*nReserved1*/,
                      int32_t /*nReserved2*/) {
-    return HostMem_Alloc(nBytes, kSourceTag, __LINE__);
+    return HostMem_Alloc(nBytes, host::kPoolSourceTag, __LINE__);
 }
 
 void HostPool_Free(HostPool * /*pPool*/, void *pMemory, int32_t /*nReserved1*/,
                    int32_t /*nReserved2*/) {
-    HostMem_Free(pMemory, kSourceTag, __LINE__);
+    HostMem_Free(pMemory, host::kPoolSourceTag, __LINE__);
 }

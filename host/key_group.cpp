@@ -1,148 +1,146 @@
-// The keys of a group lie in a tree, ordered by address, which removals want; each node knows the
-// lowest value below it, which lookups want. The groups of a hash lie in another tree, ordered by
-// text. Both are heaps of random priorities as well (treaps), which keeps them balanced:
+// The keys of a group are a binary tree ordered by address, as removals need it, and each node
+// knows the lowest value in its subtree, as lookups need it. The groups of a hash are a tree
+// ordered by text. Both are treaps, that is, heaps of random priorities as well, which keeps them
+// balanced:
 //
-//                  m 9                        every node lies behind all nodes on its left and
-//                  before all on its right,
-//                /     \                      and has no lower priority than those below it
+//                  m 9                 every node comes after all nodes on its left and before all
+//                /     \               on its right, and has no lower priority than those below
 //             d 4       s 7
 //               \      /
 //               f 1   p 2
 #include "host/key_group.hpp"
 
-#include <cstring>
-
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
+#include "host/hash_table.hpp"
 #include "host/host_memory.h"
 
 namespace host {
 
-namespace {
-
-constexpr uint64_t kSourceTag = 0x686f737468617368;  // "hosthash"
-
-enum Order { kByAddress, kByText };
-
-struct Node {
+struct KeyNode {
     const char *szKey;
     int32_t nValue;
-    int32_t nLowest;  // of its own value and all below it
+    int32_t nLowest;  // of the values in its subtree, itself included
     uint32_t nPriority;
-    Node *pBefore;
-    Node *pBehind;
+    KeyNode *pLeft;
+    KeyNode *pRight;
 };
 
-bool isBefore(Order order, const Node &one, const Node &other) {
+struct KeyGroup {
+    KeyNode inTexts;  // first; its key is one of the group's
+    KeyNode *pKeys;
+    KeyNode *pLast;  // most keys come in ascending order of their addresses and are appended
+};
+
+namespace {
+
+enum KeyOrder { kByAddress, kByText };
+
+// ---- Trees ----
+
+bool isBefore(KeyOrder order, const KeyNode &one, const KeyNode &other) {
     if (order == kByText) { return std::strcmp(one.szKey, other.szKey) < 0; }
     if (one.szKey != other.szKey) { return std::less<>()(one.szKey, other.szKey); }
-    // An address may come several times, even with one value: the nodes' own addresses decide then.
+    // An address may occur several times, even with equal values: then the nodes' addresses decide.
     return one.nValue != other.nValue ? one.nValue < other.nValue : std::less<>()(&one, &other);
 }
 
-// Priorities have nothing to do with any order; where the memory lies is chance enough, well mixed.
-Node makeNode(const void *pMemory, const char *szKey, int32_t nValue) {
+// The priority is the address of the node's memory, well mixed, which is random enough.
+KeyNode makeNode(const void *pMemory, const char *szKey, int32_t nValue) {
     uint64_t n = reinterpret_cast<uintptr_t>(pMemory);
     n = (n ^ (n >> 31)) * 0xbf58476d1ce4e5b9;
     n = (n ^ (n >> 27)) * 0x94d049bb133111eb;
     return {szKey, nValue, nValue, static_cast<uint32_t>(n >> 32), nullptr, nullptr};
 }
 
-void noteLowest(Node *pNode) {
+void noteLowest(KeyNode *pNode) {
     pNode->nLowest = pNode->nValue;
-    for (const Node *pBelow : {pNode->pBefore, pNode->pBehind}) {
+    for (const KeyNode *pBelow : {pNode->pLeft, pNode->pRight}) {
         if (pBelow != nullptr) { pNode->nLowest = std::min(pNode->nLowest, pBelow->nLowest); }
     }
 }
 
-// Parts a tree into what comes before a node and what comes behind it.
-void split(Order order, Node *pTree, const Node &at, Node **ppBefore, Node **ppBehind) {
+// Splits a tree into the nodes before a node and those after it.
+void splitTree(KeyOrder order, KeyNode *pTree, const KeyNode &at, KeyNode **ppLeft,
+               KeyNode **ppRight) {
     if (pTree == nullptr) {
-        *ppBefore = nullptr;
-        *ppBehind = nullptr;
+        *ppLeft = nullptr;
+        *ppRight = nullptr;
         return;
     }
-    if (isBefore(order, *pTree, at)) {
-        split(order, pTree->pBehind, at, &pTree->pBehind, ppBehind);
-        *ppBefore = pTree;
+    if (isBefore(order, *pTree, at)) {  // the root goes left with its left subtree
+        splitTree(order, pTree->pRight, at, &pTree->pRight, ppRight);
+        *ppLeft = pTree;
     } else {
-        split(order, pTree->pBefore, at, ppBefore, &pTree->pBefore);
-        *ppBehind = pTree;
+        splitTree(order, pTree->pLeft, at, ppLeft, &pTree->pLeft);
+        *ppRight = pTree;
     }
     noteLowest(pTree);
 }
 
-// One tree of two, all nodes of the one before those of the other.
-Node *join(Node *pBefore, Node *pBehind) {
-    if (pBefore == nullptr || pBehind == nullptr) { return pBefore != nullptr ? pBefore : pBehind; }
-    Node *pTop = pBefore->nPriority > pBehind->nPriority ? pBefore : pBehind;
-    if (pTop == pBefore) {
-        pTop->pBehind = join(pTop->pBehind, pBehind);
+// Joins two trees, all nodes of the one before those of the other.
+KeyNode *joinTrees(KeyNode *pLeft, KeyNode *pRight) {
+    if (pLeft == nullptr || pRight == nullptr) { return pLeft != nullptr ? pLeft : pRight; }
+    KeyNode *pTop = pLeft->nPriority > pRight->nPriority ? pLeft : pRight;
+    if (pTop == pLeft) {
+        pTop->pRight = joinTrees(pTop->pRight, pRight);
     } else {
-        pTop->pBefore = join(pBefore, pTop->pBefore);
+        pTop->pLeft = joinTrees(pLeft, pTop->pLeft);
     }
     noteLowest(pTop);
     return pTop;
 }
 
-void insertNode(Order order, Node **ppRoot, Node *pNew) {
+// Goes down past all nodes of higher priority, then takes the place of a subtree, which it splits.
+void insertNode(KeyOrder order, KeyNode **ppRoot, KeyNode *pNew) {
     while (*ppRoot != nullptr && (*ppRoot)->nPriority > pNew->nPriority) {
-        Node *pAbove = *ppRoot;
+        KeyNode *pAbove = *ppRoot;
         pAbove->nLowest = std::min(pAbove->nLowest, pNew->nValue);
-        ppRoot = isBefore(order, *pNew, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind;
+        ppRoot = isBefore(order, *pNew, *pAbove) ? &pAbove->pLeft : &pAbove->pRight;
     }
-    split(order, *ppRoot, *pNew, &pNew->pBefore, &pNew->pBehind);
+    splitTree(order, *ppRoot, *pNew, &pNew->pLeft, &pNew->pRight);
     noteLowest(pNew);
     *ppRoot = pNew;
 }
 
-// insertNode for a node behind all others, which need not be compared then.
-void appendNode(Node **ppRoot, Node *pNew) {
+// The same for a node after all others, without comparing it with any.
+void appendNode(KeyNode **ppRoot, KeyNode *pNew) {
     while (*ppRoot != nullptr && (*ppRoot)->nPriority > pNew->nPriority) {
         (*ppRoot)->nLowest = std::min((*ppRoot)->nLowest, pNew->nValue);
-        ppRoot = &(*ppRoot)->pBehind;
+        ppRoot = &(*ppRoot)->pRight;
     }
-    pNew->pBefore = *ppRoot;
+    pNew->pLeft = *ppRoot;
     noteLowest(pNew);
     *ppRoot = pNew;
 }
 
-void removeNode(Order order, Node **ppRoot, const Node *pOld) {
-    Node *pAbove = *ppRoot;
+void removeNode(KeyOrder order, KeyNode **ppRoot, const KeyNode *pOld) {
+    KeyNode *pAbove = *ppRoot;
     if (pAbove == pOld) {
-        *ppRoot = join(pOld->pBefore, pOld->pBehind);
+        *ppRoot = joinTrees(pOld->pLeft, pOld->pRight);
     } else if (pAbove != nullptr) {
-        removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pBefore : &pAbove->pBehind,
-                   pOld);
+        removeNode(order, isBefore(order, *pOld, *pAbove) ? &pAbove->pLeft : &pAbove->pRight, pOld);
         if (pAbove->nLowest == pOld->nValue) { noteLowest(pAbove); }
     }
 }
 
 void *allocNode(uint64_t nBytes) {
-    return HostMem_Alloc(nBytes, kSourceTag, __LINE__);
+    return HostMem_Alloc(nBytes, kHashSourceTag, __LINE__);
 }
 
 void freeNode(void *pNode) {
-    HostMem_Free(pNode, kSourceTag, __LINE__);
+    HostMem_Free(pNode, kHashSourceTag, __LINE__);
 }
 
-}  // namespace
+// ---- The keys of a group ----
 
-struct KeyGroup {
-    Node inTexts;  // first; its key is one of the group's
-    Node *pKeys;
-    Node
-        *pLast;  // keys mostly come in the order of their addresses, so that the end is tried first
-};
-
-namespace {
-
-KeyGroup *groupOf(Node *pInTexts) {
+KeyGroup *groupOf(KeyNode *pInTexts) {
     return reinterpret_cast<KeyGroup *>(pInTexts);
 }
 
-void addToGroup(KeyGroup *pGroup, Node *pNew) {
+void addToGroup(KeyGroup *pGroup, KeyNode *pNew) {
     if (pGroup->pKeys == nullptr || isBefore(kByAddress, *pGroup->pLast, *pNew)) {
         appendNode(&pGroup->pKeys, pNew);
         pGroup->pLast = pNew;
@@ -151,47 +149,49 @@ void addToGroup(KeyGroup *pGroup, Node *pNew) {
     }
 }
 
-void removeFromGroup(KeyGroup *pGroup, Node *pOld) {
+void removeFromGroup(KeyGroup *pGroup, KeyNode *pOld) {
     removeNode(kByAddress, &pGroup->pKeys, pOld);
-    if (pGroup->pLast == pOld && pGroup->pKeys != nullptr) {
-        for (pGroup->pLast = pGroup->pKeys; pGroup->pLast->pBehind != nullptr;) {
-            pGroup->pLast = pGroup->pLast->pBehind;
+    if (pGroup->pLast == pOld && pGroup->pKeys != nullptr) {  // a new last node: the rightmost
+        for (pGroup->pLast = pGroup->pKeys; pGroup->pLast->pRight != nullptr;) {
+            pGroup->pLast = pGroup->pLast->pRight;
         }
     }
 }
 
 // The key of this address with the lowest value, NULL if there is none.
-Node *findAddress(const KeyGroup &group, const char *szKey) {
-    Node *pFound = nullptr;
-    for (Node *pNode = group.pKeys; pNode != nullptr;) {
+KeyNode *findAddress(const KeyGroup &group, const char *szKey) {
+    KeyNode *pFound = nullptr;
+    for (KeyNode *pNode = group.pKeys; pNode != nullptr;) {
         if (std::less<>()(pNode->szKey, szKey)) {
-            pNode = pNode->pBehind;
-        } else {
+            pNode = pNode->pRight;
+        } else {  // this one, or one of the same address and a lower value on its left
             pFound = pNode->szKey == szKey ? pNode : pFound;
-            pNode = pNode->pBefore;
+            pNode = pNode->pLeft;
         }
     }
     return pFound;
 }
 
-Node *findLowest(const KeyGroup &group) {
+// A key of the group's lowest value: goes down into a subtree that has it.
+KeyNode *findLowest(const KeyGroup &group) {
     const int32_t nLowest = group.pKeys->nLowest;
-    Node *pNode = group.pKeys;
+    KeyNode *pNode = group.pKeys;
     while (pNode != nullptr && pNode->nValue != nLowest) {
-        Node *pBefore = pNode->pBefore;
-        pNode = pBefore != nullptr && pBefore->nLowest == nLowest ? pBefore : pNode->pBehind;
+        KeyNode *pLeft = pNode->pLeft;
+        pNode = pLeft != nullptr && pLeft->nLowest == nLowest ? pLeft : pNode->pRight;
     }
     return pNode;
 }
 
 // ---- The groups of a hash ----
 
+// The group of a text, NULL if there is none.
 KeyGroup *findGroup(KeyGroup *pGroups, const char *szKey) {
-    Node *pNode = &pGroups->inTexts;
+    KeyNode *pNode = &pGroups->inTexts;
     while (pNode != nullptr) {
         const int nOrder = std::strcmp(szKey, pNode->szKey);
         if (nOrder == 0) { return groupOf(pNode); }
-        pNode = nOrder < 0 ? pNode->pBefore : pNode->pBehind;
+        pNode = nOrder < 0 ? pNode->pLeft : pNode->pRight;
     }
     return nullptr;
 }
@@ -201,7 +201,7 @@ KeyGroup *addGroup(KeyGroup **ppGroups, const char *szKey) {
     KeyGroup *pGroup = static_cast<KeyGroup *>(allocNode(sizeof(KeyGroup)));
     if (pGroup != nullptr) {
         *pGroup = {makeNode(pGroup, szKey, 0), nullptr, nullptr};
-        Node *pRoot = *ppGroups != nullptr ? &(*ppGroups)->inTexts : nullptr;
+        KeyNode *pRoot = *ppGroups != nullptr ? &(*ppGroups)->inTexts : nullptr;
         insertNode(kByText, &pRoot, &pGroup->inTexts);
         *ppGroups = groupOf(pRoot);
     }
@@ -209,19 +209,19 @@ KeyGroup *addGroup(KeyGroup **ppGroups, const char *szKey) {
 }
 
 void removeGroup(KeyGroup **ppGroups, KeyGroup *pGroup) {
-    Node *pRoot = &(*ppGroups)->inTexts;
+    KeyNode *pRoot = &(*ppGroups)->inTexts;
     removeNode(kByText, &pRoot, &pGroup->inTexts);
     *ppGroups = groupOf(pRoot);
     freeNode(pGroup);
 }
 
-void freeTree(Order order, Node *pTree) {
+void freeTree(KeyOrder order, KeyNode *pTree) {
     while (pTree != nullptr) {
-        Node *pBehind = pTree->pBehind;
-        freeTree(order, pTree->pBefore);
+        KeyNode *pRight = pTree->pRight;
+        freeTree(order, pTree->pLeft);
         if (order == kByText) { freeTree(kByAddress, groupOf(pTree)->pKeys); }
         freeNode(pTree);
-        pTree = pBehind;
+        pTree = pRight;
     }
 }
 
@@ -232,7 +232,7 @@ void destroyGroups(KeyGroup *pGroups) {
 }
 
 bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue) {
-    Node *pNew = static_cast<Node *>(allocNode(sizeof(Node)));
+    KeyNode *pNew = static_cast<KeyNode *>(allocNode(sizeof(KeyNode)));
     KeyGroup *pGroup = *ppGroups != nullptr ? findGroup(*ppGroups, szKey) : nullptr;
     if (pNew != nullptr && pGroup == nullptr) { pGroup = addGroup(ppGroups, szKey); }
     if (pNew == nullptr || pGroup == nullptr) {
@@ -252,11 +252,11 @@ int32_t lowestValue(KeyGroup *pGroups, const char *szKey) {
 bool removeKey(KeyGroup **ppGroups, const char *szKey) {
     KeyGroup *pGroup = findGroup(*ppGroups, szKey);
     if (pGroup == nullptr) { return false; }
-    Node *pOld = findAddress(*pGroup, szKey);
+    KeyNode *pOld = findAddress(*pGroup, szKey);
     pOld = pOld != nullptr ? pOld : findLowest(*pGroup);
     removeFromGroup(pGroup, pOld);
     freeNode(pOld);
-    if (pGroup->pKeys != nullptr) {
+    if (pGroup->pKeys != nullptr) {  // the text removed may be gone soon: order by one that stays
         pGroup->inTexts.szKey = pGroup->pKeys->szKey;
     } else {
         removeGroup(ppGroups, pGroup);
@@ -265,10 +265,10 @@ bool removeKey(KeyGroup **ppGroups, const char *szKey) {
 }
 
 bool hasOneKey(const KeyGroup *pGroups, const char **pszKey, int32_t *pnValue) {
-    const Node &root = pGroups->inTexts;
-    const Node &key = *pGroups->pKeys;
-    if (root.pBefore != nullptr || root.pBehind != nullptr || key.pBefore != nullptr ||
-        key.pBehind != nullptr) {
+    const KeyNode &root = pGroups->inTexts;
+    const KeyNode &key = *pGroups->pKeys;
+    if (root.pLeft != nullptr || root.pRight != nullptr || key.pLeft != nullptr ||
+        key.pRight != nullptr) {
         return false;
     }
     *pszKey = key.szKey;

@@ -1,5 +1,4 @@
-// Memory of the C library on the terms of host_memory.h: what that service is made of. Internal to
-// the shipped host.
+// Memory of the C library by the contract of host_memory.h. Internal to the shipped host.
 #ifndef HOST_PLAIN_MEMORY_HPP
 #define HOST_PLAIN_MEMORY_HPP
 
@@ -10,17 +9,16 @@ namespace host {
 
 constexpr uint64_t kMaxBytes = PTRDIFF_MAX;
 
-// From this size on a resizing is rounded up, so that a table grown in small steps does not pay for
-// a remapping every few kilobytes. Pages of the slack that nobody touches take no memory.
+// From this size on resizing rounds up, so that a table grown in small steps is not remapped every
+// few kilobytes. Slack pages that are never touched take no memory.
 constexpr uint64_t kRoundedFrom = 128 * 1024;
 
-// malloc and realloc may answer NULL to a size of 0.
+// malloc and realloc may return NULL for a size of 0.
 inline uint64_t atLeastOne(uint64_t nBytes) {
     return nBytes == 0 ? 1 : nBytes;
 }
 
-// nBytes rounded up to a multiple of an eighth of the power of two below it; small sizes as they
-// are.
+// nBytes rounded up to a multiple of an eighth of the power of two below it, unless it is small.
 inline uint64_t roundedForGrowth(uint64_t nBytes) {
     if (nBytes < kRoundedFrom || nBytes > kMaxBytes / 2) { return atLeastOne(nBytes); }
     uint64_t nStep = kRoundedFrom / 8;

@@ -1,4 +1,4 @@
-// Hashing of keys, unforeseeable because its secret is drawn anew in every process.
+// Hashing of keys, unpredictable because every process draws a secret of its own.
 #ifndef HOST_TEXT_HASH_HPP
 #define HOST_TEXT_HASH_HPP
 

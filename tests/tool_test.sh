@@ -31,7 +31,7 @@ must() {
     "$@" || { printf 'failed: %s\n' "$*"; failures=$((failures + 1)); }
 }
 nothing_left() {
-    ! compgen -G '.names_tool*'
+    ! compgen -G '.names-*'
 }
 
 words=/usr/share/dict/american-english
@@ -111,7 +111,7 @@ limited() ( # BLOCKS COMMAND...: where no file can grow beyond so many
 ended_by() { # SIGNAL: while a list is being read, which is waited for
     "$tool" import slow words.names &
     exec 3>slow
-    must compgen -G '.names_tool*' >/dev/null
+    must compgen -G '.names-*' >/dev/null
     kill -s "$1" $!
     wait $!
     [[ $? == $((128 + $(kill -l "$1"))) ]]

@@ -1,11 +1,10 @@
 #include "tools/files.hpp"
 
-#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <filesystem>
-#include <random>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 #include "tools/platform.hpp"
@@ -16,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Standard streams may be files as well, known by these names where the system has them.
+// Standard streams may be files, too; where the system has them, these are their names.
 bool isSameFile(const std::string &file, const std::string &other, const char *szStandard) {
     std::error_code error;
     return fs::equivalent(file, other == "-" ? szStandard : other, error);
@@ -27,34 +26,28 @@ bool isStandardOutput(const std::string &file) {
     return file == "-" || file == kStandardOutput || isSameFile(file, "-", kStandardOutput);
 }
 
-// Names that nobody can foresee and that do not meet.
-std::string temporaryName() {
-    std::random_device random;
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), ".names_tool-%08x%08x", random(), random());
-    return text.data();
-}
-
 }  // namespace
 
-Input::Input(const std::string &file) : mName(inputName(file)), mDescriptor(openInput(file)) {
-    if (mDescriptor < 0) { fail(mName, "cannot open: " + systemError()); }
+Input::Input(const std::string &file)
+    : name_(inputName(file)),
+      descriptor_(file == "-" ? STDIN_FILENO : host::openForReading(file.c_str())) {
+    if (descriptor_ < 0) { fail(name_, "cannot open: " + systemError()); }
 }
 
 Input::~Input() {
-    closeInput(mDescriptor);
+    if (descriptor_ != STDIN_FILENO) { host::closeFile(descriptor_); }
 }
 
 size_t Input::read(char *pBuffer, size_t nBytes) {
-    const std::ptrdiff_t nRead = readInput(mDescriptor, pBuffer, nBytes);
-    if (nRead < 0) { fail(mName, "cannot read: " + systemError()); }
+    const int64_t nRead = host::readSome(descriptor_, pBuffer, nBytes);
+    if (nRead < 0) { fail(name_, "cannot read: " + systemError()); }
     return static_cast<size_t>(nRead);
 }
 
-Output::Output(const std::string &file, const std::string &input) : mName(file) {
+Output::Output(const std::string &file, const std::string &input) : name_(file) {
     if (isStandardOutput(file)) {
-        mName = "standard output";
-        mpFile = stdout;
+        name_ = "standard output";
+        pFile_ = stdout;
         return;
     }
     if (isSameFile(file, input, "/dev/stdin")) { fail(file, "cannot be read and written at once"); }
@@ -62,74 +55,76 @@ Output::Output(const std::string &file, const std::string &input) : mName(file) 
 }
 
 void Output::open(const std::string &file) {
-    std::error_code error;
-    const fs::file_status status = fs::status(file, error);
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        mpFile = std::fopen(file.c_str(), "wb");
-        if (!mpFile) { fail(file, "cannot open: " + systemError()); }
-        return;
+    if (!host::planReplacement(file.c_str(), &replaced_)) {
+        fail(file, "cannot write: " + systemError());
     }
-    const fs::path target = fs::weakly_canonical(file, error);
-    if (error) { fail(file, "cannot write: " + error.message()); }
-    mTarget = target.string();
-    mTemporary = (target.parent_path() / temporaryName()).string();
-    mpFile = createTemporary(mTemporary, mTarget);
-    if (!mpFile) { fail(file, "cannot create a file beside it: " + systemError()); }
+    bBeside_ = replaced_.szTemporary[0] != '\0';
+    // Before there is a file beside it, so that no signal comes in between.
+    if (bBeside_) { removeAtSignals(replaced_.szTemporary, -1); }
+    const int descriptor = host::openReplacement(&replaced_);
+    if (bBeside_ && descriptor >= 0) { removeAtSignals(replaced_.szTemporary, descriptor); }
+    pFile_ = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    if (pFile_) { return; }
+    if (descriptor >= 0) {
+        host::closeQuietly(descriptor);
+        host::dropReplacement(&replaced_);
+    }
+    removeNothingAtSignals();
+    fail(file, (bBeside_ ? "cannot create a file beside it: " : "cannot open: ") + systemError());
 }
 
 Output::~Output() {
-    if (mpFile && mpFile != stdout) { std::fclose(mpFile); }
-    if (!mTemporary.empty()) { removeTemporary(mTemporary); }
+    if (pFile_ && !isStandard()) { std::fclose(pFile_); }
+    if (bBeside_) {
+        host::dropReplacement(&replaced_);
+        removeNothingAtSignals();
+    }
 }
 
 bool Output::isTerminal() const {
-    return tool::isTerminal(mpFile);
+    return tool::isTerminal(pFile_);
 }
 
 bool Output::tryWrite(const void *pData, size_t nBytes) {
-    return std::fwrite(pData, 1, nBytes, mpFile) == nBytes;
+    return std::fwrite(pData, 1, nBytes, pFile_) == nBytes;
 }
 
 void Output::write(const std::string &text) {
-    if (!tryWrite(text.data(), text.size())) { fail(mName, "cannot write: " + systemError()); }
+    if (!tryWrite(text.data(), text.size())) { fail(name_, "cannot write: " + systemError()); }
 }
 
 void Output::print(const char *szFormat, ...) {
     va_list arguments;
     va_start(arguments, szFormat);
-    const int nPrinted = std::vfprintf(mpFile, szFormat, arguments);
+    const int nPrinted = std::vfprintf(pFile_, szFormat, arguments);
     va_end(arguments);
-    if (nPrinted < 0) { fail(mName, "cannot write: " + systemError()); }
+    if (nPrinted < 0) { fail(name_, "cannot write: " + systemError()); }
 }
 
 void Output::flush() {
     errno = 0;
-    if (std::fflush(mpFile) != 0 || std::ferror(mpFile)) {
-        fail(mName, "cannot write: " + systemError());
+    if (std::fflush(pFile_) != 0 || std::ferror(pFile_)) {
+        fail(name_, "cannot write: " + systemError());
     }
 }
 
 void Output::finish() {
     flush();
-    if (mpFile == stdout) { return; }
-    const bool bReplaces = !mTemporary.empty();
-    const bool bSynced = !bReplaces || syncFile(mpFile);
-    const std::string reason = systemError();
-    if (std::fclose(std::exchange(mpFile, nullptr)) != 0) {
-        fail(mName, "cannot write: " + systemError());
-    }
-    if (!bSynced) { fail(mName, "cannot write: " + reason); }
-    if (bReplaces) { putInPlace(); }
+    if (isStandard()) { return; }
+    const int nError = bBeside_ ? host::syncFile(fileno(pFile_)) : 0;
+    const bool bClosed = std::fclose(std::exchange(pFile_, nullptr)) == 0;
+    if (nError != 0) { errno = nError; }
+    if (nError != 0 || !bClosed) { fail(name_, "cannot write: " + systemError()); }
+    if (bBeside_) { putInPlace(); }
 }
 
 void Output::putInPlace() {
-    std::error_code error;
-    fs::rename(mTemporary, mTarget, error);
-    if (error) { fail(mName, "cannot replace it: " + error.message()); }
-    keepTemporary();
-    mTemporary.clear();
-    if (!syncFolderOf(mTarget)) {
-        fail(mName, "is replaced, but its folder cannot be synced: " + systemError());
+    if (!host::finishReplacement(&replaced_)) {
+        fail(name_, "cannot replace it: " + systemError());
+    }
+    removeNothingAtSignals();
+    if (!host::syncFolderOf(replaced_)) {
+        fail(name_, "is replaced, but its folder cannot be synced: " + systemError());
     }
 }
 

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <string>
 
+#include "host/file_system.hpp"
+
 #if defined(__GNUC__)
 #define TOOLS_PRINTF_LIKE __attribute__((format(printf, 2, 3)))
 #else
@@ -21,19 +23,19 @@ public:
     Input &operator=(const Input &) = delete;
     ~Input();
 
-    const std::string &name() const { return mName; }
+    const std::string &name() const { return name_; }
 
-    // Reads what is there, at most nBytes (below 2^31). How many bytes, at least one; 0 at the end.
+    // Reads what is there, at most nBytes. Returns how many bytes, at least one; 0 at the end.
     size_t read(char *pBuffer, size_t nBytes);
 
 private:
-    std::string mName;  // for messages
-    int mDescriptor;
+    std::string name_;  // for messages
+    int descriptor_;
 };
 
-// Standard output; or a file, replaced in one step: whatever goes wrong, an older one stays whole
-// and nothing is left beside it; or a pipe or device, written as it comes. Everything here fails
-// when a byte could not be written.
+// Standard output; or a file, replaced in one step: after any failure an older one is whole and
+// nothing is left beside it; or a pipe or device, written as the bytes come. Everything here fails
+// if a byte could not be written.
 class Output {
 public:
     // file: "-" for standard output. input: what the command reads, which must not be the same
@@ -43,28 +45,27 @@ public:
     Output &operator=(const Output &) = delete;
     ~Output();
 
-    const std::string &name() const { return mName; }
-    bool isStandard() const { return mpFile == stdout; }
+    const std::string &name() const { return name_; }
+    bool isStandard() const { return pFile_ == stdout; }
     bool isTerminal() const;
 
-    // As write, for callers that must not throw; errno tells why it answers false.
+    // As write, for callers that must not throw. False and sets errno.
     bool tryWrite(const void *pData, size_t nBytes);
     void write(const std::string &text);
     void print(const char *szFormat, ...) TOOLS_PRINTF_LIKE;
     void flush();
 
-    // Puts the file in its place. Without it, what was written is thrown away, as far as it has not
-    // gone.
+    // Puts the file in its place; without this, what was written to a file is thrown away.
     void finish();
 
 private:
     void open(const std::string &file);
     void putInPlace();
 
-    std::string mName;  // for messages
-    std::FILE *mpFile = nullptr;
-    std::string mTarget;     // the file to replace, links followed
-    std::string mTemporary;  // the file beside it, "" when the output is written as it comes
+    std::string name_;  // for messages
+    std::FILE *pFile_ = nullptr;
+    bool bBeside_ = false;  // pFile_ is a file beside the one to replace
+    host::ReplacedFile replaced_;
 };
 
 }  // namespace tool
