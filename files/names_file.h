@@ -16,13 +16,22 @@
 extern "C" {
 #endif
 
-/** Saves mgr, which may be NULL, as NamesManager_Save() does, to the file szPath, which is created
- * (mode 0666 less the umask) or overwritten, and waits until it is on its device.
+/** Saves mgr, which may be NULL, as NamesManager_Save() does, to the file szPath and waits until it
+ * is on its device.
  *
- * Returns 0, or HostStreamError_IO with errno set (ENOMEM: no memory for the stream's buffer).
- * After a failure an older file of that name is lost and the new one is not complete. Callers who
- * must keep the older one save under another name on the same device and rename that file to szPath
- * once this has returned 0. */
+ * A file of that name is replaced in one step: the new one is written beside it, under a name that
+ * begins with ".names-", and renamed over it. Until then the older one is whole, and after a
+ * failure it still is and nothing is left beside it; only a process that is killed meanwhile leaves
+ * the file beside it. Several threads or processes may save to one file at once: the last to finish
+ * prevails. The new file has the permissions of the older one (else mode 0666 less the umask), and
+ * its owner and group where the caller may set them, but no access control lists or extended
+ * attributes. A symbolic link stays, and the file that it leads to is replaced; another hard link
+ * to the older file keeps the older content. On Windows a symbolic link is itself replaced. The
+ * caller must be permitted to write to the older file and to create files in its folder. What is
+ * not a regular file, such as a pipe or a device, is written to directly.
+ *
+ * Returns 0, or HostStreamError_IO with errno set (ENOMEM: no memory for the stream's buffer). If
+ * it is just the folder that cannot be synced, the new file is already in its place. */
 int32_t NamesManager_SaveToFile(NamesManager *mgr, const char *szPath);
 
 /** Loads mgr as NamesManager_Load() does from the file szPath. Content after the image, if there is

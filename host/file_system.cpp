@@ -98,9 +98,16 @@ int64_t readLink(const char *szPath, char *pText, size_t nBytes) {
     return ::readlink(szPath, pText, nBytes);
 }
 
+// Owner and group, too, where the user may set them. Not the set-user-ID and set-group-ID bits, as
+// if the older file had been written to.
 bool copyPermissions(const char *szFrom, int nDescriptor) {
-    FileStatus status = {};
-    return readStatus(szFrom, &status) == 0 && ::fchmod(nDescriptor, status.st_mode & 07777) == 0;
+    FileStatus from = {};
+    if (readStatus(szFrom, &from) != 0) { return false; }
+    if (::fchown(nDescriptor, from.st_uid, from.st_gid) != 0) {
+        constexpr uid_t kUnchanged = static_cast<uid_t>(-1);
+        (void)!::fchown(nDescriptor, kUnchanged, from.st_gid);
+    }
+    return ::fchmod(nDescriptor, from.st_mode & 0777) == 0;
 }
 
 bool renameFile(const char *szFrom, const char *szTo) {
@@ -193,12 +200,18 @@ bool followLinks(char *aPath) {
 }  // namespace
 
 bool planReplacement(const char *szPath, ReplacedFile *pFile) {
-    FileStatus status = {};
-    pFile->bExists = readStatus(szPath, &status) == 0;
+    FileStatus older = {};
+    pFile->bExists = readStatus(szPath, &older) == 0;
     pFile->szTemporary[0] = '\0';
-    if (!setPath("", szPath, pFile->szTarget)) { return false; }
-    if (pFile->bExists && !S_ISREG(status.st_mode)) { return true; }
-    if (pFile->bExists && !followLinks(pFile->szTarget)) { return false; }
+    if (!pFile->bExists && errno != ENOENT) { return false; }
+    // Renaming would not ask whether the older file may be written.
+    if (pFile->bExists && ::access(szPath, W_OK) != 0) { return false; }
+    if (!setPath("", szPath, pFile->szTarget) || !followLinks(pFile->szTarget)) { return false; }
+    FileStatus target = {};
+    if (pFile->bExists && (!S_ISREG(older.st_mode) || readStatus(pFile->szTarget, &target) != 0 ||
+                           target.st_dev != older.st_dev || target.st_ino != older.st_ino)) {
+        return setPath("", szPath, pFile->szTarget);  // written directly
+    }
     char szName[32];  // one that nobody has and nobody can predict
     (void)std::snprintf(szName, sizeof szName, ".names-%016" PRIx64, randomNumber());
     return setPath(folderOf(pFile->szTarget), szName, pFile->szTemporary);

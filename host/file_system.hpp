@@ -37,7 +37,9 @@ void closeQuietly(int nDescriptor);
 // ---- Replacing a file ----
 //
 // The new file is written beside the older one, synced, and renamed over it, so that the older one
-// stays whole until then, no matter what fails. A pipe or a device is written as the bytes come.
+// stays whole until then, no matter what fails. It gets the older one's permissions; links to a
+// file are followed. A pipe, a device, or a file that has no name any more, as one of /proc/self/fd
+// may have none, is written as the bytes come.
 //
 //     planReplacement     finds out what there is, and creates nothing
 //     openReplacement     the caller writes to the descriptor, syncs and closes it
@@ -51,7 +53,7 @@ constexpr size_t kMaxPath = 4096;  // bytes, NUL included
 struct ReplacedFile {
     char szTarget[kMaxPath];     // the file to write
     char szTemporary[kMaxPath];  // the file beside it; "" if there is none
-    bool bExists;                // there is an older file, whose permissions are kept
+    bool bExists;                // there is an older file
 };
 
 bool planReplacement(const char *szPath, ReplacedFile *pFile);

@@ -52,12 +52,13 @@ struct FileOutput {
     char buffer[kFileBuffer];
 };
 
-// Writes all of pData to the descriptor, unless a write has failed before.
+// Writes all of pData to the descriptor, unless a write has failed before. One that moves no bytes
+// fails, too: trying again might go on for ever.
 void writeOut(FileOutput &file, const char *pData, uint64_t nBytes) {
     while (nBytes > 0 && file.nError == 0) {
         const int64_t nWritten = writeSome(file.nDescriptor, pData, nBytes);
-        if (nWritten < 0) {
-            file.nError = errno;
+        if (nWritten <= 0) {
+            file.nError = nWritten < 0 ? errno : EIO;
             return;
         }
         pData += nWritten;

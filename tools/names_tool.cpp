@@ -178,7 +178,7 @@ void describe(CLI::App &app) {
         "goes\n"
         "wrong, and whoever interrupts the tool, an older one stays whole. Nothing is left beside "
         "it\n"
-        "but where the tool is killed or the machine fails: a file .names_tool-*. Pipes and "
+        "but where the tool is killed or the machine fails: a file .names-*. Pipes and "
         "devices\n"
         "are written as they come. An image that is read from a pipe is held in memory as a whole\n"
         "meanwhile. Images can be read on machines of the byte order of the one that wrote "
