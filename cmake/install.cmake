@@ -49,6 +49,8 @@ endfunction()
 names_pc_file(names_manager_module "-lnames_manager_module ${names_pc_runtime}" ""
               "${PROJECT_DESCRIPTION}: the module alone, for hosts with services of their own")
 if(NAMES_BUILD_HOST)
-    names_pc_file(names_manager "-lnames_manager -pthread" "${names_pc_runtime}"
+    list(TRANSFORM names_system_libraries PREPEND "-l" OUTPUT_VARIABLE names_pc_system)
+    list(JOIN names_pc_system " " names_pc_system)
+    names_pc_file(names_manager "-lnames_manager -pthread" "${names_pc_system} ${names_pc_runtime}"
                   "${PROJECT_DESCRIPTION}")
 endif()

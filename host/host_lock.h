@@ -16,9 +16,13 @@ extern "C" {
 /** Must stay at its address from HostLock_Init() to HostLock_Destroy(). The fields are the host's
  * own. */
 typedef struct HostLock {
-    uint64_t nOwner; /**< the thread that holds it, 0: none */
-    int32_t nState;  /**< 0 free, 1 held, 2 held and perhaps waited for */
-    int32_t nDepth;  /**< times that its owner has taken it */
+    uint64_t nBias;   /**< the thread that takes it without an atomic read-modify-write; 0: none
+                           yet, 1: none any more */
+    uint64_t nOwner;  /**< the thread that holds it as any other may, 0: none */
+    int32_t nState;   /**< 0 free, 1 held, 2 held and perhaps waited for; 3 biased, 4 bias ending */
+    int32_t nInside;  /**< times that thread nBias has taken it as such */
+    int32_t nDepth;   /**< times that thread nOwner has taken it */
+    int32_t nPadding; /**< unused */
 } HostLock;
 
 /** Makes `*pLock` a lock that nobody holds.
