@@ -535,9 +535,19 @@ void holdingManyNames(Check &c) {
     c.remove(2, 7490, 1).holds("00020|");
 }
 
+// Every fourth name has blanks inside.
 void holdingVeryManyNames(Check &c) {
+    static const char *const aFormats[] = {"%08d", "b%08d", "%04d", "wamalamadingdong% 8d"};
     constexpr int32_t kNames = 2000000;
-    const std::string text = textFrom("0..1999999|");
+    std::string text, even;
+    std::vector<int32_t> odd;
+    for (int32_t i = 0; i < kNames; ++i) {
+        char aName[32];
+        const int nLength = std::snprintf(aName, sizeof aName, aFormats[i % 4], i);
+        text.append(aName, static_cast<size_t>(nLength) + 1);
+        if (i % 2 == 0) { even.append(aName, static_cast<size_t>(nLength) + 1); }
+        if (i % 2 == 1) { odd.push_back(i); }
+    }
     const Names names = namesFrom(text);
     for (int32_t i = 0; i < kNames; i += 25000) {
         const char *pBatch = names[static_cast<size_t>(i)];
@@ -547,19 +557,19 @@ void holdingVeryManyNames(Check &c) {
     for (int32_t i = 0; i < kNames; i += 250) { read += c.pointed(i, i + 249); }
     c.equal("all names are read in ranges", 1, read == text ? 1 : 0);
     c.equal("mode", c.bPositions ? 0 : 1, c.mgr->pSegments != nullptr ? 1 : 0);
-    c.same("89500..91499|", c.fields(89500, 91499, 12000));
+    const size_t nPart = text.find("00089500");
+    const std::string part = text.substr(nPart, text.find("00091500") - nPart);
+    c.same(part, c.fields(89500, 91499, part.size()));
     c.done(NamesManager_AddNamesFromBuffer(c.mgr, 0, 500000, 0, text.c_str())).holds(text);
     if (c.bPositions) {  // each fills a map, and a host's may be slow
-        c.equal("index", 1234565, NamesManager_FindName(c.mgr, "1234565", 0));
+        c.equal("index", 1234565, NamesManager_FindName(c.mgr, "b01234565", 0));
     } else {
         int32_t bFound = -1;
         c.done(NamesManager_CheckDuplicateNamesInBuffer(c.mgr, 0, kNames - 1, 0, text.c_str(),
                                                         &bFound, nullptr, nullptr, nullptr, 0));
         c.equal("repeated names", 0, bFound);
     }
-    std::vector<int32_t> odd;
-    for (int32_t i = 1; i < kNames; i += 2) { odd.push_back(i); }
-    c.removeListed(odd).holds("0..1999999/2|");
+    c.removeListed(odd).holds(even);
 }
 
 struct Scenario {
