@@ -7,7 +7,8 @@
 
 // Runs scenario with the first, then the second, then the n-th allocation failing, alone and with
 // all later ones, until none fails any more.
-template <typename Scenario> void starve(Scenario scenario) {
+template <typename Scenario>
+void starve(Scenario scenario) {
     const int64_t nLive = HostMem_GetNumLive();
     for (const int32_t bFromThereOn : {0, 1}) {
         bool bFailed = true;
