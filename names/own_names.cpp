@@ -68,19 +68,25 @@ AddressRange *sortBlocks(const NamesManager *mgr) {
 // Neighbouring names mostly lie in one gap, which one walk over the blocks finds. Where they do
 // not, the blocks are sorted; without memory for that it takes more walks.
 bool anyLiesInBlock(const NamesManager *mgr, const char *const *ppNames, int32_t nNames) {
-    AddressRange gap = {0, 0};
+    uintptr_t nBegin = 0;  // of the gap found last, which has nBytes
+    uintptr_t nBytes = 0;
     AddressRange *pSorted = nullptr;
-    bool bOutside = true;
     int32_t nWalks = 0;
-    for (int32_t k = 0; bOutside && k < nNames; ++k) {
-        const uintptr_t nAddress = addressOf(ppNames[k]);
-        if (gap.nBegin <= nAddress && nAddress < gap.nEnd) { continue; }
+    const char *const *ppEnd = ppNames + nNames;
+    while (true) {
+        while (ppNames < ppEnd && addressOf(*ppNames) - nBegin < nBytes) { ++ppNames; }
+        if (ppNames == ppEnd) { break; }
         if (nWalks++ == std::min(kMostWalks, mgr->nBlocks)) { pSorted = sortBlocks(mgr); }
-        bOutside = pSorted != nullptr ? searchGap(pSorted, mgr->nBlocks, nAddress, &gap)
-                                      : walkToGap(mgr, nAddress, &gap);
+        AddressRange gap = {0, 0};
+        const bool bOutside = pSorted != nullptr
+                                  ? searchGap(pSorted, mgr->nBlocks, addressOf(*ppNames), &gap)
+                                  : walkToGap(mgr, addressOf(*ppNames), &gap);
+        if (!bOutside) { break; }
+        nBegin = gap.nBegin;
+        nBytes = gap.nEnd - gap.nBegin;
     }
     freeMemory(pSorted);
-    return !bOutside;
+    return ppNames < ppEnd;
 }
 
 // Copies few and short names. False if they are not.
