@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer. Then the
-# threads' test under ThreadSanitizer, and each fuzz target for some seconds.
+# threads' tests under ThreadSanitizer, and each fuzz target for some seconds.
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -14,8 +14,8 @@ done
 
 echo "== tsan"
 cmake --preset tsan >/dev/null
-cmake --build --preset tsan --parallel "$(nproc)" --target thread_test
-ctest --preset tsan --tests-regex '^thread_test$'
+cmake --build --preset tsan --parallel "$(nproc)" --target thread_test lock_stress
+ctest --preset tsan --tests-regex '^(thread_test|lock_stress)$'
 
 echo "== fuzz"
 tests/fuzz.sh 0.15

@@ -28,6 +28,8 @@ namespace {
 constexpr int kThreads = 3, kErrno = 4711;
 constexpr int32_t kBiased = 3;  // HostLock::nState
 
+std::atomic<int64_t> g_nUses = 0;  // counted in records that are gone, since they were last printed
+
 void require(bool bTrue, const char *szWhat) {
     if (bTrue) { return; }
     std::printf("FAILED: %s\n", szWhat);
@@ -144,6 +146,7 @@ void giveUp(Record *pRecord) {
     leave(*pRecord);
     if (nLeft > 0) { return; }
     require(pRecord->nUses == pRecord->nExpected, "no use is lost");
+    g_nUses += pRecord->nUses;
     require(pRecord->lock.nState < kBiased, "the bias has ended");
     delete pRecord;
 }
@@ -187,8 +190,8 @@ void stress(Owner owner, int nRecords, bool bBiased) {
         });
     }
     for (std::thread &thread : threads) { thread.join(); }
-    std::printf("  owner %s: %d locks, %d uses\n", kOwners[static_cast<int>(owner)], nRecords,
-                nRecords * kThreads * 21);
+    std::printf("  owner %s: %d locks, %lld uses\n", kOwners[static_cast<int>(owner)], nRecords,
+                static_cast<long long>(g_nUses.exchange(0)));
 }
 
 void stressAll(const char *szMode, int nRecords, int nAsleep, bool bBiased) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# check.sh [--three]: has SPIN search all that can happen in lock.pml, with two threads or, in a minute or two, with three. Then leaves out
+# check.sh [--three]: has SPIN search all that can happen in lock.pml, with two threads or, in a few minutes, with three. Then leaves out
 # in turn what the lock needs; each time the search has to find what that leads to. Needs the packages spin and gcc.
 set -euo pipefail
 model=$(cd "$(dirname "$0")" && pwd)/lock.pml
@@ -12,12 +12,19 @@ bad=0
 
 search() { # OPTION...: into the file found; it ends at the first fault
     spin "$@" -a "$model" >messages || { cat messages; exit 1; }
-    gcc "$optimised" -DSAFETY -DCOLLAPSE -DNOFAIR -o pan pan.c
-    ./pan -m1000000 -w22 >found
+    gcc "$optimised" -DSAFETY -DCOLLAPSE -o pan pan.c
+    ./pan -m1000000 -w$((threads * 3 + 16)) >found
 }
 
-holds() { # WHAT OPTION...
-    search "${@:2}"
+search_cycles() { # the same for ways to go on for ever while no thread is kept from running
+    spin "$@" -a "$model" >messages || { cat messages; exit 1; }
+    gcc "$optimised" -DNP -DNFAIR=3 -DCOLLAPSE -o pan pan.c
+    ./pan -l -f -m1000000 -w$((threads * 3 + 16)) >found
+}
+
+holds() { # SEARCH WHAT OPTION...
+    "$1" "${@:3}"
+    shift
     local states
     states=$(sed -nE 's/ *([0-9]+) states, stored.*/\1/p' found)
     if grep -q 'errors: 0' found && ! grep -qE 'not completed|too small' found; then
@@ -29,8 +36,9 @@ holds() { # WHAT OPTION...
     fi
 }
 
-finds() { # WHAT FAULT OPTION...
-    search "${@:3}"
+finds() { # SEARCH WHAT FAULT OPTION...
+    "$1" "${@:4}"
+    shift
     if grep -qF "$2" found; then
         printf '%-70s found: %s\n' "$1" "$(sed -nE 's/^pan:1: (.*) \(at depth ([0-9]+)\)/\1, after \2 steps/p' found)"
     else
@@ -39,11 +47,13 @@ finds() { # WHAT FAULT OPTION...
     fi
 }
 
-holds "$threads threads" -DTHREADS="$threads"
-holds "$threads threads, stores that overtake each other" -DTHREADS="$threads" -DWEAK_STORES
-holds "$threads threads, never biased" -DTHREADS="$threads" -DORDINARY
-finds "without the limit of 1 ms" 'invalid end state' -DNO_LIMIT
-finds "without the barrier" 'nHolders==0' -DNO_BARRIER
-finds "with a look at nState after the store of a release" '!(bFreed)' -DLOOK_AFTER_STORE
-finds "with a store of nInside that others overtake" 'violated bFreed' -DWEAK_STORES -DNO_RELEASE
+holds search "$threads threads" -DTHREADS="$threads"
+holds search "$threads threads, stores that overtake each other" -DTHREADS="$threads" -DWEAK_STORES
+holds search "$threads threads, never biased" -DTHREADS="$threads" -DORDINARY
+holds search_cycles "2 threads, whether all come to an end"
+finds search "without the limit of 1 ms" 'invalid end state' -DNO_LIMIT
+finds search "without the barrier" 'nHolders==0' -DNO_BARRIER
+finds search "with a look at nState after the store of a release" '!(bFreed)' -DLOOK_AFTER_STORE
+finds search "with a store of nInside that others overtake" 'violated bFreed' -DWEAK_STORES -DNO_RELEASE
+finds search_cycles "with nInside left by a thread that is turned away" 'non-progress cycle' -DNO_STEP_BACK
 exit "$bad"

@@ -12,7 +12,8 @@
  *
  * What can be left out, to see that it is needed: NO_LIMIT (waitBrieflyOn sleeps for ever),
  * NO_BARRIER (processBarrier does nothing), LOOK_AFTER_STORE (release looks at nState after its
- * store), NO_RELEASE (the store of nInside in a release is none). ORDINARY: no lock is biased.
+ * store), NO_RELEASE (the store of nInside in a release is none), NO_STEP_BACK (a thread that is
+ * turned away leaves nInside as it is). ORDINARY: the lock is never biased.
  */
 #ifndef THREADS
 #define THREADS 2
@@ -214,7 +215,9 @@ inline leaveBiased() {
 }
 
 inline stepBack() {
+#ifndef NO_STEP_BACK
     store(nInside, 0, RELEASE);
+#endif
     wakeOne(nInside)
 }
 
