@@ -68,25 +68,22 @@ AddressRange *sortBlocks(const NamesManager *mgr) {
 // Neighbouring names mostly lie in one gap, which one walk over the blocks finds. Where they do
 // not, the blocks are sorted; without memory for that it takes more walks.
 bool anyLiesInBlock(const NamesManager *mgr, const char *const *ppNames, int32_t nNames) {
-    uintptr_t nBegin = 0;  // of the gap found last, which has nBytes
-    uintptr_t nBytes = 0;
-    AddressRange *pSorted = nullptr;
-    int32_t nWalks = 0;
     const char *const *ppEnd = ppNames + nNames;
-    while (true) {
-        while (ppNames < ppEnd && addressOf(*ppNames) - nBegin < nBytes) { ++ppNames; }
+    const int32_t nMostWalks = std::min(kMostWalks, mgr->nBlocks);
+    AddressRange gap = {0, 0};
+    AddressRange *pSorted = nullptr;
+    bool bOutside = true;
+    for (int32_t nGaps = 0; bOutside; ++nGaps) {
+        ppNames = std::find_if_not(ppNames, ppEnd, [gap](const char *pName) {
+            return addressOf(pName) - gap.nBegin < gap.nEnd - gap.nBegin;
+        });
         if (ppNames == ppEnd) { break; }
-        if (nWalks++ == std::min(kMostWalks, mgr->nBlocks)) { pSorted = sortBlocks(mgr); }
-        AddressRange gap = {0, 0};
-        const bool bOutside = pSorted != nullptr
-                                  ? searchGap(pSorted, mgr->nBlocks, addressOf(*ppNames), &gap)
-                                  : walkToGap(mgr, addressOf(*ppNames), &gap);
-        if (!bOutside) { break; }
-        nBegin = gap.nBegin;
-        nBytes = gap.nEnd - gap.nBegin;
+        if (nGaps == nMostWalks) { pSorted = sortBlocks(mgr); }
+        bOutside = pSorted != nullptr ? searchGap(pSorted, mgr->nBlocks, addressOf(*ppNames), &gap)
+                                      : walkToGap(mgr, addressOf(*ppNames), &gap);
     }
     freeMemory(pSorted);
-    return ppNames < ppEnd;
+    return !bOutside;
 }
 
 // Copies few and short names. False if they are not.

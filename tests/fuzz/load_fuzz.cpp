@@ -10,8 +10,9 @@
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     HostMem_FailBeyond(64 * 1024);  // no time is to go into memory that images only claim
     std::vector<std::string> seeds;
-    for (const loaded::Record &record : loaded::soundRecords())
+    for (const loaded::Record &record : loaded::soundRecords()) {
         seeds.push_back(loaded::imageOf(record));
+    }
     writeSeeds(seeds);
     return 0;
 }
@@ -23,8 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t nBytes) {
     const std::string image = loaded::Record::bytesOf(pData, nBytes);
     const int32_t nStatus = loaded::load(mgr, image);
     std::string fault = loaded::faultAfterLoad(mgr, image, nStatus, nStatus == 0 ? 2 : 0);
-    if (HostMem_GetNumLive() != nLive) fault += "Memory was lost.";
-    if (fault.empty()) return 0;
+    if (HostMem_GetNumLive() != nLive) { fault += "Memory was lost."; }
+    if (fault.empty()) { return 0; }
     std::cerr << fault << '\n';
     std::abort();
 }

@@ -32,14 +32,15 @@ std::string play(const uint8_t *pData, size_t nBytes, std::ostream *pLog) {
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     std::mt19937 random(1);
     std::vector<std::string> seeds(12, std::string(2 + 8 * kOperation, '\0'));
-    for (std::string &seed : seeds)
+    for (std::string &seed : seeds) {
         std::generate(seed.begin(), seed.end(), [&random] { return char(random()); });
+    }
     writeSeeds(seeds);
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t nBytes) {
-    if (nBytes < 2 || play(pData, nBytes, nullptr).empty()) return 0;
+    if (nBytes < 2 || play(pData, nBytes, nullptr).empty()) { return 0; }
     std::cerr << play(pData, nBytes, &std::cerr) << '\n';
     std::abort();
 }

@@ -10,8 +10,9 @@
 // process.
 inline void writeSeeds(const std::vector<std::string> &seeds) {
     const char *szFolder = std::getenv("NAMES_FUZZ_SEEDS");
-    if (szFolder == nullptr) return;
-    for (size_t i = 0; i < seeds.size(); ++i)
+    if (szFolder == nullptr) { return; }
+    for (size_t i = 0; i < seeds.size(); ++i) {
         std::ofstream(szFolder + ("/seed" + std::to_string(i)), std::ios::binary) << seeds[i];
+    }
     std::exit(0);
 }
