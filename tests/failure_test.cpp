@@ -269,7 +269,7 @@ bool run(const Scenario &scenario, uint32_t nVariant, Fault fault, uint32_t n) {
 
 TEST(Failure, OfAnyAllocationLeavesWhatTheContractSays) {
     for (const Scenario &scenario : kScenarios) {
-        for (const uint32_t nVariant : {0, 1, 2, 3}) {
+        for (const uint32_t nVariant : {0U, 1U, 2U, 3U}) {
             for (const Fault fault : {kNoFault, kOnce, kFromThereOn, kNoMaps}) {
                 for (uint32_t n = 1; run(scenario, nVariant, fault, n) && !HasFailure(); ++n) {}
             }

@@ -152,7 +152,7 @@ struct HashMap : testing::TestWithParam<KeptBits> {
 INSTANTIATE_TEST_SUITE_P(Kept, HashMap, testing::ValuesIn(kKept));
 
 TEST_P(HashMap, AgreesWithModelAlsoWhenMemoryFails) {
-    for (const unsigned nSeed : {1, 2}) {
+    for (const unsigned nSeed : {1U, 2U}) {
         Model model(nSeed);
         model.play(3000);
         model.removeAll();

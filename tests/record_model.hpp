@@ -148,7 +148,8 @@ struct Record {
     }
 
     int32_t segmentOf(int32_t iName) const {
-        return toInt(std::upper_bound(starts.begin(), starts.end(), iName) - starts.begin()) - 1;
+        const auto after = std::upper_bound(starts.begin(), starts.end(), iName);
+        return toInt(size_t(after - starts.begin())) - 1;
     }
 
     // Renumbers what is in blocks from iBlock on, where one comes (1) or has gone (-1).

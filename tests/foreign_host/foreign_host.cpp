@@ -103,7 +103,7 @@ void Host_ReportAssertion(uint64_t nSourceTag, int32_t nLine, int32_t nCode, con
 void Host_AssertStringsEqual(uint64_t nSourceTag, int32_t nLine, const char *szExpected,
                              const char *szActual) {
     if (std::strcmp(szExpected, szActual) == 0) { return; }
-    Host_ReportAssertion(nSourceTag, nLine, 0, szActual);
+    Host_ReportAssertion(nSourceTag, nLine, 0, "%s", szActual);
 }
 
 HostHashMap *HostHashMap_Create(const HostHashMapKeyKind *pKeyKind, int64_t nExpected) {
