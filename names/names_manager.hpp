@@ -64,7 +64,7 @@ public:
         std::string_view operator*() const noexcept { return apNames_[iAhead_]; }
         Iterator &operator++() noexcept {
             ++iNext_;
-            if (++iAhead_ == nAhead_) readAhead();
+            if (++iAhead_ == nAhead_) { readAhead(); }
             return *this;
         }
         Iterator operator++(int) noexcept {
@@ -294,7 +294,7 @@ public:
     }
     /// Finds many at once, which is faster. pIndices has room for nNames.
     Status find(const char *const *pszNames, std::size_t nNames, int32_t *pIndices) const noexcept {
-        if (!fits(0, nNames)) return Status::failed;
+        if (!fits(0, nNames)) { return Status::failed; }
         return Status{NamesManager_FindNameList(pManager_, pszNames, static_cast<int32_t>(nNames),
                                                 0, pIndices)};
     }
@@ -315,11 +315,11 @@ public:
     Duplicate findDuplicate(int32_t first, const char *const *pszNames,
                             std::size_t nNames) noexcept {
         const auto lengths = std::unique_ptr<int32_t[]>(new (std::nothrow) int32_t[nNames + 1]);
-        if (lengths == nullptr || !fits(first, nNames)) return {};
+        if (lengths == nullptr || !fits(first, nNames)) { return {}; }
         for (std::size_t k = 0; k < nNames; ++k) {
             const std::size_t nLength =
                 pszNames[k] != nullptr ? std::char_traits<char>::length(pszNames[k]) : 0;
-            if (nLength > INT32_MAX) return {};
+            if (nLength > INT32_MAX) { return {}; }
             lengths[k] = static_cast<int32_t>(nLength);
         }
         return findDuplicate(first, pszNames, lengths.get(), nNames);

@@ -49,14 +49,14 @@ inline void setMaps(bool) {}
 // Making them never fails.
 struct Input {
     Input(const char *pBytes, size_t nBytes)
-        : pOwned((HostMem_Spared(), HostInputStream_CreateInMemory(pBytes, nBytes)),
+        : pOwned((SparedMemory(), HostInputStream_CreateInMemory(pBytes, nBytes)),
                  HostInputStream_Close) {}
     std::unique_ptr<HostInputStream, decltype(&HostInputStream_Close)> pOwned;
     HostInputStream *pStream = pOwned.get();
 };
 struct Text {
     explicit Text(uint64_t /*nRoom*/)
-        : pOwned((HostMem_Spared(), HostText_Create()), HostText_Destroy) {}
+        : pOwned((SparedMemory(), HostText_Create()), HostText_Destroy) {}
     std::string seen() const { return HostText_GetString(pText); }
     std::unique_ptr<HostText, decltype(&HostText_Destroy)> pOwned;
     HostText *pText = pOwned.get();

@@ -51,7 +51,7 @@ Header *checkedHeader(void *pMemory, uint64_t nSourceTag) {
 }  // namespace
 
 bool HostMem_MayObtain(uint64_t nBytes) {
-    const int64_t nLeft = HostMem_Spared::nDepth > 0 ? INT64_MAX : --g_nCountdown;
+    const int64_t nLeft = SparedMemory::g_nDepth > 0 ? INT64_MAX : --g_nCountdown;
     const bool bFails = nLeft == 0 || (nLeft < 0 && g_bFromThereOn);
     if (bFails) { g_bFailed = true; }
     return !bFails && nBytes <= g_nMostBytes;

@@ -16,10 +16,10 @@ void HostMem_FailAt(int64_t nCountdown, int32_t bFromThereOn);
 bool HostMem_MayObtain(uint64_t nBytes);
 
 // While one lives, its thread's calls are neither counted nor made to fail.
-struct HostMem_Spared {
-    HostMem_Spared() { ++nDepth; }
-    ~HostMem_Spared() { --nDepth; }
-    static inline thread_local int nDepth = 0;
+struct SparedMemory {
+    SparedMemory() { ++g_nDepth; }
+    ~SparedMemory() { --g_nDepth; }
+    static inline thread_local int g_nDepth = 0;
 };
 
 // Whether any call was made to fail since the last HostMem_FailAt.
