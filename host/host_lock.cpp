@@ -20,7 +20,7 @@
 // after the bias has ended, only touches nInside, which nobody reads any more, and is turned away
 // by nState. This is why a bias is never given out again.
 //
-// tests/lock_model/ has a model of this source that a model checker has searched, with its labels.
+// tests/lock_model/lock.pml is a model of this source, with its names, for a model checker.
 
 namespace {
 
@@ -199,7 +199,7 @@ void HostLock_Acquire(HostLock *pLock) {
 }
 
 // Looks at nState before its last store and touches nothing of the lock after it: whoever takes the
-// lock next may destroy it and give its memory back.
+// lock next may destroy it and free its memory.
 void HostLock_Release(HostLock *pLock) {
     BiasedLock &lock = biasedLock(pLock);
     const int32_t nState = lock.nState.load(std::memory_order_relaxed);

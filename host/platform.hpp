@@ -58,8 +58,8 @@ inline void pauseBriefly() {
 void waitOn(const std::atomic<int32_t> &word, int32_t nValue);
 void waitBrieflyOn(const std::atomic<int32_t> &word, int32_t nValue);
 
-// Wakes up a thread that waits on the word, if there is one. Uses nothing of the word but its
-// address, so its memory may have been given back.
+// Wakes up a thread that waits on the word, if there is one; may wake more. Uses nothing of the
+// word but its address, so its memory may have been freed.
 void wakeOne(const std::atomic<int32_t> *pWord);
 
 // ThreadSanitizer cannot see the barrier below, so there is none in its builds.

@@ -50,7 +50,7 @@ finds() { # SEARCH WHAT FAULT OPTION...
 holds search "$threads threads" -DTHREADS="$threads"
 holds search "$threads threads, stores that overtake each other" -DTHREADS="$threads" -DWEAK_STORES
 holds search "$threads threads, never biased" -DTHREADS="$threads" -DORDINARY
-holds search_cycles "2 threads, whether all come to an end"
+holds search_cycles "$threads threads, whether all come to an end" -DTHREADS="$threads"
 finds search "without the limit of 1 ms" 'invalid end state' -DNO_LIMIT
 finds search "without the barrier" 'nHolders==0' -DNO_BARRIER
 finds search "with a look at nState after the store of a release" '!(bFreed)' -DLOOK_AFTER_STORE
