@@ -35,13 +35,31 @@ bool chooseBatch(NamesManager *mgr, const int32_t *pLengths, int32_t nNames, Bat
     return true;
 }
 
+// True if text that goes to a block is put right after that of a segment.
+inline bool touchesEnd(const NamesManager *mgr, const NameSegment &segment, int32_t iBlock) {
+    return segment.iBlock == iBlock &&
+           segment.nOffset + segment.nBytes == mgr->pBlocks[iBlock].nUsed;
+}
+
+// How many names of a batch for a block would be stored together, too, if each were appended alone:
+// all look for room in the last block first, fill segments up, and let the table of positions grow
+// when it is full.
+int32_t mostInTurn(const NamesManager *mgr, int32_t iBlock) {
+    if (iBlock != mgr->nBlocks - 1) { return 1; }
+    if (mgr->pSegments == nullptr) { return mgr->nPositionsAlloc - mgr->nNames; }
+    if (mgr->nSegments == 0) { return kMaxSegmentNames; }
+    const NameSegment &last = mgr->pSegments[mgr->nSegments - 1];
+    const int32_t nHeld = touchesEnd(mgr, last, iBlock) ? namesIn(last) : kMaxSegmentNames;
+    return nHeld < kMaxSegmentNames ? kMaxSegmentNames - nHeld : kMaxSegmentNames;
+}
+
 // Extends the last segment by the batch if the texts touch, else adds a segment. False without
 // memory.
 [[gnu::always_inline]] inline bool recordSegment(NamesManager *mgr, const Batch &batch) {
     const int32_t nUsed = mgr->pBlocks[batch.iBlock].nUsed;
     if (mgr->nSegments > 0) {
         NameSegment *pLast = &mgr->pSegments[mgr->nSegments - 1];
-        if (pLast->iBlock == batch.iBlock && pLast->nOffset + pLast->nBytes == nUsed &&
+        if (touchesEnd(mgr, *pLast, batch.iBlock) &&
             namesIn(*pLast) + batch.nNames <= kMaxSegmentNames) {
             pLast->iLast += batch.nNames;
             pLast->nBytes += batch.nBytes;
@@ -109,6 +127,23 @@ bool appendNames(NamesManager *mgr, GivenNames given, int32_t nNames) {
         nNames -= batch.nNames;
     }
     return true;
+}
+
+int32_t appendInTurn(NamesManager *mgr, GivenNames given, int32_t nNames) {
+    int32_t nDone = 0;
+    while (nDone < nNames) {
+        Batch batch;
+        if (!makeRoomForPositions(mgr, 1) ||
+            !chooseBatch(mgr, given.pLengths, nNames - nDone, &batch)) {
+            return nDone;
+        }
+        batch.nNames = std::min(batch.nNames, mostInTurn(mgr, batch.iBlock));
+        batch.nBytes = static_cast<int32_t>(bytesFor(given.pLengths, batch.nNames));
+        if (!appendBatch(mgr, given, batch)) { return nDone; }
+        given = skipGiven(given, batch.nNames);
+        nDone += batch.nNames;
+    }
+    return nDone;
 }
 
 bool appendName(NamesManager *mgr, const char *pName, int32_t nLength) {

@@ -1,4 +1,4 @@
-// The check for repeated names before they are stored.
+// Repeated names: the check of names before they are stored, and the search among those held.
 #include <algorithm>
 #include <cctype>
 
@@ -6,6 +6,8 @@
 #include "names/generating.hpp"
 #include "names/lookup.hpp"
 #include "names/storage/key_lists.hpp"
+#include "names/storage/lookup_index.hpp"
+#include "names/storage/reading.hpp"
 
 namespace names {
 
@@ -173,6 +175,30 @@ void copyCut(char *pBuffer, int32_t nBufferSize, const char *szText) {
     }
 }
 
+// Looks for the first of the names from index first on that is held at a lower index, too. More and
+// more names are looked up at once, so that the way to a near one is short.
+int32_t findRepeated(NamesManager *mgr, int32_t first, int32_t *piEarlier) {
+    NameLookupIndex *pIndex = currentIndex(mgr);
+    if (pIndex == nullptr) { return -1; }
+    const char *apNames[kCheckedChunk];
+    int32_t aFound[kCheckedChunk];
+    NameReader reader = startReading(mgr, {first, mgr->nNames - 1});
+    for (int32_t nMost = 1; reader.iNext < mgr->nNames;
+         nMost = std::min(2 * nMost, kCheckedChunk)) {
+        const int32_t iFirst = reader.iNext;
+        reader.iLast = iFirst + std::min(nMost, mgr->nNames - iFirst) - 1;
+        const int32_t nNames = readNames(&reader, apNames, nullptr);
+        findKeys(pIndex, apNames, nNames, aFound);
+        for (int32_t k = 0; k < nNames; ++k) {
+            if (aFound[k] >= 0 && aFound[k] < iFirst + k) {
+                *piEarlier = aFound[k];
+                return iFirst + k;
+            }
+        }
+    }
+    return -1;
+}
+
 }  // namespace
 
 }  // namespace names
@@ -231,4 +257,16 @@ int32_t NamesManager_CheckDuplicateNamesInBuffer(NamesManager *mgr, int32_t firs
     freeMemory(ppNames);
     freeMemory(pLengths);
     return nStatus;
+}
+
+int32_t NamesManager_FindRepeatedName(NamesManager *mgr, int32_t first, int32_t bOneBased,
+                                      int32_t *piEarlier) {
+    ScopedLock lock(mgr);
+    const int32_t nBase = bOneBased != 0 ? 1 : 0;
+    if (first < nBase || first - nBase >= mgr->nNames) { return -1; }
+    int32_t iEarlier = -1;
+    const int32_t iRepeated = findRepeated(mgr, first - nBase, &iEarlier);
+    if (iRepeated < 0) { return -1; }
+    *piEarlier = iEarlier + nBase;
+    return iRepeated + nBase;
 }

@@ -88,7 +88,7 @@ bool takeAlone(Generation *pGeneration, Candidate *pCandidate, int32_t *piFound)
 }
 
 // The same, if possible from the names looked up ahead.
-bool takeNext(Generation *pGeneration, Candidate *pCandidate, int32_t *piFound) {
+bool tryNext(Generation *pGeneration, Candidate *pCandidate, int32_t *piFound) {
     LookedAhead *pAhead = &pGeneration->ahead;
     const bool bKnown = pAhead->iNext < pAhead->nNames && isIndexCurrent(pGeneration->mgr);
     if (!bKnown && !lookAhead(pGeneration)) { return takeAlone(pGeneration, pCandidate, piFound); }
@@ -107,7 +107,7 @@ bool findFreeName(Generation *pGeneration, Candidate *pCandidate) {
     }
     int32_t iFound = -1;
     do {
-        if (!takeNext(pGeneration, pCandidate, &iFound)) { return false; }
+        if (!tryNext(pGeneration, pCandidate, &iFound)) { return false; }
     } while (iFound >= 0);
     return true;
 }

@@ -9,6 +9,7 @@
 #include <algorithm>
 
 #include "names/retrieval.hpp"
+#include "names/storage/given_names.hpp"
 #include "names/storage/key_lists.hpp"
 #include "names/storage/lookup_index.hpp"
 
@@ -65,15 +66,10 @@ SoughtText soughtText(const char *pName, int32_t nWidth) {
     return {bTerminated && nLength == nGiven, nLength};
 }
 
-constexpr int32_t kChunkNames = 32;
-
-// A list of names given with nWidth, looked up in chunks.
-struct NameLookup {
-    NamesManager *mgr;
-    NameLookupIndex *pIndex;  // NULL: by scans, one for each name
-    int32_t nWidth;
-    TextBuffer buffer;
-};
+// The width that a name is given with: a field of its length, where it has one.
+int32_t widthOf(const NameLookup &lookup, int32_t k) {
+    return lookup.pLengths != nullptr ? lookup.pLengths[k] : lookup.nWidth;
+}
 
 // Finds a name too long to be looked up together with others, which share the buffer. False without
 // memory.
@@ -85,23 +81,23 @@ bool findLong(NameLookup *pLookup, const char *pName, size_t nLength, int32_t *p
     return true;
 }
 
-// Finds those of the names that have not been found as they were given: aFound[k] is -1 for these.
+// Finds those of the names that have not been found as they were given: pFound[k] is -1 for these.
 // bTried: all have been looked up so. False without memory.
-bool findTrimmed(NameLookup *pLookup, const char *const *ppNames, int32_t nNames, bool bTried,
-                 int32_t *aFound) {
+bool findTrimmed(NameLookup *pLookup, int32_t first, int32_t nNames, bool bTried, int32_t *pFound) {
     const char *apTexts[kChunkNames];
     char aCopies[kChunkNames][kLocalTextBytes];
     bool bAny = false;
     for (int32_t k = 0; k < nNames; ++k) {
         apTexts[k] = nullptr;
-        if (aFound[k] >= 0) { continue; }
-        const SoughtText sought = soughtText(ppNames[k], pLookup->nWidth);
+        if (pFound[k] >= 0) { continue; }
+        const char *pName = pLookup->ppNames[first + k];
+        const SoughtText sought = soughtText(pName, widthOf(*pLookup, first + k));
         if (sought.bAsGiven) {
-            apTexts[k] = bTried ? nullptr : ppNames[k];
+            apTexts[k] = bTried ? nullptr : pName;
         } else if (sought.nLength < kLocalTextBytes) {
-            copyText(aCopies[k], ppNames[k], static_cast<int32_t>(sought.nLength));
+            copyText(aCopies[k], pName, static_cast<int32_t>(sought.nLength));
             apTexts[k] = aCopies[k];
-        } else if (!findLong(pLookup, ppNames[k], sought.nLength, &aFound[k])) {
+        } else if (!findLong(pLookup, pName, sought.nLength, &pFound[k])) {
             return false;
         }
         bAny = bAny || apTexts[k] != nullptr;
@@ -110,37 +106,37 @@ bool findTrimmed(NameLookup *pLookup, const char *const *ppNames, int32_t nNames
         int32_t aTrimmed[kChunkNames];
         findExact(pLookup->mgr, pLookup->pIndex, apTexts, nNames, aTrimmed);
         for (int32_t k = 0; k < nNames; ++k) {
-            aFound[k] = apTexts[k] != nullptr ? aTrimmed[k] : aFound[k];
+            pFound[k] = apTexts[k] != nullptr ? aTrimmed[k] : pFound[k];
         }
     }
     return true;
 }
 
-// Finds up to kChunkNames names, one where there is no index. False without memory.
-bool findTogether(NameLookup *pLookup, const char *const *ppNames, int32_t nNames,
-                  int32_t *aFound) {
-    const bool bAsGiven = pLookup->pIndex != nullptr && pLookup->nWidth < 0;
-    if (!bAsGiven) {
-        std::fill_n(aFound, nNames, -1);
-        return findTrimmed(pLookup, ppNames, nNames, false, aFound);
+}  // namespace
+
+bool findTogether(NameLookup *pLookup, int32_t first, int32_t nNames, int32_t *pFound) {
+    if (pLookup->pIndex == nullptr || widthOf(*pLookup, first) >= 0) {
+        std::fill_n(pFound, nNames, -1);
+        return findTrimmed(pLookup, first, nNames, false, pFound);
     }
-    findExact(pLookup->mgr, pLookup->pIndex, ppNames, nNames, aFound);
-    const bool bAll = std::none_of(aFound, aFound + nNames, [](int32_t i) { return i < 0; });
-    return bAll || findTrimmed(pLookup, ppNames, nNames, true, aFound);
+    findExact(pLookup->mgr, pLookup->pIndex, pLookup->ppNames + first, nNames, pFound);
+    const bool bAll = std::none_of(pFound, pFound + nNames, [](int32_t i) { return i < 0; });
+    return bAll || findTrimmed(pLookup, first, nNames, true, pFound);
 }
+
+namespace {
 
 int32_t inBase(int32_t iFound, int32_t bOneBased) {
     return iFound >= 0 && bOneBased != 0 ? iFound + 1 : iFound;
 }
 
 // A whole list, in chunks.
-int32_t findAll(NameLookup *pLookup, const char *const *ppNames, int32_t nCount, int32_t bOneBased,
-                int32_t *pIndices) {
+int32_t findAll(NameLookup *pLookup, int32_t nCount, int32_t bOneBased, int32_t *pIndices) {
     const int32_t nAtOnce = pLookup->pIndex != nullptr ? kChunkNames : 1;
     for (int32_t nDone = 0; nDone < nCount;) {
         int32_t aFound[kChunkNames];
         const int32_t nNames = std::min(nCount - nDone, nAtOnce);
-        if (!findTogether(pLookup, ppNames + nDone, nNames, aFound)) {
+        if (!findTogether(pLookup, nDone, nNames, aFound)) {
             if (pIndices != nullptr) { std::fill_n(pIndices, nCount, -1); }
             return 1;
         }
@@ -155,10 +151,10 @@ int32_t findAll(NameLookup *pLookup, const char *const *ppNames, int32_t nCount,
 // Finds one name. bTried: it is not in a current index as it was given.
 [[gnu::noinline]] int32_t findOne(NamesManager *mgr, const char *pName, int32_t nWidth,
                                   bool bTried) {
-    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
+    NameLookup lookup = {mgr, currentIndex(mgr), &pName, nullptr, nWidth, {}};
     int32_t iFound = -1;
-    static_cast<void>(bTried ? findTrimmed(&lookup, &pName, 1, true, &iFound)
-                             : findTogether(&lookup, &pName, 1, &iFound));
+    static_cast<void>(bTried ? findTrimmed(&lookup, 0, 1, true, &iFound)
+                             : findTogether(&lookup, 0, 1, &iFound));
     return iFound;
 }
 
@@ -175,16 +171,16 @@ int32_t findNamesIn(NameLookupIndex *pIndex, const char *const *ppNames, int32_t
         if (pIndices != nullptr) { std::fill_n(pIndices, std::max(nCount, 0), -1); }
         return 0;
     }
-    NameLookup lookup = {nullptr, pIndex, nWidth, {}};
-    return findAll(&lookup, ppNames, nCount, bOneBased, pIndices);
+    NameLookup lookup = {nullptr, pIndex, ppNames, nullptr, nWidth, {}};
+    return findAll(&lookup, nCount, bOneBased, pIndices);
 }
 
 int32_t findNameIn(NameLookupIndex *pIndex, const char *szName, int32_t bOneBased) {
     if (pIndex == nullptr) { return -1; }
     int32_t iFound = HostHashMap_Find(pIndex, szName);
     if (iFound < 0 && endsInBlank(szName)) {
-        NameLookup lookup = {nullptr, pIndex, -1, {}};
-        static_cast<void>(findTrimmed(&lookup, &szName, 1, true, &iFound));
+        NameLookup lookup = {nullptr, pIndex, &szName, nullptr, NamesManagerWidth_Terminated, {}};
+        static_cast<void>(findTrimmed(&lookup, 0, 1, true, &iFound));
     }
     return inBase(iFound, bOneBased);
 }
@@ -196,8 +192,20 @@ using namespace names;
 int32_t NamesManager_FindNames(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
                                int32_t nWidth, int32_t bOneBased, int32_t *pIndices) {
     ScopedLock lock(mgr);
-    NameLookup lookup = {mgr, currentIndex(mgr), nWidth, {}};
-    return findAll(&lookup, ppNames, nCount, bOneBased, pIndices);
+    NameLookup lookup = {mgr, currentIndex(mgr), ppNames, nullptr, nWidth, {}};
+    return findAll(&lookup, nCount, bOneBased, pIndices);
+}
+
+int32_t NamesManager_FindNamesWithLengths(NamesManager *mgr, const char *const *ppNames,
+                                          const int32_t *pLengths, int32_t nCount,
+                                          int32_t bOneBased, int32_t *pIndices) {
+    ScopedLock lock(mgr);
+    if (holdAnyNul(ppNames, pLengths, nCount)) {
+        if (pIndices != nullptr) { std::fill_n(pIndices, nCount, -1); }
+        return 1;
+    }
+    NameLookup lookup = {mgr, currentIndex(mgr), ppNames, pLengths, 0, {}};
+    return findAll(&lookup, nCount, bOneBased, pIndices);
 }
 
 // A hit, and a miss of a name that needs no trimming, take few instructions in a current index, so
@@ -209,7 +217,7 @@ int32_t NamesManager_FindName(NamesManager *mgr, const char *name, int32_t bOneB
         const int32_t iFound = HostHashMap_Find(mgr->pLookupIndex, name);
         if (iFound >= 0 || !endsInBlank(name)) { return inBase(iFound, bOneBased); }
     }
-    return inBase(findOne(mgr, name, -1, bIndexed), bOneBased);
+    return inBase(findOne(mgr, name, NamesManagerWidth_Terminated, bIndexed), bOneBased);
 }
 
 int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_t nWidth,
@@ -220,5 +228,6 @@ int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_
 
 int32_t NamesManager_FindNameList(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
                                   int32_t bOneBased, int32_t *pIndices) {
-    return NamesManager_FindNames(mgr, ppNames, nCount, -1, bOneBased, pIndices);
+    return NamesManager_FindNames(mgr, ppNames, nCount, NamesManagerWidth_Terminated, bOneBased,
+                                  pIndices);
 }

@@ -231,6 +231,13 @@ void NamesManager_Unlock(NamesManager *mgr);
 int32_t NamesManager_AddNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
                               const char *const *names);
 
+/** NamesManager_AddNames() for names that need no NUL: names[k] has lengths[k] bytes, 0 or more,
+ * and no byte after these is read. Returns what NamesManager_AddNames() returns, and 1 with nothing
+ * stored if there is a NUL among the bytes of a name. */
+int32_t NamesManager_AddNamesWithLengths(NamesManager *mgr, int32_t first, int32_t last,
+                                         int32_t bOneBased, const char *const *names,
+                                         const int32_t *lengths);
+
 /** NamesManager_AddNames() for one name, with the same results. The name may lie in mgr itself. */
 int32_t NamesManager_AddName(NamesManager *mgr, int32_t index, int32_t bOneBased, const char *name);
 
@@ -317,6 +324,12 @@ void NamesManager_GetNameLengths(NamesManager *mgr, int32_t first, int32_t last,
  * then, but those that were generated stay. */
 int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t last,
                                      int32_t bOneBased, const char **ppNames);
+
+/** NamesManager_GetNamePointers() that also writes the names' lengths in bytes into pLengths[0] to
+ * pLengths[last-first], with the same results. Either array may be NULL; if both are, names are
+ * only generated. */
+int32_t NamesManager_GetNameViews(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
+                                  const char **ppNames, int32_t *pLengths);
 
 /** Returns the stored, NUL-terminated name, or NULL where NamesManager_GetNamePointers() would
  * fail. */
@@ -438,6 +451,36 @@ int32_t NamesManager_FindNameInField(NamesManager *mgr, const char *name, int32_
 /** NamesManager_FindNames() with NamesManagerWidth_Terminated, with the same results. */
 int32_t NamesManager_FindNameList(NamesManager *mgr, const char *const *ppNames, int32_t nCount,
                                   int32_t bOneBased, int32_t *pIndices);
+
+/** NamesManager_FindNames() for names that need no NUL: ppNames[k] has pLengths[k] bytes, 0 or
+ * more, and no byte after these is read. Trailing blanks do not count. Returns what
+ * NamesManager_FindNames() returns, and 1 if there is a NUL among the bytes of a name; all results
+ * are -1 then. */
+int32_t NamesManager_FindNamesWithLengths(NamesManager *mgr, const char *const *ppNames,
+                                          const int32_t *pLengths, int32_t nCount,
+                                          int32_t bOneBased, int32_t *pIndices);
+
+/** Finds each of the nCount NUL-terminated names or, if it is not held, adds it at the end: for one
+ * name after the other what NamesManager_FindName() and then NamesManager_AddName() would do, all
+ * under one lock, and faster for many. A name that comes again is found where it was added. Writes
+ * the index of each name into pIndices, which may be NULL. Invalidates all name pointers if it
+ * adds.
+ *
+ * Returns
+ * - 0 on success
+ * - 1 if memory ran out: names before the one that it ran out for stay and have their indices, the
+ *   others -1
+ * - 2 if a name that is not held has more than NAMES_MANAGER_MAX_NAME_BYTES without its trailing
+ *   blanks: nothing is stored, and all indices are -1 */
+int32_t NamesManager_FindOrAddNames(NamesManager *mgr, const char *const *names, int32_t nCount,
+                                    int32_t bOneBased, int32_t *pIndices);
+
+/** Returns the lowest index from first on whose name is held at a lower index, too, and sets
+ * `*piEarlier` to that one (in the shipped map, the lowest). Returns -1 if there is none or no
+ * memory for the index; `*piEarlier` is untouched then. To go through all repeats, call it again
+ * from the index after each: with the shipped map that takes time in proportion to the names. */
+int32_t NamesManager_FindRepeatedName(NamesManager *mgr, int32_t first, int32_t bOneBased,
+                                      int32_t *piEarlier);
 
 /** @} */
 

@@ -86,15 +86,23 @@ bool anyLiesInBlock(const NamesManager *mgr, const char *const *ppNames, int32_t
     return !bOutside;
 }
 
+// The length of a name, or nMost if it is longer.
+size_t givenLength(const char *const *ppNames, const int32_t *pLengths, int32_t k, size_t nMost) {
+    return pLengths != nullptr ? std::min(static_cast<size_t>(pLengths[k]), nMost)
+                               : strnlen(ppNames[k], nMost);
+}
+
 // Copies few and short names. False if they are not.
-bool copyLocally(const char *const *ppNames, int32_t nNames, StableNames *pStable) {
+bool copyLocally(const char *const *ppNames, const int32_t *pLengths, int32_t nNames,
+                 StableNames *pStable) {
     if (nNames > kMostLocalNames) { return false; }
     char *pText = pStable->aLocalTexts;
     for (int32_t k = 0; k < nNames; ++k) {
         const size_t nRoom = static_cast<size_t>(pStable->aLocalTexts + kLocalNamesBytes - pText);
-        const size_t nLength = strnlen(ppNames[k], nRoom);
+        const size_t nLength = givenLength(ppNames, pLengths, k, nRoom);
         if (nLength == nRoom) { return false; }
-        pStable->apLocal[k] = static_cast<char *>(std::memcpy(pText, ppNames[k], nLength + 1));
+        pStable->apLocal[k] = static_cast<char *>(std::memcpy(pText, ppNames[k], nLength));
+        pText[nLength] = 0;
         pText += nLength + 1;
     }
     pStable->ppNames = pStable->apLocal;
@@ -102,16 +110,20 @@ bool copyLocally(const char *const *ppNames, int32_t nNames, StableNames *pStabl
 }
 
 // Copies any names: pointers, then texts. False without memory.
-bool copyToHeap(const char *const *ppNames, int32_t nNames, StableNames *pStable) {
+bool copyToHeap(const char *const *ppNames, const int32_t *pLengths, int32_t nNames,
+                StableNames *pStable) {
     uint64_t nBytes = static_cast<uint64_t>(nNames) * sizeof(char *);
-    for (int32_t k = 0; k < nNames; ++k) { nBytes += std::strlen(ppNames[k]) + 1; }
+    for (int32_t k = 0; k < nNames; ++k) {
+        nBytes += givenLength(ppNames, pLengths, k, SIZE_MAX) + 1;
+    }
     pStable->ppHeap = static_cast<const char **>(HostMem_Alloc(nBytes, kSourceTag, __LINE__));
     if (pStable->ppHeap == nullptr) { return false; }
     char *pText = reinterpret_cast<char *>(pStable->ppHeap + nNames);
     for (int32_t k = 0; k < nNames; ++k) {
-        const size_t nName = std::strlen(ppNames[k]) + 1;
-        pStable->ppHeap[k] = static_cast<char *>(std::memcpy(pText, ppNames[k], nName));
-        pText += nName;
+        const size_t nLength = givenLength(ppNames, pLengths, k, SIZE_MAX);
+        pStable->ppHeap[k] = static_cast<char *>(std::memcpy(pText, ppNames[k], nLength));
+        pText[nLength] = 0;
+        pText += nLength + 1;
     }
     pStable->ppNames = pStable->ppHeap;
     return true;
@@ -119,11 +131,13 @@ bool copyToHeap(const char *const *ppNames, int32_t nNames, StableNames *pStable
 
 }  // namespace
 
-bool makeStable(const NamesManager *mgr, const char *const *ppNames, int32_t nNames,
-                StableNames *pStable) {
+bool makeStable(const NamesManager *mgr, const char *const *ppNames, const int32_t *pLengths,
+                int32_t nNames, StableNames *pStable) {
     const bool bCopyIsCheaper = mgr->nBlocks / kBlocksPerCopy > nNames;
-    if (bCopyIsCheaper && copyLocally(ppNames, nNames, pStable)) { return true; }
-    if (anyLiesInBlock(mgr, ppNames, nNames)) { return copyToHeap(ppNames, nNames, pStable); }
+    if (bCopyIsCheaper && copyLocally(ppNames, pLengths, nNames, pStable)) { return true; }
+    if (anyLiesInBlock(mgr, ppNames, nNames)) {
+        return copyToHeap(ppNames, pLengths, nNames, pStable);
+    }
     pStable->ppNames = ppNames;
     return true;
 }

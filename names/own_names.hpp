@@ -24,9 +24,9 @@ struct StableNames {
     char aLocalTexts[kLocalNamesBytes];
 };
 
-// False without memory for copies.
-bool makeStable(const NamesManager *mgr, const char *const *ppNames, int32_t nNames,
-                StableNames *pStable);
+// pLengths is NULL for NUL-terminated names. False without memory for copies.
+bool makeStable(const NamesManager *mgr, const char *const *ppNames, const int32_t *pLengths,
+                int32_t nNames, StableNames *pStable);
 
 }  // namespace names
 

@@ -49,13 +49,16 @@ const char *readAtCursor(NamesManager *mgr) {
 
 }  // namespace
 
-int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
+int32_t getViews(NamesManager *mgr, IndexRange range, const char **ppNames, int32_t *pLengths) {
     if (range.last >= mgr->nNames && NamesManager_GenerateNamesUpTo(mgr, range.last) != 0) {
         return 1;
     }
-    if (ppNames == nullptr || range.first > range.last) { return 0; }
+    if ((ppNames == nullptr && pLengths == nullptr) || range.first > range.last) { return 0; }
     NameReader reader = startReading(mgr, range);
-    while (const int32_t nNames = readNames(&reader, ppNames, nullptr)) { ppNames += nNames; }
+    while (const int32_t nNames = readNames(&reader, ppNames, pLengths)) {
+        if (ppNames != nullptr) { ppNames += nNames; }
+        if (pLengths != nullptr) { pLengths += nNames; }
+    }
     finishRetrieval(mgr, reader);
     return 0;
 }
@@ -64,7 +67,7 @@ int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames) {
     IndexRange range;
     const char *pName = nullptr;
     if (!toIndexRange(index, index, 0, &range)) { return nullptr; }
-    return getPointers(mgr, range, &pName) == 0 ? pName : nullptr;
+    return getViews(mgr, range, &pName, nullptr) == 0 ? pName : nullptr;
 }
 
 }  // namespace names
@@ -82,9 +85,15 @@ void NamesManager_GetNameLengths(NamesManager *mgr, int32_t first, int32_t last,
 
 int32_t NamesManager_GetNamePointers(NamesManager *mgr, int32_t first, int32_t last,
                                      int32_t bOneBased, const char **ppNames) {
+    return NamesManager_GetNameViews(mgr, first, last, bOneBased, ppNames, nullptr);
+}
+
+int32_t NamesManager_GetNameViews(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBased,
+                                  const char **ppNames, int32_t *pLengths) {
     ScopedLock lock(mgr);
     IndexRange range;
-    return toIndexRange(first, last, bOneBased, &range) ? getPointers(mgr, range, ppNames) : 1;
+    return toIndexRange(first, last, bOneBased, &range) ? getViews(mgr, range, ppNames, pLengths)
+                                                        : 1;
 }
 
 // The usual cases take few instructions, so that the cache misses of neighbouring calls overlap.

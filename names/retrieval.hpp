@@ -6,8 +6,8 @@
 
 namespace names {
 
-// NamesManager_GetNamePointers for a range that has been checked.
-int32_t getPointers(NamesManager *mgr, IndexRange range, const char **ppNames);
+// NamesManager_GetNameViews for a range that has been checked.
+int32_t getViews(NamesManager *mgr, IndexRange range, const char **ppNames, int32_t *pLengths);
 
 // NamesManager_GetName for a 0-based index.
 const char *getOne(NamesManager *mgr, int32_t index);

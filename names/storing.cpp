@@ -88,8 +88,9 @@ int32_t addNames(NamesManager *mgr, int32_t first, int32_t last, int32_t bOneBas
     if (!toIndexRange(first, last, bOneBased, &range)) { return 1; }
     if (range.first >= mgr->nNames) { return addRange(mgr, range, ppNames); }
     StableNames stable;
-    return makeStable(mgr, ppNames, countOf(range), &stable) ? addRange(mgr, range, stable.ppNames)
-                                                             : 1;
+    return makeStable(mgr, ppNames, nullptr, countOf(range), &stable)
+               ? addRange(mgr, range, stable.ppNames)
+               : 1;
 }
 
 }  // namespace names

@@ -40,6 +40,10 @@ inline void releaseAtIntervals(NamesManager *mgr, int32_t index) {
 bool appendNames(NamesManager *mgr, GivenNames given, int32_t nNames);
 bool appendName(NamesManager *mgr, const char *pName, int32_t nLength);
 
+// Appends names and leaves the record as appendName would for one after the other. Returns how many
+// were appended before memory ran out, or all.
+int32_t appendInTurn(NamesManager *mgr, GivenNames given, int32_t nNames);
+
 // The range exists.
 bool replaceNames(NamesManager *mgr, IndexRange range, GivenNames given);
 

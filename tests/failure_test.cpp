@@ -117,6 +117,30 @@ int32_t reverse(Case &c) {
     return NamesManager_AddNames(c.mgr, 0, 15, 0, names.data());
 }
 
+// Some that end in blanks, and one of its own.
+int32_t storeWithLengths(Case &c) {
+    const char *apNames[] = {"P  ", "Qx", "R ", NamesManager_GetName(c.mgr, 3, 0)};
+    const int32_t aLengths[] = {3, 1, 2, 1};
+    return NamesManager_AddNamesWithLengths(c.mgr, 14, 17, 0, apNames, aLengths);
+}
+
+// Without memory the indices up to some point are those of the names, and the others -1.
+int32_t findOrAdd(Case &c) {
+    const std::string longer = kLong + ' ';
+    const char *const apNames[] = {"cc", "new", longer.c_str(), "pp ", "newer", "new  ", "newest"};
+    int32_t aFound[7];
+    const int32_t nStatus = NamesManager_FindOrAddNames(c.mgr, apNames, 7, 0, aFound);
+    const Strings names = loaded::namesOf(c.mgr);
+    const auto end = std::find(aFound, aFound + 7, -1);
+    for (auto p = aFound; p < end; ++p) {
+        EXPECT_EQ(Record::trimmed(apNames[p - aFound]), names[size_t(*p)]);
+        c.read += nStatus == 0 ? std::to_string(*p) + ' ' : "";
+    }
+    EXPECT_EQ(aFound + 7 - end, std::count(end, aFound + 7, -1));
+    EXPECT_EQ(std::ssize(names), std::max(*std::max_element(aFound, aFound + 7), 15) + 1);
+    return nStatus;
+}
+
 int32_t readBeyond(Case &c) {
     c.read.assign(20, '#');
     return NamesManager_GetNames(c.mgr, 14, 17, 0, 1, 1, 5, c.read.data(), c.read.size(), nullptr);
@@ -168,6 +192,10 @@ const struct Scenario {
     {"replace here and there", kSteps, storeScattered,
      "aa|longer1|cc|longer3|ee|longer5|gg|longer7|ii|longer9|kk|longer11|mm|longer13|oo|longer15|"},
     {"replace by names of its own", kSteps, reverse, "p|o|n|m|l|k|j|i|h|g|f|e|d|c|b|a|"},
+    {"store with lengths", kSteps, storeWithLengths,
+     "aa|bb|cc|dd|ee|ff|gg|hh|ii|jj|kk|ll|mm|nn|P|Q|R|d|"},
+    {"find or add", kSteps, findOrAdd, kBefore + "new|" + kLong + "|newer|newest|",
+     "2 16 17 15 18 16 19 "},
     {"generate", kSteps, [](Case &c) { return NamesManager_GenerateNames(c.mgr, 18); },
      kBefore + made(17) + made(18)},
     {"copy a name", kSteps,

@@ -620,6 +620,104 @@ inline void load(Call &c) {
     if (!bNone && nBytes == nImage) { c.twin.load(saved); }
 }
 
+// Names given with their lengths, without NULs between them, and some that are parts of the
+// manager's own are stored or looked up. A NUL is refused.
+inline void useLengths(Call &c) {
+    const Range at = c.range(true);
+    const auto [first, last, bOneBased] = at;
+    Strings texts = c.texts(at);
+    const int32_t nOwn = c.twin.names.empty() ? 0 : c.pick({0, 0, 128});
+    for (std::string &text : texts) { text.resize(std::min(text.size(), size_t{400})); }
+    const bool bNul = c.log("NUL", !texts.empty() && c.chance(30));
+    if (bNul) { texts[0].insert(texts[0].size() / 2, 1, '\0'); }
+    const std::string all = joined(texts);
+    const std::vector<char> copy(all.begin(), all.end());
+    std::vector<const char *> names;
+    std::vector<int32_t> lengths;
+    for (const char *p = copy.data(); std::string & text : texts) {
+        names.push_back(p);
+        p += text.size();
+        if (!text.empty() && (!bNul || &text != &texts[0]) && c.chance(nOwn)) {
+            const int32_t iOwn = c.log("own", c.pick(0, c.twin.nNames() - 1));
+            const auto [iBlock, nOffset] = c.twin.position(iOwn);
+            const int32_t nFrom = c.pick(0, 1) * c.pick(0, Record::lengthOf(c.twin.name(iOwn)));
+            names.back() = c.pReal->pBlocks[iBlock].pData + nOffset + nFrom;
+            text = c.twin.name(iOwn).substr(size_t(nFrom), size_t(c.pick({0, 2, 9, 500})));
+        }
+        lengths.push_back(Record::lengthOf(text));
+    }
+    if (c.log("store", c.chance(128))) {
+        c.answer(NamesManager_AddNamesWithLengths(c.pReal, first, last, bOneBased, names.data(),
+                                                  lengths.data()),
+                 bNul && Record::boundsOf(at) ? 1 : c.twin.addNames(at, texts.data()));
+        return;
+    }
+    std::vector<int32_t> indices(texts.size(), -7), expected(texts.size(), -1);
+    c.answer(NamesManager_FindNamesWithLengths(c.pReal, names.data(), lengths.data(),
+                                               Record::toInt(texts.size()), bOneBased,
+                                               indices.data()),
+             bNul ? 1 : 0);
+    if (!bNul) { c.twin.buildIndex(); }
+    for (size_t k = 0; k < texts.size() && !bNul; ++k) {
+        expected[k] = c.twin.findName(texts[k], -1, bOneBased);
+    }
+    c.compare(shown(indices), shown(expected));
+}
+
+inline void readViews(Call &c) {
+    const Range at = c.range(c.chance(8));
+    const auto [first, last, bOneBased] = at;
+    const auto bounds = Record::boundsOf(at);
+    const size_t nSlots = bounds ? size_t(bounds->last - bounds->first) + 3 : 3;
+    const bool bNames = c.log("names", c.chance(170)), bLengths = c.log("lengths", c.chance(170));
+    std::vector<const char *> names(nSlots, "untouched");
+    std::vector<int32_t> lengths(nSlots, -7), expectedLengths;
+    Strings expected;
+    c.answer(NamesManager_GetNameViews(c.pReal, first, last, bOneBased,
+                                       bNames ? names.data() : nullptr,
+                                       bLengths ? lengths.data() : nullptr),
+             c.twin.getNamePointers(at, bNames || bLengths ? &expected : nullptr));
+    for (const std::string &text : bLengths ? expected : Strings()) {
+        expectedLengths.push_back(Record::lengthOf(text));
+    }
+    expectedLengths.resize(nSlots, -7);
+    if (!bNames) { expected.clear(); }
+    expected.resize(nSlots, "untouched");
+    c.compare(shown(lengths), shown(expectedLengths));
+    c.compare(std::equal(names.begin(), names.end(), expected.begin()), true);
+}
+
+// Names some of which are held, and some of which come again with blanks at their end.
+inline void findOrAdd(Call &c) {
+    const int32_t nNames = c.twin.nNames(), bOneBased = c.pick(0, 1);
+    Strings texts = c.texts(c.pick<size_t>({0, 1, 3, 31, 100}), c.pick(0, nNames));
+    for (size_t k = 1; k < texts.size(); ++k) {
+        const bool bOwn = nNames > 0 && (nNames > kMostNames || c.chance(40));
+        if (bOwn) { texts[k] = c.twin.name(c.pick(0, nNames - 1)); }
+        if (c.chance(30)) {
+            texts[k] = texts[size_t(c.pick(0, int32_t(k) - 1))] + c.pick({"", " "});
+        }
+    }
+    const Fields fields(texts, -1, c.chance(128));
+    std::vector<int32_t> indices(texts.size(), -7), expected(texts.size(), -1);
+    int32_t *pIndices = c.chance(240) ? indices.data() : nullptr;
+    c.answer(NamesManager_FindOrAddNames(c.pReal, fields.pointers.data(),
+                                         Record::toInt(texts.size()), bOneBased, pIndices),
+             c.twin.findOrAddNames(texts, bOneBased, expected));
+    if (pIndices != nullptr) { c.compare(shown(indices), shown(expected)); }
+}
+
+inline void findRepeated(Call &c) {
+    const int32_t bOneBased = c.pick(0, 1),
+                  first =
+                      c.log("from", c.chance(c.habits.nStray) ? c.pick({-1, INT32_MIN, INT32_MAX})
+                                                              : c.anyIndex() + bOneBased);
+    int32_t iEarlier = -7;
+    const auto [iRepeated, iExpected] = c.twin.findRepeatedName(first, bOneBased);
+    c.answer(NamesManager_FindRepeatedName(c.pReal, first, bOneBased, &iEarlier), iRepeated);
+    c.compare(iEarlier, iExpected);
+}
+
 // The chances of each kind in the profiles: appending, replacing, removing, reading, all alike,
 // arguments outside the contract.
 constexpr size_t kProfiles = 6, kOutside = 5;
@@ -642,7 +740,11 @@ constexpr struct {
               {"whole", wholeManager, {2, 2, 4, 2, 6, 2}},
               {"copy", copy, {1, 1, 2, 1, 3, 3}},
               {"save", save, {1, 1, 2, 1, 2, 1}},
-              {"load", load, {2, 2, 3, 2, 5, 4}}};
+              {"load", load, {2, 2, 3, 2, 5, 4}},
+              {"use lengths", useLengths, {8, 8, 4, 4, 6, 6}},
+              {"read views", readViews, {3, 3, 3, 10, 5, 5}},
+              {"find or add", findOrAdd, {6, 4, 6, 3, 6, 4}},
+              {"find repeated", findRepeated, {2, 3, 2, 2, 4, 4}}};
 
 // ---- Histories
 

@@ -226,7 +226,7 @@ struct Record {
     void finishRead(Range bounds) {
         if (!bSegments || bounds.first > bounds.last) { return; }
         const bool bHit = bounds.first == 0 || bounds.first == cursor.iName;
-        cursor.nMisses = bHit ? 0 : cursor.nMisses + 1;
+        cursor.nMisses = bHit ? 0 : cursor.nMisses + (cursor.nMisses < INT32_MAX);
         if (cursor.nMisses > kMaxFreeMisses) {
             storeIndividualNamePositions();
             return;
@@ -582,6 +582,33 @@ struct Record {
         const int32_t iFound = findText(
             nWidth < -1 ? text : trimmed(nWidth == -1 ? text : text.substr(0, size_t(nWidth))));
         return iFound == -1 ? -1 : iFound + (bOneBased != 0);
+    }
+
+    int32_t findOrAddNames(const Strings &texts, int32_t bOneBased, std::vector<int32_t> &indices) {
+        const auto isTooLong = [this](const std::string &text) {
+            return lengthOf(trimmed(text)) > kMaxNameBytes && findText(trimmed(text)) == -1;
+        };
+        if (std::any_of(texts.begin(), texts.end(), isTooLong)) { return 2; }
+        for (size_t k = 0; k < texts.size(); ++k) {
+            indices[k] = findName(texts[k], -1, bOneBased);
+            if (indices[k] != -1) { continue; }
+            indices[k] = nNames() + (bOneBased != 0);
+            addNames({indices[k], indices[k], bOneBased}, &texts[k]);
+        }
+        return 0;
+    }
+
+    // A name that is held at a lower index, too, and the lowest of these.
+    std::pair<int32_t, int32_t> findRepeatedName(int32_t first, int32_t bOneBased) {
+        const int64_t iFirst = int64_t{first} - (bOneBased != 0);
+        if (iFirst >= 0 && iFirst < nNames()) { buildIndex(); }
+        for (int64_t i = iFirst; iFirst >= 0 && i < nNames() && bLookupIndex; ++i) {
+            const auto found = std::find(names.begin(), names.begin() + i, name(int32_t(i)));
+            if (found == names.begin() + i) { continue; }
+            const int32_t iEarlier = int32_t(found - names.begin());
+            return {int32_t(i) + (bOneBased != 0), iEarlier + (bOneBased != 0)};
+        }
+        return {-1, -7};
     }
 
     // ---- Removing

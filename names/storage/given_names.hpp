@@ -45,6 +45,15 @@ inline bool measureTrimmed(const char *pName, int32_t *pLength) {
     return nLength <= kMaxNameBytes;
 }
 
+// True if one of the names has a NUL among its bytes.
+inline bool holdAnyNul(const char *const *ppNames, const int32_t *pLengths, int32_t nNames) {
+    bool bAny = false;
+    for (int32_t k = 0; !bAny && k < nNames; ++k) {
+        bAny = std::memchr(ppNames[k], 0, static_cast<size_t>(pLengths[k])) != nullptr;
+    }
+    return bAny;
+}
+
 }  // namespace names
 
 #endif
