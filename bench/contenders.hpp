@@ -19,6 +19,7 @@
 
 #include "bench/inputs.hpp"
 #include "names/names_manager.h"
+#include "names/names_reader.h"
 
 using StdMap = std::unordered_map<std::string_view, int32_t>;
 using AbslMap = absl::flat_hash_map<std::string_view, int32_t>;
@@ -75,8 +76,9 @@ struct Component {
     void storeBuffer(int32_t first, int32_t n, const char *pText) {
         require(NamesManager_AddNamesFromBuffer(mgr, first, first + n - 1, 0, pText) == 0);
     }
-    void storePointers(int32_t n, const char *const *ppNames) {
-        require(NamesManager_AddNames(mgr, 0, n - 1, 0, ppNames) == 0);
+    void storePointers(int32_t n, const char *const *ppNames) { replaceSome(0, n, ppNames); }
+    void replaceSome(int32_t first, int32_t n, const char *const *ppNames) {
+        require(NamesManager_AddNames(mgr, first, first + n - 1, 0, ppNames) == 0);
     }
     void append(int32_t i, const char *szName) {
         require(NamesManager_AddName(mgr, i, 0, szName) == 0);
@@ -87,6 +89,9 @@ struct Component {
 
     void pointers(int32_t first, int32_t n, const char **ppNames) {
         require(NamesManager_GetNamePointers(mgr, first, first + n - 1, 0, ppNames) == 0);
+    }
+    void views(int32_t first, int32_t n, const char **ppNames, int32_t *pLengths) {
+        require(NamesManager_GetNameViews(mgr, first, first + n - 1, 0, ppNames, pLengths) == 0);
     }
     const char *name(int32_t i) { return NamesManager_GetName(mgr, i, 0); }
     size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t nRoom) {
@@ -106,6 +111,18 @@ struct Component {
     int32_t find(const char *szName) { return NamesManager_FindName(mgr, szName, 0); }
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) {
         require(NamesManager_FindNameList(mgr, ppNames, n, 0, pIndices) == 0);
+    }
+    void findOrAdd(const char *const *ppNames, int32_t n, int32_t *pIndices) {
+        require(NamesManager_FindOrAddNames(mgr, ppNames, n, 0, pIndices) == 0);
+    }
+    // Indices of names that are held at a lower index, too, each followed by the lowest.
+    std::vector<int32_t> repeats() {
+        std::vector<int32_t> pairs;
+        int32_t iEarlier = -1;
+        for (int32_t i = -1; (i = NamesManager_FindRepeatedName(mgr, i + 1, 0, &iEarlier)) >= 0;) {
+            pairs.insert(pairs.end(), {i, iEarlier});
+        }
+        return pairs;
     }
     // Returns the index of the first given name that would be a duplicate if the names were stored
     // after those held, or -1.
@@ -129,6 +146,32 @@ struct Component {
     void load(HostInputStream *pStream) { require(NamesManager_Load(mgr, nullptr, pStream) == 0); }
 };
 
+// ---- A reader of the component ----
+
+// Reads what was stored before; opened anew when that changes.
+struct ByReader {
+    Component list;
+    NamesReader reader;
+
+    void open(int32_t bLookups) { require(NamesReader_Open(&reader, list.mgr, bLookups) == 0); }
+    void storeBuffer(int32_t first, int32_t n, const char *pText) {
+        list.storeBuffer(first, n, pText);
+        open(0);
+    }
+    void usePositions() {
+        list.usePositions();
+        open(0);
+    }
+    void buildIndex() { open(1); }
+
+    const char *name(int32_t i) { return NamesReader_Name(&reader, i); }
+    int32_t find(const char *szName) { return NamesReader_FindName(&reader, szName, 0); }
+    void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) {
+        require(NamesReader_FindNames(&reader, ppNames, n, NamesManagerWidth_Terminated, 0,
+                                      pIndices) == 0);
+    }
+};
+
 // ---- A vector of strings with a map of views ----
 
 template <typename Map>
@@ -147,6 +190,9 @@ struct Strings {
     }
     void append(int32_t /*i*/, const char *szName) { names.emplace_back(szName); }
     void replace(int32_t i, const char *szName) { names[at(i)] = szName; }
+    void replaceSome(int32_t first, int32_t n, const char *const *ppNames) {
+        for (int32_t k = 0; k < n; ++k) { names[at(first + k)] = ppNames[k]; }
+    }
     void replaceAll(const char *pText) {
         for (std::string &name : names) { pText += name.assign(pText).size() + 1; }
     }
@@ -154,6 +200,12 @@ struct Strings {
 
     void pointers(int32_t first, int32_t n, const char **ppNames) const {
         for (int32_t k = 0; k < n; ++k) { ppNames[k] = names[at(first + k)].c_str(); }
+    }
+    void views(int32_t first, int32_t n, const char **ppNames, int32_t *pLengths) const {
+        for (int32_t k = 0; k < n; ++k) {
+            ppNames[k] = names[at(first + k)].c_str();
+            pLengths[k] = static_cast<int32_t>(names[at(first + k)].size());
+        }
     }
     const char *name(int32_t i) const { return names[at(i)].c_str(); }
     size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t /*nRoom*/) const {
@@ -186,6 +238,16 @@ struct Strings {
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) const {
         std::transform(ppNames, ppNames + n, pIndices,
                        [this](const char *szName) { return find(szName); });
+    }
+    std::vector<int32_t> repeats() const {
+        std::vector<int32_t> pairs;
+        Map fresh;
+        fresh.reserve(names.size());
+        for (int32_t i = 0; i < count(); ++i) {
+            const auto [entry, bNew] = fresh.emplace(names[at(i)], i);
+            if (!bNew) { pairs.insert(pairs.end(), {i, entry->second}); }
+        }
+        return pairs;
     }
     int32_t findDuplicate(const NameList &given) const {
         Map fresh;
@@ -284,10 +346,19 @@ struct BasicArena {
         }
         text.assign(pText, p);
     }
+    void replaceSome(int32_t first, int32_t n, const char *const *ppNames) {
+        for (int32_t k = 0; k < n; ++k) { replace(first + k, ppNames[k]); }
+    }
     void usePositions() {}
 
     void pointers(int32_t first, int32_t n, const char **ppNames) const {
         for (int32_t k = 0; k < n; ++k) { ppNames[k] = name(first + k); }
+    }
+    void views(int32_t first, int32_t n, const char **ppNames, int32_t *pLengths) const {
+        for (int32_t k = 0; k < n; ++k) {
+            ppNames[k] = name(first + k);
+            pLengths[k] = static_cast<int32_t>(view(first + k).size());
+        }
     }
     const char *name(int32_t i) const { return text.data() + offsets[at(i)]; }
     size_t copyOut(int32_t first, int32_t n, char *pBuffer, size_t /*nRoom*/) const {
@@ -315,6 +386,14 @@ struct BasicArena {
     void findList(const char *const *ppNames, int32_t n, int32_t *pIndices) const {
         std::transform(ppNames, ppNames + n, pIndices,
                        [this](const char *szName) { return find(szName); });
+    }
+    void findOrAdd(const char *const *ppNames, int32_t n, int32_t *pIndices) {
+        for (int32_t k = 0; k < n; ++k) {
+            pIndices[k] = find(ppNames[k]);
+            if (pIndices[k] >= 0) { continue; }
+            pIndices[k] = count();
+            append(count(), ppNames[k]);
+        }
     }
     // The format is known at run time only, as the component's is.
     void generate(int32_t n, const char *szFormat = kDefaultNameFormat) {

@@ -93,6 +93,12 @@ Inputs makeInputs(const std::string &label, NameForm form, int32_t nNames) {
     inputs.renamed = renamedList(inputs.list, "");
     inputs.renamedPicks = picked(inputs.renamed, inputs.picks);
     inputs.longer = renamedList(inputs.list, ".renamed");
+    std::vector<int32_t> order(inputs.picks.size());
+    for (size_t i = 0; i < order.size(); ++i) {
+        const size_t iEarlier = static_cast<size_t>(inputs.picks[i]) % std::max<size_t>(i, 1);
+        order[i] = static_cast<int32_t>(i % 10 == 9 ? iEarlier : i);
+    }
+    inputs.repeating = picked(inputs.list, order);
     for (int32_t i = 1; i < nNames; i += 2) { inputs.everyOther.push_back(i); }
     return inputs;
 }

@@ -25,6 +25,7 @@ struct Inputs {
     NameList renamed;                 // for each name another one of the same length
     NameList renamedPicks;            // the same, in the order of the picks
     NameList longer;                  // each name, some bytes longer
+    NameList repeating;               // the list with an earlier name in every tenth place
     std::vector<int32_t> everyOther;  // the odd indices, ascending
 };
 

@@ -1,98 +1,14 @@
 #include "bench/rows.hpp"
 
-#include <benchmark/benchmark.h>
 #include <malloc.h>
 
 #include <cmath>
-#include <ctime>
-#include <functional>
 #include <mutex>
 #include <utility>
 
-#include "bench/contenders.hpp"
+#include "bench/work.hpp"
 
 namespace {
-
-using UnorderedStrings = Strings<StdMap>;
-using AbslStrings = Strings<AbslMap>;
-
-// Stands for a lock where the contender has its own, or none is wanted.
-struct NoLock {
-    void lock() {}
-    void unlock() {}
-};
-
-// ---- Tools ----
-
-// Processor time of this thread, so that other work on its core does not count.
-double threadSeconds() {
-    struct timespec now = {};
-    require(clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now) == 0);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-template <typename Work>
-double secondsOf(Work work) {
-    const double nStart = threadSeconds();
-    work();
-    benchmark::ClobberMemory();
-    return threadSeconds() - nStart;
-}
-
-// The seconds that n calls of work(k) take, each with the lock held.
-template <typename Lock, typename Work>
-double secondsOfCalls(size_t n, Work work) {
-    Lock lock;
-    return secondsOf([&] {
-        for (size_t k = 0; k < n; ++k) {
-            const std::lock_guard<Lock> guard(lock);
-            work(k);
-        }
-    });
-}
-
-uint64_t mixIn(uint64_t nDigest, uint64_t nValue) {
-    return (nDigest ^ nValue) * 0x9e3779b97f4a7c15 + (nDigest >> 29);
-}
-
-uint64_t digestOf(const std::vector<const char *> &names) {
-    uint64_t nDigest = names.size();
-    for (const char *szName : names) {
-        nDigest = mixIn(nDigest, std::hash<std::string_view>()(szName));
-    }
-    return nDigest;
-}
-
-uint64_t digestOf(const std::vector<int32_t> &numbers) {
-    uint64_t nDigest = numbers.size();
-    for (const int32_t n : numbers) { nDigest = mixIn(nDigest, static_cast<uint64_t>(n)); }
-    return nDigest;
-}
-
-uint64_t digestOf(const char *pBytes, size_t nBytes) {
-    return std::hash<std::string_view>()(std::string_view(pBytes, nBytes));
-}
-
-// The digest of all names that a contender holds.
-template <typename Contender>
-uint64_t contentOf(Contender &contender) {
-    std::vector<const char *> names(at(contender.count()));
-    if (!names.empty()) { contender.pointers(0, contender.count(), names.data()); }
-    return digestOf(names);
-}
-
-template <typename Contender>
-void fill(Contender &contender, const NameList &list) {
-    contender.storeBuffer(0, countOf(list), list.text.data());
-}
-
-// Calls work(first, count) for consecutive ranges of nStep names.
-template <typename Work>
-void inRanges(int32_t nNames, int32_t nStep, Work work) {
-    for (int32_t first = 0; first < nNames; first += nStep) {
-        work(first, std::min(nStep, nNames - first));
-    }
-}
 
 // ---- Storing ----
 
@@ -446,18 +362,6 @@ MemoryUse memoryOf(const char *szContender, const NameList &list) {
 
 // ---- The rows ----
 
-constexpr char kArena[] = "arena";
-constexpr char kArenaGuarded[] = "arena, guarded";
-constexpr char kArenaOffsets[] = "arena, offsets dumped";
-constexpr char kArenaPieces[] = "arena, in pieces of 128 KB";
-constexpr char kLargeArenaGuarded[] = "arena, 8-byte offsets, guarded";
-constexpr char kStrings[] = "vector of strings";
-constexpr char kStringsGuarded[] = "vector of strings, guarded";
-constexpr char kUnordered[] = "unordered_map";
-constexpr char kUnorderedGuarded[] = "unordered_map, guarded";
-constexpr char kAbsl[] = "absl map";
-constexpr char kAbslGuarded[] = "absl map, guarded";
-
 template <NameList Inputs::*kQueries>
 std::vector<Entrant> findEntrants() {
     return {{kComponent, findSingly<Component, NoLock, kQueries>},
@@ -467,11 +371,6 @@ std::vector<Entrant> findEntrants() {
             {kAbslGuarded, findSingly<AbslStrings, std::mutex, kQueries>},
             {kUnordered, findSingly<UnorderedStrings, NoLock, kQueries>},
             {kUnorderedGuarded, findSingly<UnorderedStrings, std::mutex, kQueries>}};
-}
-
-Row row(const char *szId, const char *szWork, double nBound, const char *szAgainst,
-        std::vector<Entrant> entrants) {
-    return {szId, szWork, nBound, szAgainst, std::move(entrants)};
 }
 
 std::vector<Row> makeComparedRows() {
@@ -490,7 +389,7 @@ std::vector<Row> makeComparedRows() {
             {{kComponent, storeFromPointers<Component>},
              {kArena, storeFromPointers<Arena>},
              {kStrings, storeFromPointers<AbslStrings>}}),
-        row("append", "append, one name per call", 1.05, kArenaGuarded,
+        row("append", "append, one name per call", 1.0, kArenaGuarded,
             {{kComponent, appendSingly<Component, NoLock>},
              {kArena, appendSingly<Arena, NoLock>},
              {kArenaGuarded, appendSingly<Arena, std::mutex>},
@@ -503,19 +402,25 @@ std::vector<Row> makeComparedRows() {
             {{kComponent, readPointers<Component>},
              {kArena, readPointers<Arena>},
              {kStrings, readPointers<AbslStrings>}}),
-        row("read_ascending", "one name per call, ascending", 1.3, kArenaGuarded,
+        row("read_ascending", "one name per call, ascending", 1.0, kArenaGuarded,
             {{kComponent, readAscending<Component, NoLock>},
              {kArena, readAscending<Arena, NoLock>},
              {kArenaGuarded, readAscending<Arena, std::mutex>},
              {kStrings, readAscending<AbslStrings, NoLock>},
              {kStringsGuarded, readAscending<AbslStrings, std::mutex>}}),
-        row("read_random", "one name per call, random, positions", 1.6, kArenaGuarded,
+        row("reader_ascending", "reader, one name per call, ascending", 1.0, kStrings,
+            {{kComponent, readAscending<ByReader, NoLock>},
+             {kStrings, readAscending<AbslStrings, NoLock>}}),
+        row("read_random", "one name per call, random, positions", 1.25, kArenaGuarded,
             {{kComponent, readRandomly<Component, NoLock>},
              {kArena, readRandomly<Arena, NoLock>},
              {kArenaGuarded, readRandomly<Arena, std::mutex>},
              {kLargeArenaGuarded, readRandomly<LargeArena, std::mutex>},
              {kStrings, readRandomly<AbslStrings, NoLock>},
              {kStringsGuarded, readRandomly<AbslStrings, std::mutex>}}),
+        row("reader_random", "reader, one name per call, random, positions", 1.0, kStrings,
+            {{kComponent, readRandomly<ByReader, NoLock>},
+             {kStrings, readRandomly<AbslStrings, NoLock>}}),
         row("copy_plain", "copy out plain, ranges of 2,000", 0.4, kStrings,
             {{kComponent, copyOut<Component>},
              {kArena, copyOut<Arena>},
@@ -531,13 +436,19 @@ std::vector<Row> makeComparedRows() {
              {kUnordered, lookUpFirst<UnorderedStrings>}}),
         row("find_hits", "find, hits, one per call", 0.9, kArenaGuarded,
             findEntrants<&Inputs::hits>()),
+        row("reader_hits", "reader, find, hits, one per call", 1.0, kArena,
+            {{kComponent, findSingly<ByReader, NoLock, &Inputs::hits>},
+             {kArena, findSingly<Arena, NoLock, &Inputs::hits>}}),
         row("find_lists", "find, hits, lists of 1,000", 0.4, kArena,
             {{kComponent, findLists<Component>},
              {kArena, findLists<Arena>},
              {kAbsl, findLists<AbslStrings>},
              {kUnordered, findLists<UnorderedStrings>}}),
-        row("find_misses", "find, misses, one per call", 1.0, kArenaGuarded,
+        row("find_misses", "find, misses, one per call", 0.85, kArenaGuarded,
             findEntrants<&Inputs::absent>()),
+        row("reader_misses", "reader, find, misses, one per call", 1.0, kArena,
+            {{kComponent, findSingly<ByReader, NoLock, &Inputs::absent>},
+             {kArena, findSingly<Arena, NoLock, &Inputs::absent>}}),
         row("append_find", "append and find in turn", 0.9, kArenaGuarded,
             {{kComponent, appendAndFind<Component, NoLock>},
              {kArena, appendAndFind<Arena, NoLock>},
@@ -627,7 +538,13 @@ std::vector<Row> makeGrowthRows() {
 }  // namespace
 
 const std::vector<Row> &comparedRows() {
-    static const std::vector<Row> rows = makeComparedRows();
+    static const std::vector<Row> rows = [] {
+        std::vector<Row> all = makeComparedRows();
+        for (std::vector<Row> &more : std::vector<std::vector<Row>>{callRows(), threadRows()}) {
+            all.insert(all.end(), more.begin(), more.end());
+        }
+        return all;
+    }();
     return rows;
 }
 

@@ -31,6 +31,8 @@ struct Row {
 };
 
 const std::vector<Row> &comparedRows();
+std::vector<Row> callRows();    // of these: calls that do the work of several, and their traps
+std::vector<Row> threadRows();  // of these: readers, and two threads at once
 const std::vector<Row> &growthRows();  // the component alone, on lists of rising size
 
 // Bytes of heap that a contender takes for a list stored from one buffer: per name beyond its text,

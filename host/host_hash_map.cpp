@@ -182,18 +182,33 @@ void prefetchLikelyEntries(const StringMap &map, KeyChunk *pChunk) {
     }
 }
 
-// Finds the entries of the hashes and prefetches their texts. Comparing reads 32 bytes of them at
-// once, often across the end of a cache line.
-void findEntriesAndPrefetchTexts(const StringMap &map, KeyChunk *pChunk) {
+// Comparing reads 32 bytes of a text at once, often across the end of a cache line.
+void prefetchText(const char *szText) {
+    __builtin_prefetch(szText);
+    __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
+}
+
+// Finds the entries of the hashes and prefetches their texts, or groups. Returns whether there are
+// any groups.
+bool findEntriesAndPrefetchTexts(const StringMap &map, KeyChunk *pChunk) {
+    bool bGroups = false;
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        if (pChunk->apEntries[k] != nullptr) {
-            pChunk->apEntries[k] = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
+        if (pChunk->apEntries[k] == nullptr) { continue; }
+        Entry *pEntry = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
+        pChunk->apEntries[k] = pEntry;
+        if (pEntry != nullptr) {
+            prefetchText(pEntry->szKey);
+            bGroups = bGroups || pEntry->nValue == kIsGroup;
         }
-        if (pChunk->apEntries[k] != nullptr) {
-            const char *szText = pChunk->apEntries[k]->szKey;
-            __builtin_prefetch(szText);
-            __builtin_prefetch(
-                reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
+    }
+    return bGroups;
+}
+
+void prefetchTextsOfGroups(const KeyChunk &chunk) {
+    for (int32_t k = 0; k < chunk.nKeys; ++k) {
+        const Entry *pEntry = chunk.apEntries[k];
+        if (pEntry != nullptr && pEntry->nValue == kIsGroup) {
+            prefetchText(anyText(pEntry->pGroups));
         }
     }
 }
@@ -201,11 +216,10 @@ void findEntriesAndPrefetchTexts(const StringMap &map, KeyChunk *pChunk) {
 void findChunk(const StringMap &map, KeyChunk *pChunk, int32_t *pnValues) {
     startSearches(map, pChunk);
     prefetchLikelyEntries(map, pChunk);
-    findEntriesAndPrefetchTexts(map, pChunk);
+    if (findEntriesAndPrefetchTexts(map, pChunk)) { prefetchTextsOfGroups(*pChunk); }
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        pnValues[k] = pChunk->apEntries[k] != nullptr
-                          ? valueIn(*pChunk->apEntries[k], pChunk->ppKeys[k])
-                          : -1;
+        const Entry *pEntry = pChunk->apEntries[k];
+        pnValues[k] = pEntry != nullptr ? valueIn(*pEntry, pChunk->ppKeys[k]) : -1;
     }
 }
 

@@ -29,7 +29,7 @@ struct KeyNode {
 };
 
 struct KeyGroup {
-    KeyNode inTexts;  // first; its key is one of the group's
+    KeyNode inTexts;  // first; its key is one of the group's, its value the group's lowest
     KeyNode *pKeys;
     KeyNode *pLast;  // most keys come in ascending order of their addresses and are appended
 };
@@ -241,12 +241,17 @@ bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue) {
     }
     *pNew = makeNode(pNew, szKey, nValue);
     addToGroup(pGroup, pNew);
+    pGroup->inTexts.nValue = pGroup->pKeys->nLowest;
     return true;
+}
+
+const char *anyText(const KeyGroup *pGroups) {
+    return pGroups->inTexts.szKey;
 }
 
 int32_t lowestValue(KeyGroup *pGroups, const char *szKey) {
     const KeyGroup *pGroup = findGroup(pGroups, szKey);
-    return pGroup != nullptr ? pGroup->pKeys->nLowest : -1;
+    return pGroup != nullptr ? pGroup->inTexts.nValue : -1;
 }
 
 bool removeKey(KeyGroup **ppGroups, const char *szKey) {
@@ -258,6 +263,7 @@ bool removeKey(KeyGroup **ppGroups, const char *szKey) {
     freeNode(pOld);
     if (pGroup->pKeys != nullptr) {  // the text removed may be gone soon: order by one that stays
         pGroup->inTexts.szKey = pGroup->pKeys->szKey;
+        pGroup->inTexts.nValue = pGroup->pKeys->nLowest;
     } else {
         removeGroup(ppGroups, pGroup);
     }

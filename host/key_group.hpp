@@ -19,6 +19,9 @@ void destroyGroups(KeyGroup *pGroups);
 // False without memory: nothing has changed.
 bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue);
 
+// A text that one of the keys has.
+const char *anyText(const KeyGroup *pGroups);
+
 // The lowest value under a text, -1 if there is none.
 int32_t lowestValue(KeyGroup *pGroups, const char *szKey);
 

@@ -15,6 +15,9 @@ namespace {
 
 constexpr int32_t kCheckedChunk = 128;
 
+// How many are looked up at once at first when a repeated name is sought: few, as it may be near.
+constexpr int32_t kFirstChunk = 16;
+
 // The names of a range as they were given; a name may be NULL.
 struct CheckedNames {
     const char *const *ppNames;
@@ -183,7 +186,7 @@ int32_t findRepeated(NamesManager *mgr, int32_t first, int32_t *piEarlier) {
     const char *apNames[kCheckedChunk];
     int32_t aFound[kCheckedChunk];
     NameReader reader = startReading(mgr, {first, mgr->nNames - 1});
-    for (int32_t nMost = 1; reader.iNext < mgr->nNames;
+    for (int32_t nMost = kFirstChunk; reader.iNext < mgr->nNames;
          nMost = std::min(2 * nMost, kCheckedChunk)) {
         const int32_t iFirst = reader.iNext;
         reader.iLast = iFirst + std::min(nMost, mgr->nNames - iFirst) - 1;

@@ -127,6 +127,21 @@ int32_t findOrAdd(NameLookup *pLookup, int32_t nCount, int32_t bOneBased, int32_
     return nDone;
 }
 
+// A single name that can be looked up as it is. Returns a status.
+int32_t findOrAddOne(NamesManager *mgr, const char *szName, int32_t bOneBased, int32_t *pIndex) {
+    const int32_t nBase = bOneBased != 0 ? 1 : 0;
+    int32_t index = HostHashMap_Find(mgr->pLookupIndex, szName);
+    int32_t nStatus = 0;
+    if (index < 0) {
+        index = mgr->nNames;
+        nStatus = index <= INT32_MAX - nBase
+                      ? NamesManager_AddName(mgr, index + nBase, bOneBased, szName)
+                      : 1;
+    }
+    if (pIndex != nullptr) { *pIndex = nStatus == 0 ? index + nBase : -1; }
+    return nStatus;
+}
+
 }  // namespace
 
 }  // namespace names
@@ -136,6 +151,9 @@ using namespace names;
 int32_t NamesManager_FindOrAddNames(NamesManager *mgr, const char *const *names, int32_t nCount,
                                     int32_t bOneBased, int32_t *pIndices) {
     ScopedLock lock(mgr);
+    if (nCount == 1 && isIndexCurrent(mgr) && !endsInBlank(names[0])) {
+        return findOrAddOne(mgr, names[0], bOneBased, pIndices);
+    }
     NameLookup lookup = {mgr, nullptr, names, nullptr, NamesManagerWidth_Terminated, {}};
     int32_t nStatus = checkLengths(&lookup, nCount);
     const int32_t nDone = nStatus == 0 ? findOrAdd(&lookup, nCount, bOneBased, pIndices) : 0;

@@ -158,11 +158,6 @@ int32_t findAll(NameLookup *pLookup, int32_t nCount, int32_t bOneBased, int32_t 
     return iFound;
 }
 
-bool endsInBlank(const char *szText) {
-    const size_t nLength = std::strlen(szText);
-    return nLength > 0 && szText[nLength - 1] == ' ';
-}
-
 }  // namespace
 
 int32_t findNamesIn(NameLookupIndex *pIndex, const char *const *ppNames, int32_t nCount,

@@ -21,6 +21,7 @@
 #ifndef NAMES_NAMES_READER_H
 #define NAMES_NAMES_READER_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #include "names/names_manager.h"
@@ -32,18 +33,22 @@
 extern "C" {
 #endif
 
+/** How many names a reader that goes on in ascending order looks at together. */
+#define NAMES_READER_AHEAD 64
+
 /** A reader. The fields are its own; copy it as a whole. */
 typedef struct NamesReader {
     const NamesManager *pManager;
-    NameLookupIndex *pIndex; /**< NULL: lookups find nothing */
-    int32_t iNext;           /**< in segment mode: the name that the cursor stands at */
-    int32_t iSegment;        /**< the segment that holds it, and its last name */
-    int32_t iLast;
-    const char *pNext;   /**< its text */
-    const char *pWindow; /**< the bytes looked at last */
-    const char *pEnd;    /**< the end of the segment's text, and of its block's memory */
-    const char *pMemoryEnd;
-    uint64_t nNuls; /**< the NULs among these bytes that the cursor has not passed */
+    NameLookupIndex *pIndex;         /**< NULL: lookups find nothing */
+    const NameStorageBlock *pBlocks; /**< the manager's */
+    const NamePosition *pPositions;  /**< the manager's, of nPositions names; 0 in segment mode */
+    const char *pText;               /**< in segment mode: some consecutive names */
+    int32_t nPositions;
+    int32_t iFirst; /**< the first of those names, and how many; the cursor is after them */
+    int32_t nNames;
+    int32_t iSegment; /**< that holds them, and where the first begins in its block */
+    int32_t nOffset;
+    int32_t aStarts[NAMES_READER_AHEAD + 1]; /**< of each, from pText on, and of what follows */
 } NamesReader;
 
 /** Makes *reader a reader of mgr, whose lock it holds meanwhile. With bLookups non-zero the lookup
@@ -58,6 +63,18 @@ int32_t NamesReader_GetNumNames(const NamesReader *reader);
  * bytes without the NUL goes to *pnLength, which is untouched for NULL; pnLength may be NULL. */
 const char *NamesReader_GetName(NamesReader *reader, int32_t index, int32_t bOneBased,
                                 int32_t *pnLength);
+
+/** NamesReader_GetName() for a 0-based index and without the length, inlined where it is called. */
+static inline const char *NamesReader_Name(NamesReader *reader, int32_t index) {
+    const uint32_t i = (uint32_t)index; /* below 0: too high for anything */
+    const uint32_t k = i - (uint32_t)reader->iFirst;
+    if (i < (uint32_t)reader->nPositions) {
+        const NamePosition *pPosition = &reader->pPositions[i];
+        return reader->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
+    }
+    if (k < (uint32_t)reader->nNames) { return reader->pText + reader->aStarts[k]; }
+    return NamesReader_GetName(reader, index, 0, NULL);
+}
 
 /** Writes pointers to the names of the range to ppNames[0] to ppNames[last-first] and their lengths
  * in bytes, without the NUL, to pLengths; either may be NULL. Returns 0, or 1 if not all of them

@@ -1,7 +1,7 @@
 // Reading a manager that nobody changes, without its lock.
 //
-// The cursor of a reader stands at a name and keeps the NULs of the 64 bytes looked at last, so
-// that the next name costs no search and mostly no look at text.
+// In segment mode a reader keeps the starts of some consecutive names, found together. Reading
+// these in any order writes nothing, and the name after the last costs no search.
 #include "names/names_reader.h"
 
 #include <cstring>
@@ -15,52 +15,46 @@ namespace names {
 
 namespace {
 
-inline uint64_t nulsInWindow(const NamesReader &reader) {
-    return matchWindow(reader.pWindow, {reader.pNext, reader.pEnd, reader.pMemoryEnd}, 0);
+// After a search the next name may lie anywhere, so few starts are found along with the first.
+constexpr int32_t kAheadOfSearched = 4;
+
+// Where a name lies, without a search for those whose starts are known and the one after them.
+NameLocation locateByReader(const NamesReader &reader, int32_t index) {
+    const uint32_t k = static_cast<uint32_t>(index) - static_cast<uint32_t>(reader.iFirst);
+    if (k > static_cast<uint32_t>(reader.nNames)) { return searchName(reader.pManager, index); }
+    return {reader.iSegment, reader.nOffset + reader.aStarts[k], false};
 }
 
-// Sets the cursor to a name of a segment, at its offset in the block.
-void setReaderCursor(NamesReader *reader, int32_t index, int32_t iSegment, int32_t nOffset) {
+// Forgets the names and sets the cursor.
+void moveCursor(NamesReader *reader, int32_t index, const NameLocation &location) {
+    reader->iFirst = index;
+    reader->nNames = 0;
+    reader->iSegment = location.iSegment;
+    reader->nOffset = location.nOffset;
+    reader->aStarts[0] = 0;
+}
+
+// Finds the starts of a name and of some after it in its segment.
+[[gnu::noinline]] const char *readAhead(NamesReader *reader, int32_t index, int32_t *pnLength) {
     const NamesManager *mgr = reader->pManager;
-    const NameSegment &segment = mgr->pSegments[iSegment];
-    reader->iNext = index;
-    reader->iSegment = iSegment;
-    reader->iLast = segment.iLast;
-    reader->pNext = textAt(mgr, segment.iBlock, nOffset);
-    reader->pWindow = reader->pNext;
-    reader->pEnd = textAt(mgr, segment.iBlock, segment.nOffset + segment.nBytes);
-    reader->pMemoryEnd = textAt(mgr, segment.iBlock, mgr->pBlocks[segment.iBlock].nSize);
-    reader->nNuls = nulsInWindow(*reader);
+    const NameLocation location = locateByReader(*reader, index);
+    const int32_t nAhead = location.bSearched ? kAheadOfSearched : NAMES_READER_AHEAD;
+    NameReader names = {mgr, index, std::min(nAhead - 1, mgr->nNames - 1 - index) + index,
+                        location};
+    const int32_t nNames = enterSegment(&names);
+    const TextSpan text = restOfSegment(names);
+    int32_t aStarts[roomForStarts(NAMES_READER_AHEAD)];
+    findNameStarts(text, nNames, aStarts);
+    moveCursor(reader, index, names.location);
+    reader->pText = text.pText;
+    reader->nNames = nNames;
+    std::memcpy(reader->aStarts, aStarts, static_cast<size_t>(nNames + 1) * sizeof aStarts[0]);
+    if (pnLength != nullptr) { *pnLength = aStarts[1] - 1; }
+    return text.pText;
 }
 
-// Not inlined: sequential readers come here once for each segment.
-[[gnu::noinline]] void enterNextSegment(NamesReader *reader) {
-    const int32_t iNext = reader->iSegment + 1;
-    if (iNext < reader->pManager->nSegments) {
-        setReaderCursor(reader, reader->iLast + 1, iNext,
-                        reader->pManager->pSegments[iNext].nOffset);
-    } else {
-        reader->iNext = -1;
-    }
-}
-
-[[gnu::noinline]] void seekName(NamesReader *reader, int32_t index) {
-    const NameLocation location = searchName(reader->pManager, index);
-    setReaderCursor(reader, index, location.iSegment, location.nOffset);
-}
-
-// The name at the cursor, which moves on by one.
-inline const char *takeNext(NamesReader *reader, int32_t *pnLength) {
-    const char *pName = reader->pNext;
-    while (reader->nNuls == 0) {
-        reader->pWindow += kWindowBytes;
-        reader->nNuls = nulsInWindow(*reader);
-    }
-    const char *pNul = reader->pWindow + lowestBit(reader->nNuls);
-    reader->nNuls &= reader->nNuls - 1;
-    reader->pNext = pNul + 1;
-    if (pnLength != nullptr) { *pnLength = static_cast<int32_t>(pNul - pName); }
-    if (reader->iNext++ == reader->iLast) { enterNextSegment(reader); }
+[[gnu::noinline]] const char *withLength(const char *pName, int32_t *pnLength) {
+    *pnLength = static_cast<int32_t>(std::strlen(pName));
     return pName;
 }
 
@@ -68,25 +62,13 @@ inline const char *takeNext(NamesReader *reader, int32_t *pnLength) {
 void readViews(NamesReader *reader, IndexRange range, const char **ppNames, int32_t *pLengths) {
     const NamesManager *mgr = reader->pManager;
     NameReader names = {mgr, range.first, range.last, {0, 0, false}};
-    if (mgr->pSegments != nullptr) {
-        if (range.first != reader->iNext) { seekName(reader, range.first); }
-        const int32_t iBlock = mgr->pSegments[reader->iSegment].iBlock;
-        const int64_t nOffset = reader->pNext - mgr->pBlocks[iBlock].pData;
-        names.location = {reader->iSegment, static_cast<int32_t>(nOffset), false};
-    }
+    if (mgr->pSegments != nullptr) { names.location = locateByReader(*reader, range.first); }
     for (int32_t n = readNames(&names, ppNames, pLengths); n > 0;
          n = readNames(&names, ppNames, pLengths)) {
         if (ppNames != nullptr) { ppNames += n; }
         if (pLengths != nullptr) { pLengths += n; }
     }
-    if (mgr->pSegments == nullptr) { return; }
-    reader->iSegment = names.location.iSegment;
-    reader->iLast = mgr->pSegments[reader->iSegment].iLast;
-    if (range.last < reader->iLast) {
-        setReaderCursor(reader, range.last + 1, reader->iSegment, names.location.nOffset);
-    } else {
-        enterNextSegment(reader);
-    }
+    moveCursor(reader, names.iNext, names.location);
 }
 
 }  // namespace
@@ -99,7 +81,10 @@ int32_t NamesReader_Open(NamesReader *reader, NamesManager *mgr, int32_t bLookup
     ScopedLock lock(mgr);
     *reader = {};
     reader->pManager = mgr;
-    reader->iNext = -1;
+    reader->pBlocks = mgr->pBlocks;
+    reader->pPositions = mgr->pPositions;
+    if (mgr->pPositions != nullptr) { reader->nPositions = mgr->nNames; }
+    if (mgr->nSegments > 0) { reader->nOffset = mgr->pSegments[0].nOffset; }
     if (bLookups != 0) { reader->pIndex = currentIndex(mgr); }
     return bLookups != 0 && reader->pIndex == nullptr && mgr->nNames > 0 ? 1 : 0;
 }
@@ -110,17 +95,21 @@ int32_t NamesReader_GetNumNames(const NamesReader *reader) {
 
 const char *NamesReader_GetName(NamesReader *reader, int32_t index, int32_t bOneBased,
                                 int32_t *pnLength) {
-    const NamesManager *mgr = reader->pManager;
     // An index below 0 becomes a huge one.
     const uint32_t i = static_cast<uint32_t>(index) - (bOneBased != 0 ? 1U : 0U);
-    if (i >= static_cast<uint32_t>(mgr->nNames)) { return nullptr; }
-    if (mgr->pPositions != nullptr) {
-        const char *pName = textAt(mgr, mgr->pPositions[i].iBlock, mgr->pPositions[i].nOffset);
-        if (pnLength != nullptr) { *pnLength = static_cast<int32_t>(std::strlen(pName)); }
-        return pName;
+    const uint32_t k = i - static_cast<uint32_t>(reader->iFirst);
+    if (k < static_cast<uint32_t>(reader->nNames)) {
+        const int32_t *pStart = &reader->aStarts[k];
+        if (pnLength != nullptr) { *pnLength = pStart[1] - pStart[0] - 1; }
+        return reader->pText + *pStart;
     }
-    if (static_cast<int32_t>(i) != reader->iNext) { seekName(reader, static_cast<int32_t>(i)); }
-    return takeNext(reader, pnLength);
+    if (i < static_cast<uint32_t>(reader->nPositions)) {
+        const NamePosition &position = reader->pPositions[i];
+        const char *pName = textAt(reader->pManager, position.iBlock, position.nOffset);
+        return pnLength != nullptr ? withLength(pName, pnLength) : pName;
+    }
+    if (i >= static_cast<uint32_t>(reader->pManager->nNames)) { return nullptr; }
+    return readAhead(reader, static_cast<int32_t>(i), pnLength);
 }
 
 int32_t NamesReader_GetNameViews(NamesReader *reader, int32_t first, int32_t last,

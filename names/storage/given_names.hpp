@@ -45,6 +45,11 @@ inline bool measureTrimmed(const char *pName, int32_t *pLength) {
     return nLength <= kMaxNameBytes;
 }
 
+inline bool endsInBlank(const char *szText) {
+    const size_t nLength = std::strlen(szText);
+    return nLength > 0 && szText[nLength - 1] == ' ';
+}
+
 // True if one of the names has a NUL among its bytes.
 inline bool holdAnyNul(const char *const *ppNames, const int32_t *pLengths, int32_t nNames) {
     bool bAny = false;
