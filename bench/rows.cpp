@@ -269,6 +269,18 @@ Sample replaceRandomly(const Inputs &in) {
     return {nSeconds, contentOf(contender), countOf(in.list)};
 }
 
+// Two names in each call, as no call may pay for all blocks.
+Sample replaceNeighbours(const Inputs &in) {
+    Component component;
+    fill(component, in.list);
+    component.usePositions();
+    const double nSeconds = secondsOfCalls<NoLock>(in.picks.size() / 2, [&](size_t k) {
+        component.replaceSome(std::min(in.picks[k], countOf(in.list) - 2), 2,
+                              &in.hits.names[2 * k]);
+    });
+    return {nSeconds, contentOf(component), static_cast<int64_t>(in.picks.size() / 2)};
+}
+
 // ---- Whole lists ----
 
 template <typename Contender>
@@ -529,6 +541,8 @@ std::vector<Row> makeGrowthRows() {
             {{kComponent, findLists<Component>}}),
         row("find_hits", "find singly, hits", 0, kComponent,
             {{kComponent, findSingly<Component, NoLock, &Inputs::hits>}}),
+        row("neighbours", "replace two neighbours, per call, positions", 0, kComponent,
+            {{kComponent, replaceNeighbours}}),
         row("save", "save", 0, kComponent, {{kComponent, saveAndLoad<Component, true>}}),
         row("load", "load (validated)", 0, kComponent,
             {{kComponent, saveAndLoad<Component, false>}}),

@@ -491,7 +491,9 @@ int32_t NamesManager_FindRepeatedName(NamesManager *mgr, int32_t first, int32_t 
  * a first beyond it removes nothing.
  *
  * Drops the lookup index, releases empty blocks and invalidates all name pointers. Switches to
- * individual positions if it leaves more segments than half the names.
+ * individual positions if it leaves more segments than half the names. The next lookup builds the
+ * index anew, at 20 to 40 ns a name: who removes and looks up in turn pays up to 80 ms each time in
+ * a list of 2,000,000 names, and should remove many names in one call.
  *
  * Returns 0, or 1 if the segment table could not be grown; no name is removed then, but the lookup
  * index is dropped. */
