@@ -133,4 +133,38 @@ TEST(Threads, OfTwoManagersNeverWaitForEachOther) {
     NamesManager_Destroy(held);
 }
 
+// Each with a reader of its own, threads read one list without its lock, in either storage mode.
+TEST(Threads, ReadAtOnce) {
+    constexpr int32_t kNames = 3000, kAtOnce = 20;
+    for (const bool bPositions : {false, true}) {
+        NamesManager *mgr = NamesManager_Create(nullptr, "s%d");
+        ASSERT_EQ(0, NamesManager_GenerateNames(mgr, kNames));
+        ASSERT_EQ(0, bPositions ? NamesManager_StoreIndividualNamePositions(mgr) : 0);
+        NamesReader opened;
+        ASSERT_EQ(0, NamesReader_Open(&opened, mgr, 1));
+        std::vector<std::thread> threads;
+        for (int32_t t = 0; t < kThreads; ++t) {
+            threads.emplace_back([reader = opened, t]() mutable {
+                std::mt19937 random(static_cast<uint32_t>(t));
+                const char *apNames[kAtOnce];
+                int32_t aFound[kAtOnce], nLength = 0;
+                for (int32_t k = 0; k < kNames; ++k) {
+                    const int32_t i = static_cast<int32_t>(random() % (kNames - kAtOnce));
+                    ASSERT_EQ("s" + std::to_string(k + 1), NamesReader_Name(&reader, k));
+                    const char *szName = NamesReader_GetName(&reader, k, 0, &nLength);
+                    ASSERT_EQ(nLength, static_cast<int32_t>(std::strlen(szName)));
+                    ASSERT_EQ(k, NamesReader_FindName(&reader, szName, 0));
+                    if (k % 5 != 0) { continue; }
+                    ASSERT_EQ(0, NamesReader_GetNameViews(&reader, i, i + kAtOnce - 1, 0, apNames,
+                                                          nullptr));
+                    NamesReader_FindNames(&reader, apNames, kAtOnce, -1, 0, aFound);
+                    ASSERT_EQ(i + kAtOnce - 1, aFound[kAtOnce - 1]);
+                }
+            });
+        }
+        for (std::thread &thread : threads) { thread.join(); }
+        NamesManager_Destroy(mgr);
+    }
+}
+
 }  // namespace
