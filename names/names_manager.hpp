@@ -4,7 +4,8 @@
 /// these say what they do, when they fail, what they lock and which views they invalidate. Indices
 /// count from 0. Nothing throws; what fails says so by its result.
 ///
-/// It needs the headers of the module alone. files/names_file.hpp saves and loads by path.
+/// It needs what names_manager.h needs, and so runs on any host; files/names_file.hpp saves and
+/// loads by path.
 #ifndef NAMES_NAMES_MANAGER_HPP
 #define NAMES_NAMES_MANAGER_HPP
 
@@ -64,8 +65,8 @@ using IfText = std::enable_if_t<std::is_convertible_v<const Text &, std::string_
 template <typename Text>
 inline constexpr bool kIsPointer = std::is_convertible_v<const Text &, const char *>;
 
-/// A list of names as a parameter: a pointer and a count, a list in braces, or anything contiguous;
-/// of what is taken as one name. Nothing is copied: the list must last as long as the call.
+/// A list of names as a parameter: a list in braces, a pointer and a count, or anything contiguous,
+/// of pointers, views or strings. It refers to them, so they must last as long as the call.
 class Names {
 public:
     template <typename Element>
@@ -99,7 +100,7 @@ public:
         if (kind_ == Kind::strings) { return static_cast<const std::string *>(pNames_)[k]; }
         if (kind_ == Kind::views) {
             const std::string_view name = static_cast<const std::string_view *>(pNames_)[k];
-            return name.data() != nullptr ? name : std::string_view("", 0);
+            return name.data() != nullptr ? name : std::string_view("");
         }
         const char *szName = pointers()[k];
         return szName != nullptr ? std::string_view(szName) : std::string_view();
@@ -356,7 +357,8 @@ public:
         return iFound;
     }
     /// Finds or adds many at once, which is faster, and writes their indices. There must be room
-    /// for these (else tooSmall: nothing is done). See NamesManager_FindOrAddNames().
+    /// for these (else tooSmall: nothing is done). See NamesManager_FindOrAddNames(). The text of
+    /// views is copied for the call.
     Status findOrAdd(Names names, IndexList<int32_t> indices) noexcept {
         if (indices.size() < names.size()) { return Status::tooSmall; }
         if (!fits(0, names)) { return Status::failed; }
@@ -392,7 +394,7 @@ public:
         return 0 <= index && index < size() ? read(index) : std::string_view();
     }
     std::string_view name(int32_t index) noexcept { return read(index); }
-    NameRange names() const noexcept { return {get(), 0, size() - 1}; }
+    NameRange names() const noexcept { return {get(), 0, INT32_MAX - 1}; }
     NameRange names(int32_t first, int32_t last) const noexcept { return {get(), first, last}; }
     /// Generates default names up to last first, as many as it can.
     NameRange names(int32_t first, int32_t last) noexcept {
@@ -467,7 +469,8 @@ public:
         return repeated;
     }
     /// Checks names before they are added from index first on: see
-    /// NamesManager_CheckDuplicateNames(). A pointer may be NULL, for no name.
+    /// NamesManager_CheckDuplicateNames(). A pointer may be NULL, for no name. The text of views is
+    /// copied for the call.
     Duplicate findDuplicate(int32_t first, Names names) noexcept {
         Duplicate duplicate;
         if (!fits(first, names)) { return duplicate; }
@@ -569,7 +572,7 @@ private:
                 if (form == Form::asGiven ? name.size() > INT32_MAX : !isName(name)) {
                     if (form != Form::emptyIfNone) { return false; }
                     bAnyNone = true;
-                    name = std::string_view("", 0);
+                    name = std::string_view("");
                 }
                 pNames[k] = name.data();
                 pLengths[k] = static_cast<int32_t>(name.size());
