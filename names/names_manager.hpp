@@ -141,9 +141,9 @@ private:
 };
 
 /// The existing names of an index range in ascending order: a view, with a size, of string views,
-/// which last as long as those of Manager::name do. An iterator reads up to 100 names ahead. It
-/// generates no names and never switches the manager to individual positions. Where names have been
-/// removed since the range was made, it ends early.
+/// which last as long as those of Manager::name do. An iterator reads up to 100 names ahead; what
+/// invalidates views invalidates these, too. It generates no names, never switches the manager to
+/// individual positions, and ends early where names have been removed since the range was made.
 class NameRange {
 public:
     class Iterator {
