@@ -544,14 +544,15 @@ private:
         int32_t nLength;
     };
 
-    // Names as arrays for one call. There are no lengths of pointers, unless they are to be
-    // measured. What is no name makes it fail or, looking for a NUL being left to the call, may.
+    // Names as arrays for one call, unless status says that they could not be had: memory ran out,
+    // or there is something among them that is no name. Pointers go as they are, without lengths
+    // unless these are to be measured.
     struct Texts {
         enum class Form {
-            asGiven,      // the call looks for NULs among the bytes
-            emptyIfNone,  // what is no name becomes the empty one
-            terminated,   // a NUL follows each name
-            measured      // the same, with lengths
+            asGiven,      // the call itself refuses names that hold a NUL
+            emptyIfNone,  // what is no name becomes the empty one, which sets bAnyNone
+            terminated,   // a NUL follows each name, for which views are copied
+            measured      // the same, and pointers have lengths, too
         };
 
         Texts(const Names &given, Form form) noexcept : ppNames(given.pointers()) {
