@@ -25,7 +25,7 @@ awk -f cmake/amalgamate.awk >"$folder/names_manager.h" <<END
 #define NAMES_MANAGER_H
 $(include names/names_manager.h $headers)
 #if defined(__cplusplus) && __cplusplus >= 201703L
-$(include names/names_manager.hpp)
+$(include names/names_manager.hpp files/names_file.hpp)
 #endif
 #endif
 END

@@ -1,9 +1,9 @@
-# Every public header compiles alone, as C11 and as C++17 (the C++ face as C++17): a source of one
-# line is generated for each.
+# Every public header compiles alone, as C11 and as C++17 without exceptions (the C++ face as the
+# latter): a source of one line is generated for each.
 file(GLOB names_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}"
      "${PROJECT_SOURCE_DIR}/names/*.h" "${PROJECT_SOURCE_DIR}/host/*.h"
      "${PROJECT_SOURCE_DIR}/files/*.h")
-set(names_headers_cpp names/names_manager.hpp)
+set(names_headers_cpp names/names_manager.hpp files/names_file.hpp)
 foreach(language IN ITEMS c cpp)
     set(sources)
     foreach(header IN LISTS names_headers names_headers_${language})
@@ -17,6 +17,7 @@ foreach(language IN ITEMS c cpp)
                           C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF
                           CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
     target_compile_options(header_check_${language} PRIVATE -Wall -Wextra -Wconversion -Wshadow
-                           -pedantic-errors $<$<BOOL:${NAMES_WERROR}>:-Werror>)
+                           -pedantic-errors $<$<BOOL:${NAMES_WERROR}>:-Werror>
+                           $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions>)
     target_include_directories(header_check_${language} PRIVATE "${PROJECT_SOURCE_DIR}")
 endforeach()

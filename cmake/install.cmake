@@ -13,7 +13,8 @@ install(TARGETS ${names_libraries} EXPORT names_managerTargets
         RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 foreach(folder IN ITEMS names host files)
     file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.h"
-                                        "${PROJECT_SOURCE_DIR}/${folder}/names_manager.hpp")
+                                        "${PROJECT_SOURCE_DIR}/${folder}/names_manager.hpp"
+                                        "${PROJECT_SOURCE_DIR}/${folder}/names_file.hpp")
     install(FILES ${headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/names_manager/${folder}")
 endforeach()
 

@@ -32,19 +32,19 @@ Manager saveAndLoad(const Manager &manager) {
     Manager loaded;
     const std::unique_ptr<HostOutputStream, StreamRelease> output(
         HostOutputStream_CreateInMemory());
-    if (!loaded || !output || manager.save(output.get()) != 0) { return Manager::adopt(nullptr); }
+    if (!loaded || !output || !manager.save(output.get()).ok()) { return Manager::adopt(nullptr); }
     uint64_t nBytes = 0;
     const void *pImage = HostOutputStream_GetMemory(output.get(), &nBytes);
     const std::unique_ptr<HostInputStream, StreamRelease> input(
         HostInputStream_CreateInMemory(pImage, nBytes));
-    if (!input || loaded.load(input.get()) != 0) { return Manager::adopt(nullptr); }
+    if (!input || !loaded.load(input.get()).ok()) { return Manager::adopt(nullptr); }
     return loaded;
 }
 
 bool run() {
     Manager manager;
-    const char *const aNames[] = {"one", "two", "three", "four", "five"};
-    if (!manager || manager.add(0, 4, aNames) != Status::ok) { return false; }
+    if (!manager) { return false; }
+    if (manager.add(0, {"one", "two", "three", "four", "five"}) != Status::ok) { return false; }
     printNames(manager, "stored");
     std::printf("\"three\" has index %d\n", manager.find("three"));
     if (manager.add(2, std::string_view("third-name")) != Status::ok) { return false; }

@@ -1,21 +1,25 @@
 /// @file
-/// A thin C++ face on names_manager.h: an owning handle, string views, names as a range. Everything
-/// here is one C call, whose declaration says what it does, when it fails and which views it
-/// invalidates. Indices count from 0. Nothing throws; what fails says so by its result.
+/// A thin C++ face on names_manager.h and names_reader.h: an owning handle, string views, names as
+/// a range. Every method is one C call, or a few under one hold of the lock; the declarations of
+/// these say what they do, when they fail, what they lock and which views they invalidate. Indices
+/// count from 0. Nothing throws; what fails says so by its result.
 ///
-/// Names are taken as pointers to NUL-terminated text, as views, or as strings. A view that holds a
-/// NUL is refused (Status::failed) rather than cut. Views and strings given many at a time are
-/// copied to NUL-terminated text for the duration of the call.
+/// It needs what names_manager.h needs, and so runs on any host; files/names_file.hpp saves and
+/// loads by path.
 #ifndef NAMES_NAMES_MANAGER_HPP
 #define NAMES_NAMES_MANAGER_HPP
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <initializer_list>
 #include <iterator>
 #include <memory>
 #include <new>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #if __has_include(<version>)
@@ -24,11 +28,7 @@
 #ifdef __cpp_lib_ranges
 #include <ranges>
 #endif
-#ifdef __cpp_lib_span
-#include <span>
-#endif
 
-#include "files/names_file.h"
 #include "names/names_manager.h"
 #include "names/names_reader.h"
 
@@ -40,12 +40,110 @@ enum class [[nodiscard]] Status : int32_t{
     ok = 0,
     failed = 1,   ///< memory ran out, or an argument lies outside the operation's contract
     tooLong = 2,  ///< a name has more than NAMES_MANAGER_MAX_NAME_BYTES
-    tooSmall = 3  ///< the buffer given
+    tooSmall = 3  ///< the buffer given, or the list for indices
 };
 
-/// The existing names of an index range in ascending order: a sized view of string views, which
-/// last as long as those of Manager::name do. An iterator reads ahead, many names per lock, so
-/// nothing may change the manager while an iterator is in use.
+/// How a save or a load ended: well, refused (memory ran out, or the image is not sound), or with
+/// the code of the stream that failed.
+class [[nodiscard]] ImageStatus {
+public:
+    explicit ImageStatus(int32_t nCode) noexcept : nCode_(nCode) {}
+    bool ok() const noexcept { return nCode_ == NamesManagerStatus_OK; }
+    bool refused() const noexcept { return nCode_ == NamesManagerStatus_Refused; }
+    /// What NamesManager_Save() or NamesManager_Load() returned.
+    int32_t code() const noexcept { return nCode_; }
+
+private:
+    int32_t nCode_;
+};
+
+/// What is taken as one name: a pointer to NUL-terminated text, a view, or a string. A view or
+/// string goes with its length; if it holds a NUL, or has more than 2147483647 bytes, it is no
+/// name: storing it fails, and it is not found.
+template <typename Text>
+using IfText = std::enable_if_t<std::is_convertible_v<const Text &, std::string_view>, int>;
+template <typename Text>
+inline constexpr bool kIsPointer = std::is_convertible_v<const Text &, const char *>;
+
+/// A list of names as a parameter: a list in braces, a pointer and a count, or anything contiguous,
+/// of pointers, views or strings. It refers to them, so they must last as long as the call.
+class Names {
+public:
+    template <typename Element>
+    using IfElement =
+        std::enable_if_t<std::is_convertible_v<const Element *, const char *const *> ||
+                             std::is_same_v<Element, std::string_view> ||
+                             std::is_same_v<Element, std::string>,
+                         int>;
+
+    template <typename Element, IfElement<Element> = 0>
+    Names(const Element *pNames, std::size_t nNames) noexcept
+        : pNames_(pNames), nNames_(nNames), kind_(kindOf<Element>()) {}
+    Names(std::initializer_list<std::string_view> names) noexcept
+        : Names(std::data(names), names.size()) {}
+    template <typename List,
+              typename Element = std::remove_cv_t<
+                  std::remove_pointer_t<decltype(std::data(std::declval<const List &>()))>>,
+              IfElement<Element> = 0>
+    Names(const List &names) noexcept
+        : Names(static_cast<const Element *>(std::data(names)), std::size(names)) {}
+
+    std::size_t size() const noexcept { return nNames_; }
+    /// The names if they are given as pointers, else NULL.
+    const char *const *pointers() const noexcept {
+        return kind_ == Kind::pointers ? static_cast<const char *const *>(pNames_) : nullptr;
+    }
+    /// Whether each name is followed by a NUL.
+    bool terminated() const noexcept { return kind_ != Kind::views; }
+    /// Name k. Its data() is NULL only for a pointer that is.
+    std::string_view operator[](std::size_t k) const noexcept {
+        if (kind_ == Kind::strings) { return static_cast<const std::string *>(pNames_)[k]; }
+        if (kind_ == Kind::views) {
+            const std::string_view name = static_cast<const std::string_view *>(pNames_)[k];
+            return name.data() != nullptr ? name : std::string_view("");
+        }
+        const char *szName = pointers()[k];
+        return szName != nullptr ? std::string_view(szName) : std::string_view();
+    }
+
+private:
+    enum class Kind { pointers, views, strings };
+    template <typename Element>
+    static constexpr Kind kindOf() noexcept {
+        return std::is_same_v<Element, std::string_view> ? Kind::views
+               : std::is_same_v<Element, std::string>    ? Kind::strings
+                                                         : Kind::pointers;
+    }
+    const void *pNames_;
+    std::size_t nNames_;
+    Kind kind_;
+};
+
+/// A list of indices as a parameter, to be read (const int32_t) or written (int32_t): a pointer and
+/// a count, or anything contiguous of int32_t.
+template <typename Index>
+class IndexList {
+public:
+    IndexList(Index *pIndices, std::size_t nIndices) noexcept
+        : pIndices_(pIndices), nIndices_(nIndices) {}
+    template <
+        typename List,
+        std::enable_if_t<
+            std::is_convertible_v<decltype(std::data(std::declval<List &>())), Index *>, int> = 0>
+    IndexList(List &&indices) noexcept : IndexList(std::data(indices), std::size(indices)) {}
+
+    Index *data() const noexcept { return pIndices_; }
+    std::size_t size() const noexcept { return nIndices_; }
+
+private:
+    Index *pIndices_;
+    std::size_t nIndices_;
+};
+
+/// The existing names of an index range in ascending order: a view, with a size, of string views,
+/// which last as long as those of Manager::name do. An iterator reads up to 100 names ahead; what
+/// invalidates views invalidates these, too. It generates no names, never switches the manager to
+/// individual positions, and ends early where names have been removed since the range was made.
 class NameRange {
 public:
     class Iterator {
@@ -61,7 +159,9 @@ public:
             : pManager_(mgr), iNext_(iNext), iEnd_(iEnd) {
             readAhead();
         }
-        std::string_view operator*() const noexcept { return apNames_[iAhead_]; }
+        std::string_view operator*() const noexcept {
+            return {apNames_[iAhead_], static_cast<std::size_t>(aLengths_[iAhead_])};
+        }
         Iterator &operator++() noexcept {
             ++iNext_;
             if (++iAhead_ == nAhead_) { readAhead(); }
@@ -85,20 +185,35 @@ public:
     private:
         void readAhead() noexcept {
             iAhead_ = 0;
-            nAhead_ = iEnd_ - iNext_ < kAhead ? iEnd_ - iNext_ : kAhead;
-            if (nAhead_ > 0 && NamesManager_GetNamePointers(pManager_, iNext_, iNext_ + nAhead_ - 1,
-                                                            0, apNames_) != 0) {
-                iNext_ = iEnd_;  // somebody has removed names meanwhile
+            nAhead_ = 0;
+            if (iNext_ >= iEnd_) { return; }
+            NamesManager_Lock(pManager_);
+            const int32_t nLeft = std::min(iEnd_, NamesManager_GetNumNames(pManager_)) - iNext_;
+            if (nLeft > 0) { readNext(std::min(nLeft, kAhead)); }
+            NamesManager_Unlock(pManager_);
+            if (nAhead_ == 0) { iNext_ = iEnd_; }
+        }
+        // The cursor is elsewhere after a step that ended with a segment, or when others read, too.
+        // A search for the next name counts as a miss then; reading name 0 ends the row of misses
+        // before it, so that they never become enough for a switch to positions.
+        void readNext(int32_t nNames) noexcept {
+            if (pManager_->pSegments != nullptr && pManager_->iCursorName != iNext_) {
+                static_cast<void>(NamesManager_GetName(pManager_, 0, 0));
+            }
+            if (NamesManager_GetNameViews(pManager_, iNext_, iNext_ + nNames - 1, 0, apNames_,
+                                          aLengths_) == 0) {
+                nAhead_ = nNames;
             }
         }
 
-        static constexpr int32_t kAhead = 128;
+        static constexpr int32_t kAhead = 100;  // full segments, of 128 names, seldom end a step
         NamesManager *pManager_ = nullptr;
         int32_t iNext_ = 0;
         int32_t iEnd_ = 0;
         int32_t iAhead_ = 0;
         int32_t nAhead_ = 0;
         const char *apNames_[kAhead] = {};
+        int32_t aLengths_[kAhead] = {};
     };
 
     NameRange() = default;
@@ -113,6 +228,7 @@ public:
     }
     Iterator begin() const noexcept { return {pManager_, iFirst_, iEnd_}; }
     Iterator end() const noexcept { return {pManager_, iEnd_, iEnd_}; }
+    /// The names that there were when the range was made.
     std::size_t size() const noexcept { return static_cast<std::size_t>(iEnd_ - iFirst_); }
     bool empty() const noexcept { return iFirst_ == iEnd_; }
 
@@ -128,6 +244,12 @@ struct [[nodiscard]] Duplicate {
     bool found = false;
     int32_t iFirst = -1;
     int32_t iSecond = -1;
+};
+
+/// The name at index is held at the lower index iEarlier, too; both are -1 if there is none.
+struct [[nodiscard]] Repeated {
+    int32_t index = -1;
+    int32_t iEarlier = -1;
 };
 
 /// Reads a manager that nobody changes, without its lock; names_reader.h says what may happen
@@ -169,82 +291,95 @@ public:
     /// NamesManager_Create().
     explicit Manager(const char *szFormat = nullptr, void *pOwner = nullptr) noexcept
         : pManager_(NamesManager_Create(pOwner, szFormat)) {}
-    static Manager adopt(NamesManager *mgr) noexcept { return Manager(Adopted{mgr}); }
-    Manager(Manager &&other) noexcept : pManager_(other.release()) {}
-    Manager &operator=(Manager &&other) noexcept {
-        if (this != &other) { NamesManager_Destroy(std::exchange(pManager_, other.release())); }
-        return *this;
-    }
-    Manager(const Manager &) = delete;
-    Manager &operator=(const Manager &) = delete;
-    ~Manager() { NamesManager_Destroy(pManager_); }
+    static Manager adopt(NamesManager *mgr) noexcept { return Manager(Handle(mgr)); }
 
     explicit operator bool() const noexcept { return pManager_ != nullptr; }
     /// For every operation that has no method here.
-    NamesManager *get() const noexcept { return pManager_; }
-    NamesManager *release() noexcept { return std::exchange(pManager_, nullptr); }
+    NamesManager *get() const noexcept { return pManager_.get(); }
+    NamesManager *release() noexcept { return pManager_.release(); }
 
     /// Several calls as one, also by std::scoped_lock: see NamesManager_Lock.
-    void lock() const noexcept { NamesManager_Lock(pManager_); }
-    void unlock() const noexcept { NamesManager_Unlock(pManager_); }
+    void lock() const noexcept { NamesManager_Lock(get()); }
+    void unlock() const noexcept { NamesManager_Unlock(get()); }
 
-    int32_t size() const noexcept { return NamesManager_GetNumNames(pManager_); }
+    int32_t size() const noexcept { return NamesManager_GetNumNames(get()); }
     bool empty() const noexcept { return size() == 0; }
-    Status clear() noexcept { return Status{NamesManager_Clear(pManager_)}; }
+    Status clear() noexcept { return Status{NamesManager_Clear(get())}; }
     Status copyFrom(const Manager &source) noexcept {
-        return Status{NamesManager_Copy(pManager_, source.pManager_)};
+        return Status{NamesManager_Copy(get(), source.get())};
     }
     Status usePositions() noexcept {
-        return Status{NamesManager_StoreIndividualNamePositions(pManager_)};
+        return Status{NamesManager_StoreIndividualNamePositions(get())};
     }
 
     /// @name Storing
     /// @{
 
-    Status add(int32_t index, const char *szName) noexcept {
-        return Status{NamesManager_AddName(pManager_, index, 0, szName)};
+    template <typename Text, IfText<Text> = 0>
+    Status add(int32_t index, const Text &name) noexcept {
+        if constexpr (kIsPointer<Text>) {
+            return Status{NamesManager_AddName(get(), index, 0, name)};
+        } else {
+            const OneText one(name);
+            if (one.nLength < 0) { return Status::failed; }
+            return Status{
+                NamesManager_AddNamesWithLengths(get(), index, index, 0, &one.pText, &one.nLength)};
+        }
     }
-    Status add(int32_t index, std::string_view name) noexcept {
-        const Status status = check(name);
-        return status != Status::ok ? status
-                                    : Status{NamesManager_AddNameWithMaxLength(
-                                          pManager_, index, 0, textOf(name), lengthOf(name))};
+    /// Stores names from index first on.
+    Status add(int32_t first, Names names) noexcept {
+        if (names.size() == 0) { return Status::ok; }
+        if (!fits(first, names)) { return Status::failed; }
+        const Texts texts(names, Texts::Form::asGiven);
+        if (texts.status != Status::ok) { return texts.status; }
+        const int32_t last = lastOf(first, names);
+        return Status{texts.pLengths == nullptr
+                          ? NamesManager_AddNames(get(), first, last, 0, texts.ppNames)
+                          : NamesManager_AddNamesWithLengths(get(), first, last, 0, texts.ppNames,
+                                                             texts.pLengths.get())};
     }
     /// Adds a name at the end, wherever other threads have brought it meanwhile.
-    Status push_back(const char *szName) noexcept {
-        const Hold hold(*this);
-        return add(size(), szName);
-    }
-    Status push_back(std::string_view name) noexcept {
+    template <typename Text, IfText<Text> = 0>
+    Status push_back(const Text &name) noexcept {
         const Hold hold(*this);
         return add(size(), name);
     }
-    Status add(int32_t first, int32_t last, const char *const *pszNames) noexcept {
-        return Status{NamesManager_AddNames(pManager_, first, last, 0, pszNames)};
+    Status push_back(Names names) noexcept {
+        const Hold hold(*this);
+        return add(size(), names);
     }
-    /// Stores nNames names from index first on.
-    Status add(int32_t first, const char *const *pszNames, std::size_t nNames) noexcept {
-        return nNames == 0           ? Status::ok
-               : fits(first, nNames) ? add(first, lastOf(first, nNames), pszNames)
-                                     : Status::failed;
+    /// Finds a name or, if it is not held, adds it at the end. Returns its index, -1 on failure.
+    template <typename Text, IfText<Text> = 0>
+    int32_t findOrAdd(const Text &name) noexcept {
+        const std::conditional_t<kIsPointer<Text>, const char *, std::string_view> one = name;
+        int32_t iFound = -1;
+        static_cast<void>(findOrAdd({&one, 1}, {&iFound, 1}));
+        return iFound;
     }
-    Status add(int32_t first, const std::string_view *pNames, std::size_t nNames) noexcept {
-        return addTexts(first, pNames, nNames);
-    }
-    Status add(int32_t first, const std::string *pNames, std::size_t nNames) noexcept {
-        return addTexts(first, pNames, nNames);
+    /// Finds or adds many at once, which is faster, and writes their indices. There must be room
+    /// for these (else tooSmall: nothing is done). See NamesManager_FindOrAddNames(). The text of
+    /// views is copied for the call.
+    Status findOrAdd(Names names, IndexList<int32_t> indices) noexcept {
+        if (indices.size() < names.size()) { return Status::tooSmall; }
+        if (!fits(0, names)) { return Status::failed; }
+        const Texts texts(names, Texts::Form::terminated);
+        if (texts.status != Status::ok) { return noneOf(names, indices); }
+        return Status{
+            NamesManager_FindOrAddNames(get(), texts.ppNames, countOf(names), 0, indices.data())};
     }
     Status addFromBuffer(int32_t first, int32_t last, const char *pBuffer) noexcept {
-        return Status{NamesManager_AddNamesFromBuffer(pManager_, first, last, 0, pBuffer)};
+        return Status{NamesManager_AddNamesFromBuffer(get(), first, last, 0, pBuffer)};
     }
-    /// Stores the prefix and after it the source's name. The source may be this manager.
+    /// Stores the prefix and after it the source's name, which must exist. The source may be this
+    /// manager.
     Status addCopy(int32_t index, const Manager &source, int32_t iSource,
                    const char *szPrefix = "") noexcept {
-        return Status{NamesManager_CopyNameWithPrefix(pManager_, index, 0, source.pManager_,
-                                                      iSource, 0, szPrefix)};
+        if (iSource >= source.size()) { return Status::failed; }
+        return Status{
+            NamesManager_CopyNameWithPrefix(get(), index, 0, source.get(), iSource, 0, szPrefix)};
     }
     Status generate(int32_t nCount) noexcept {
-        return Status{NamesManager_GenerateNames(pManager_, nCount)};
+        return Status{NamesManager_GenerateNames(get(), nCount)};
     }
 
     /// @}
@@ -259,77 +394,94 @@ public:
         return 0 <= index && index < size() ? read(index) : std::string_view();
     }
     std::string_view name(int32_t index) noexcept { return read(index); }
-    NameRange names() const noexcept { return {pManager_, 0, size() - 1}; }
-    NameRange names(int32_t first, int32_t last) const noexcept { return {pManager_, first, last}; }
+    NameRange names() const noexcept { return {get(), 0, INT32_MAX - 1}; }
+    NameRange names(int32_t first, int32_t last) const noexcept { return {get(), first, last}; }
     /// Generates default names up to last first, as many as it can.
     NameRange names(int32_t first, int32_t last) noexcept {
-        static_cast<void>(NamesManager_GetNamePointers(pManager_, first, last, 0, nullptr));
-        return {pManager_, first, last};
+        const Hold hold(*this);
+        static_cast<void>(NamesManager_GetNamePointers(get(), first, last, 0, nullptr));
+        return {get(), first, last};
     }
-    int32_t maxNameLength() const noexcept { return NamesManager_GetMaxNameLength(pManager_); }
+    /// Either array may be NULL. Generates nothing; fails if not all of these names exist.
+    Status views(int32_t first, int32_t last, const char **ppNames,
+                 int32_t *pLengths) const noexcept {
+        const Hold hold(*this);
+        if (last >= size()) { return Status::failed; }
+        return Status{NamesManager_GetNameViews(get(), first, last, 0, ppNames, pLengths)};
+    }
+    /// Copies plain names back to back, each with its NUL. pnRequired may be NULL. Generates
+    /// nothing; fails if not all of these names exist.
+    Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes,
+                   uint64_t *pnRequired = nullptr) const noexcept {
+        const Hold hold(*this);
+        if (last >= size()) { return Status::failed; }
+        return Status{
+            NamesManager_GetNames(get(), first, last, 0, 0, 0, 0, pBuffer, nBytes, pnRequired)};
+    }
+    int32_t maxNameLength() const noexcept { return NamesManager_GetMaxNameLength(get()); }
     /// For threads that read at once. With bLookups names can be found, too, unless there was no
     /// memory for the index (failed).
     Reader reader(bool bLookups, Status *pStatus) const noexcept {
-        return {pManager_, bLookups, pStatus};
-    }
-    /// Copies plain names back to back, each with its NUL. pnRequired may be NULL.
-    Status copyOut(int32_t first, int32_t last, char *pBuffer, uint64_t nBytes,
-                   uint64_t *pnRequired = nullptr) const noexcept {
-        return Status{
-            NamesManager_GetNames(pManager_, first, last, 0, 0, 0, 0, pBuffer, nBytes, pnRequired)};
+        return {get(), bLookups, pStatus};
     }
 
     /// @}
 
-    /// @name Looking up: the index, -1 for none
+    /// @name Looking up
     /// @{
 
-    int32_t find(const char *szName) const noexcept {
-        return NamesManager_FindName(pManager_, szName, 0);
-    }
-    int32_t find(std::string_view name) const noexcept {
-        return check(name) != Status::ok
-                   ? -1
-                   : NamesManager_FindNameInField(pManager_, textOf(name), lengthOf(name), 0);
-    }
-    /// Finds many at once, which is faster. pIndices has room for nNames.
-    Status find(const char *const *pszNames, std::size_t nNames, int32_t *pIndices) const noexcept {
-        if (!fits(0, nNames)) { return Status::failed; }
-        return Status{NamesManager_FindNameList(pManager_, pszNames, static_cast<int32_t>(nNames),
-                                                0, pIndices)};
-    }
-    Status find(const std::string_view *pNames, std::size_t nNames,
-                int32_t *pIndices) const noexcept {
-        return findTexts(pNames, nNames, pIndices);
-    }
-    Status find(const std::string *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
-        return findTexts(pNames, nNames, pIndices);
-    }
-
-    /// @}
-
-    /// @name Checking, before names are added from index first on
-    /// See NamesManager_CheckDuplicateNames().
-    /// @{
-
-    Duplicate findDuplicate(int32_t first, const char *const *pszNames,
-                            std::size_t nNames) noexcept {
-        const auto lengths = std::unique_ptr<int32_t[]>(new (std::nothrow) int32_t[nNames + 1]);
-        if (lengths == nullptr || !fits(first, nNames)) { return {}; }
-        for (std::size_t k = 0; k < nNames; ++k) {
-            const std::size_t nLength =
-                pszNames[k] != nullptr ? std::char_traits<char>::length(pszNames[k]) : 0;
-            if (nLength > INT32_MAX) { return {}; }
-            lengths[k] = static_cast<int32_t>(nLength);
+    /// The index, -1 for none.
+    template <typename Text, IfText<Text> = 0>
+    int32_t find(const Text &name) const noexcept {
+        if constexpr (kIsPointer<Text>) {
+            return NamesManager_FindName(get(), name, 0);
+        } else {
+            const OneText one(name);
+            int32_t iFound = -1;
+            if (one.nLength < 0) { return iFound; }
+            static_cast<void>(
+                NamesManager_FindNamesWithLengths(get(), &one.pText, &one.nLength, 1, 0, &iFound));
+            return iFound;
         }
-        return findDuplicate(first, pszNames, lengths.get(), nNames);
     }
-    Duplicate findDuplicate(int32_t first, const std::string_view *pNames,
-                            std::size_t nNames) noexcept {
-        return findDuplicateText(first, pNames, nNames);
+    /// Finds many at once, which is faster, and writes their indices, -1 for none. There must be
+    /// room for these (else tooSmall: nothing is done). If memory runs out, all are -1 (failed).
+    Status find(Names names, IndexList<int32_t> indices) const noexcept {
+        if (indices.size() < names.size()) { return Status::tooSmall; }
+        if (!fits(0, names)) { return Status::failed; }
+        const Texts texts(names, Texts::Form::emptyIfNone);
+        if (texts.status != Status::ok) { return noneOf(names, indices); }
+        if (texts.pLengths == nullptr) {
+            return Status{
+                NamesManager_FindNameList(get(), texts.ppNames, countOf(names), 0, indices.data())};
+        }
+        const Status status{NamesManager_FindNamesWithLengths(
+            get(), texts.ppNames, texts.pLengths.get(), countOf(names), 0, indices.data())};
+        for (std::size_t k = 0; texts.bAnyNone && k < names.size(); ++k) {
+            if (!isName(names[k])) { indices.data()[k] = -1; }
+        }
+        return status;
     }
-    Duplicate findDuplicate(int32_t first, const std::string *pNames, std::size_t nNames) noexcept {
-        return findDuplicateText(first, pNames, nNames);
+    /// See NamesManager_FindRepeatedName().
+    Repeated findRepeated(int32_t first = 0) const noexcept {
+        Repeated repeated;
+        repeated.index = NamesManager_FindRepeatedName(get(), first, 0, &repeated.iEarlier);
+        return repeated;
+    }
+    /// Checks names before they are added from index first on: see
+    /// NamesManager_CheckDuplicateNames(). A pointer may be NULL, for no name. The text of views is
+    /// copied for the call.
+    Duplicate findDuplicate(int32_t first, Names names) noexcept {
+        Duplicate duplicate;
+        if (!fits(first, names)) { return duplicate; }
+        const Texts texts(names, Texts::Form::measured);
+        if (texts.status != Status::ok) { return duplicate; }
+        int32_t bFound = 0;
+        duplicate.status = Status{NamesManager_CheckDuplicateNames(
+            get(), first, lastOf(first, names), 0, texts.ppNames, texts.pLengths.get(), &bFound,
+            &duplicate.iFirst, &duplicate.iSecond, nullptr, 0)};
+        duplicate.found = bFound != 0;
+        return duplicate;
     }
 
     /// @}
@@ -339,66 +491,38 @@ public:
 
     Status remove(int32_t index) noexcept { return remove(index, index); }
     Status remove(int32_t first, int32_t last) noexcept {
-        return Status{NamesManager_RemoveNames(pManager_, first, last, 0)};
+        return Status{NamesManager_RemoveNames(get(), first, last, 0)};
     }
-    Status remove(const int32_t *pIndices, int32_t nCount) noexcept {
-        return Status{NamesManager_RemoveNamesByIndices(pManager_, pIndices, nCount)};
+    Status remove(IndexList<const int32_t> indices) noexcept {
+        if (indices.size() > INT32_MAX) { return Status::failed; }
+        return Status{NamesManager_RemoveNamesByIndices(get(), indices.data(),
+                                                        static_cast<int32_t>(indices.size()))};
+    }
+    Status remove(std::initializer_list<int32_t> indices) noexcept {
+        return remove({std::data(indices), indices.size()});
     }
 
     /// @}
 
-    /// @name Images: 0, -1, or the stream's code; by path on the shipped host alone
+    /// @name Images
     /// @{
 
-    int32_t save(HostOutputStream *pStream) const noexcept {
-        return NamesManager_Save(pManager_, nullptr, pStream);
+    ImageStatus save(HostOutputStream *pStream) const noexcept {
+        return ImageStatus(NamesManager_Save(get(), nullptr, pStream));
     }
-    int32_t load(HostInputStream *pStream) noexcept {
-        return NamesManager_Load(pManager_, nullptr, pStream);
-    }
-    int32_t save(const char *szPath) const noexcept {
-        return NamesManager_SaveToFile(pManager_, szPath);
-    }
-    int32_t load(const char *szPath) noexcept {
-        return NamesManager_LoadFromFile(pManager_, szPath);
+    ImageStatus load(HostInputStream *pStream) noexcept {
+        return ImageStatus(NamesManager_Load(get(), nullptr, pStream));
     }
 
     /// @}
-
-#ifdef __cpp_lib_span
-    /// @name Spans
-    /// @{
-
-    Status add(int32_t first, std::span<const char *const> names) noexcept {
-        return add(first, names.data(), names.size());
-    }
-    Status add(int32_t first, std::span<const std::string_view> names) noexcept {
-        return add(first, names.data(), names.size());
-    }
-    Status add(int32_t first, std::span<const std::string> names) noexcept {
-        return add(first, names.data(), names.size());
-    }
-    /// There must be as many indices as names, else nothing is done (tooSmall).
-    Status find(std::span<const char *const> names, std::span<int32_t> indices) const noexcept {
-        return findIn(names, indices);
-    }
-    Status find(std::span<const std::string_view> names,
-                std::span<int32_t> indices) const noexcept {
-        return findIn(names, indices);
-    }
-    Status find(std::span<const std::string> names, std::span<int32_t> indices) const noexcept {
-        return findIn(names, indices);
-    }
-    Status remove(std::span<const int32_t> indices) noexcept {
-        return indices.size() <= INT32_MAX
-                   ? remove(indices.data(), static_cast<int32_t>(indices.size()))
-                   : Status::failed;
-    }
-
-    /// @}
-#endif
 
 private:
+    struct Destroy {
+        void operator()(NamesManager *mgr) const noexcept { NamesManager_Destroy(mgr); }
+    };
+    using Handle = std::unique_ptr<NamesManager, Destroy>;
+    explicit Manager(Handle handle) noexcept : pManager_(std::move(handle)) {}
+
     // Holds the lock for a scope.
     class Hold {
     public:
@@ -410,100 +534,99 @@ private:
     private:
         const Manager &manager_;
     };
-    struct Adopted {
-        NamesManager *mgr;
+
+    // A view for a call that takes lengths. nLength is -1 if no name has so many bytes.
+    struct OneText {
+        explicit OneText(std::string_view name) noexcept
+            : pText(name.data() != nullptr ? name.data() : ""),
+              nLength(name.size() <= INT32_MAX ? static_cast<int32_t>(name.size()) : -1) {}
+        const char *pText;
+        int32_t nLength;
     };
-    explicit Manager(Adopted adopted) noexcept : pManager_(adopted.mgr) {}
 
-    static const char *textOf(std::string_view name) noexcept {
-        return name.data() != nullptr ? name.data() : "";
-    }
-    static int32_t lengthOf(std::string_view name) noexcept {
-        return static_cast<int32_t>(name.size());
-    }
-    static bool fits(int32_t first, std::size_t nNames) noexcept {
-        return first >= 0 && nNames <= static_cast<std::size_t>(INT32_MAX - first);
-    }
-    static int32_t lastOf(int32_t first, std::size_t nNames) noexcept {
-        return first + (static_cast<int32_t>(nNames) - 1);
-    }
-    // What storing the name as NUL-terminated text would return.
-    static Status check(std::string_view name) noexcept {
-        constexpr std::size_t kLongest = NAMES_MANAGER_MAX_NAME_BYTES;
-        if (name.find('\0') != std::string_view::npos || name.size() > INT32_MAX) {
-            return Status::failed;
-        }
-        return name.find_last_not_of(' ') + 1 > kLongest ? Status::tooLong : Status::ok;
-    }
+    // Names as arrays for one call, unless status says that they could not be had: memory ran out,
+    // or there is something among them that is no name. Pointers go as they are, without lengths
+    // unless these are to be measured.
+    struct Texts {
+        enum class Form {
+            asGiven,      // the call itself refuses names that hold a NUL
+            emptyIfNone,  // what is no name becomes the empty one, which sets bAnyNone
+            terminated,   // a NUL follows each name, for which views are copied
+            measured      // the same, and pointers have lengths, too
+        };
 
-    // Names that are views or strings, NUL-terminated for the duration of a call.
-    struct Terminated {
-        template <typename Text>
-        Terminated(const Text *pNames, std::size_t nNames) noexcept {
-            std::size_t nBytes = 0;
-            for (std::size_t k = 0; k < nNames && status == Status::ok; ++k) {
-                status = check(pNames[k]);
-                nBytes += pNames[k].size() + 1;
-            }
-            text.reset(status == Status::ok ? new (std::nothrow) char[nBytes + 1] : nullptr);
-            names.reset(status == Status::ok ? new (std::nothrow) const char *[nNames + 1]
-                                             : nullptr);
-            if (text == nullptr || names == nullptr) {
-                status = status == Status::ok ? Status::failed : status;
+        Texts(const Names &given, Form form) noexcept : ppNames(given.pointers()) {
+            if (ppNames != nullptr && form != Form::measured) {
+                status = Status::ok;
                 return;
             }
-            char *pNext = text.get();
-            for (std::size_t k = 0; k < nNames; ++k) {
-                names[k] = pNext;
-                pNext += std::string_view(pNames[k]).copy(pNext, pNames[k].size());
+            pNames.reset(new (std::nothrow) const char *[given.size()]);
+            pLengths.reset(new (std::nothrow) int32_t[given.size()]);
+            ppNames = pNames.get();
+            if (pNames == nullptr || pLengths == nullptr || !take(given, form)) { return; }
+            const bool bTerminated = given.terminated() || form < Form::terminated;
+            if (bTerminated || terminate(given.size())) { status = Status::ok; }
+        }
+        bool take(const Names &given, Form form) noexcept {
+            for (std::size_t k = 0; k < given.size(); ++k) {
+                std::string_view name = given[k];
+                if (form == Form::asGiven ? name.size() > INT32_MAX : !isName(name)) {
+                    if (form != Form::emptyIfNone) { return false; }
+                    bAnyNone = true;
+                    name = std::string_view("");
+                }
+                pNames[k] = name.data();
+                pLengths[k] = static_cast<int32_t>(name.size());
+            }
+            return true;
+        }
+        bool terminate(std::size_t nNames) noexcept {
+            std::size_t nBytes = nNames;
+            for (std::size_t k = 0; k < nNames; ++k) { nBytes += lengthOf(k); }
+            pCopies.reset(new (std::nothrow) char[nBytes]);
+            char *pNext = pCopies.get();
+            for (std::size_t k = 0; pNext != nullptr && k < nNames; ++k) {
+                std::memcpy(pNext, pNames[k], lengthOf(k));
+                pNames[k] = pNext;
+                pNext += lengthOf(k);
                 *pNext++ = '\0';
             }
+            return pNext != nullptr;
         }
-        Status status = Status::ok;
-        std::unique_ptr<char[]> text;
-        std::unique_ptr<const char *[]> names;
+        std::size_t lengthOf(std::size_t k) const noexcept {
+            return static_cast<std::size_t>(pLengths[k]);
+        }
+
+        Status status = Status::failed;
+        bool bAnyNone = false;
+        const char *const *ppNames;
+        std::unique_ptr<const char *[]> pNames;
+        std::unique_ptr<int32_t[]> pLengths;
+        std::unique_ptr<char[]> pCopies;
     };
 
-    template <typename Text>
-    Status addTexts(int32_t first, const Text *pNames, std::size_t nNames) noexcept {
-        const Terminated texts(pNames, nNames);
-        return texts.status != Status::ok ? texts.status : add(first, texts.names.get(), nNames);
+    static bool isName(std::string_view name) noexcept {
+        return name.size() <= INT32_MAX && name.find('\0') == std::string_view::npos;
     }
-    template <typename Text>
-    Status findTexts(const Text *pNames, std::size_t nNames, int32_t *pIndices) const noexcept {
-        const Terminated texts(pNames, nNames);
-        return texts.status != Status::ok ? texts.status
-                                          : find(texts.names.get(), nNames, pIndices);
+    static bool fits(int32_t first, const Names &names) noexcept {
+        return first >= 0 && names.size() <= static_cast<std::size_t>(INT32_MAX - first);
     }
-    template <typename Text>
-    Duplicate findDuplicateText(int32_t first, const Text *pNames, std::size_t nNames) noexcept {
-        const Terminated texts(pNames, nNames);
-        return texts.status != Status::ok ? Duplicate{texts.status}
-                                          : findDuplicate(first, texts.names.get(), nNames);
+    static int32_t countOf(const Names &names) noexcept {
+        return static_cast<int32_t>(names.size());
     }
-    Duplicate findDuplicate(int32_t first, const char *const *pszNames, const int32_t *pLengths,
-                            std::size_t nNames) noexcept {
-        Duplicate duplicate;
-        int32_t bFound = 0;
-        duplicate.status = Status{NamesManager_CheckDuplicateNames(
-            pManager_, first, lastOf(first, nNames), 0, pszNames, pLengths, &bFound,
-            &duplicate.iFirst, &duplicate.iSecond, nullptr, 0)};
-        duplicate.found = bFound != 0;
-        return duplicate;
+    static int32_t lastOf(int32_t first, const Names &names) noexcept {
+        return first + (countOf(names) - 1);
     }
-#ifdef __cpp_lib_span
-    template <typename Name>
-    Status findIn(std::span<Name> names, std::span<int32_t> indices) const noexcept {
-        return indices.size() < names.size() ? Status::tooSmall
-                                             : find(names.data(), names.size(), indices.data());
+    static Status noneOf(const Names &names, IndexList<int32_t> indices) noexcept {
+        std::fill_n(indices.data(), names.size(), -1);
+        return Status::failed;
     }
-#endif
     std::string_view read(int32_t index) const noexcept {
-        const char *szName = NamesManager_GetName(pManager_, index, 0);
+        const char *szName = NamesManager_GetName(get(), index, 0);
         return szName != nullptr ? std::string_view(szName) : std::string_view();
     }
 
-    NamesManager *pManager_;
+    Handle pManager_;
 };
 
 }  // namespace names_manager

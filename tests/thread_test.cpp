@@ -5,6 +5,7 @@
 #include <random>
 #include <thread>
 
+#include "names/names_manager.hpp"
 #include "tests/loaded_manager.hpp"
 
 namespace {
@@ -90,6 +91,27 @@ TEST(Threads, DoEverythingToOneManagerAndToAPair) {
     EXPECT_EQ(0, NamesManager_RemoveNames(g_pShared, kOwned, INT32_MAX, 0));
     EXPECT_EQ("", loaded::faultIn(g_pShared, g_pCopy, histories::randomChoices(1), 30));
     NamesManager_Destroy(g_pSource);
+}
+
+// Names that threads add at the end, one by one and in pairs, are all there, each once.
+TEST(Threads, AddAtTheEndWithoutLosses) {
+    constexpr int32_t kNames = 30000;
+    names_manager::Manager names;
+    std::vector<std::thread> threads;
+    for (int32_t t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&names, t] {
+            for (int32_t n = t * kNames; n < (t + 1) * kNames; n += 3) {
+                const std::string next = std::to_string(n + 1), last = std::to_string(n + 2);
+                ASSERT_EQ(names_manager::Status::ok, names.push_back(std::to_string(n)));
+                ASSERT_EQ(names_manager::Status::ok, names.push_back({next, last}));
+            }
+        });
+    }
+    for (std::thread &thread : threads) { thread.join(); }
+    EXPECT_EQ(kThreads * kNames, names.size());
+    for (int32_t n = 0; n < kThreads * kNames; ++n) {
+        ASSERT_LE(0, names.find(std::to_string(n))) << n;
+    }
 }
 
 // A lock is free only once it was given back as often as it was taken.
