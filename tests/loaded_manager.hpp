@@ -52,14 +52,6 @@ inline Strings namesOf(const NamesManager *mgr) {
     return histories::recordOf(*mgr).names;
 }
 
-// An image that a save could have written: no addresses, nothing in the padding.
-inline std::string normalized(std::string image, int32_t nBlocks) {
-    for (size_t at = 92; nBlocks > 0; --nBlocks, at += 24) {
-        image.replace(at, 8, 8, '\0').replace(at + 20, 4, 4, '\0');
-    }
-    return image;
-}
-
 // What is wrong with two managers, empty if nothing is. So many operations are carried out on them,
 // and they end.
 inline std::string faultIn(NamesManager *mgr, NamesManager *other, const histories::Choices &choose,
@@ -88,7 +80,10 @@ inline std::string faultAfterLoad(NamesManager *mgr, const std::string &image, i
     std::string wrong = nStatus != 0 ? histories::difference({mgr, Record("nm%d")}) : "";
     const std::string saved = imageOf(histories::recordOf(*mgr));
     const bool bState = nStatus == 0 && !image.starts_with("\xff\xff\xff\xff");
-    if (bState && !normalized(image, mgr->nBlocks).starts_with(saved)) {
+    const size_t nTable = bState ? sizeof(NameStorageBlock) * size_t(mgr->nBlocks) : 0;  // at 92
+    if (bState && !(image.substr(0, 92) + histories::normalized(image.substr(92, nTable)) +
+                    image.substr(92 + nTable))
+                       .starts_with(saved)) {
         wrong = "It holds something else. ";
     }
     const auto *pEnd = reinterpret_cast<const uint8_t *>(image.data()) + image.size();

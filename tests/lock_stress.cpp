@@ -97,45 +97,29 @@ void ownUntil(Record &record, Owner owner, std::mt19937 &random, const auto &goO
         enter(record);
         leave(record);
     };
-    int64_t nQuick = 0;
-    switch (owner) {
-    case Owner::first: goOn(); return;
-    case Owner::entering:  // at any instruction of many short uses
-        nQuick = static_cast<int64_t>(random() % 2000);
+    if (owner == Owner::entering) {  // at any instruction of many short uses
+        const auto nQuick = static_cast<int64_t>(random() % 2000);
         record.nExpected += nQuick;
         use();
         goOn();
         for (int64_t n = nQuick; n > 0; --n) { use(); }
         return;
-    case Owner::gone:
-        std::thread(use).join();
-        goOn();
-        return;
-    case Owner::inside:
-        enter(record);
-        goOn();
-        spin(random() % 300);
-        leave(record);
-        return;
-    case Owner::nested:
-        enter(record);
-        HostLock_Acquire(&record.lock);
-        goOn();
-        spin(random() % 100);
-        HostLock_Acquire(&record.lock);
-        spin(random() % 100);
-        HostLock_Release(&record.lock);
-        HostLock_Release(&record.lock);
-        spin(random() % 100);
-        leave(record);
-        return;
-    case Owner::asleep:
-        enter(record);
-        goOn();
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        leave(record);
-        return;
     }
+    if (owner == Owner::gone) { std::thread(use).join(); }
+    if (owner == Owner::gone || owner == Owner::first) { return goOn(); }
+    enter(record);
+    if (owner == Owner::nested) { HostLock_Acquire(&record.lock); }
+    goOn();
+    spin(random() % 300);
+    if (owner == Owner::asleep) { std::this_thread::sleep_for(std::chrono::milliseconds(2)); }
+    if (owner == Owner::nested) {
+        HostLock_Acquire(&record.lock);
+        spin(random() % 100);
+        HostLock_Release(&record.lock);
+        HostLock_Release(&record.lock);
+        spin(random() % 100);
+    }
+    leave(record);
 }
 
 // Counts what all threads have used; the last one frees the record.

@@ -441,15 +441,14 @@ struct Record {
 
     // ---- Reading
 
-    // Nothing where the range is refused.
-    std::vector<int32_t> getNameLengths(Range range) {
+    // Whether the range is within the contract and its names are there; then they go to pTexts.
+    bool getHeldNames(Range range, Strings *pTexts) {
         const auto bounds = boundsOf(range);
-        std::vector<int32_t> lengths;
-        if (bounds && bounds->last < nNames()) {
-            std::transform(at(bounds->first), at(bounds->last + 1), std::back_inserter(lengths),
-                           lengthOf);
+        const bool bHeld = bounds && (bounds->last < nNames() || bounds->last < bounds->first);
+        if (bHeld && pTexts != nullptr && bounds->last < nNames()) {
+            pTexts->assign(at(bounds->first), at(bounds->last + 1));
         }
-        return lengths;
+        return bHeld;
     }
 
     // pTexts NULL: the caller gave no array.
