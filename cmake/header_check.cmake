@@ -13,7 +13,7 @@ foreach(language IN ITEMS c cpp)
         list(APPEND sources "${source}")
     endforeach()
     add_library(header_check_${language} OBJECT ${sources})
-    set_target_properties(header_check_${language} PROPERTIES
+    set_target_properties(header_check_${language} PROPERTIES UNITY_BUILD OFF
                           C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF
                           CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
     target_compile_options(header_check_${language} PRIVATE -Wall -Wextra -Wconversion -Wshadow

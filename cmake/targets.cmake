@@ -17,13 +17,17 @@ list(REMOVE_ITEM names_cxx_runtime ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_DUPLICATES names_cxx_runtime)
 
 # What libraries are made of: sources compiled with every symbol hidden, except those that a pragma
-# in the public headers exports.
+# in the public headers exports. A release is compiled source by source, as it was measured, even
+# where all else is compiled several sources at once (CMAKE_UNITY_BUILD).
 function(names_objects target)
     add_library(${target} OBJECT ${ARGN})
     names_project_settings(${target})
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
     set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden
                                                VISIBILITY_INLINES_HIDDEN ON)
+    if(CMAKE_BUILD_TYPE STREQUAL "Release")
+        set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
+    endif()
 endfunction()
 
 # How a library is used and linked. Headers are included as "names/..." and "host/...", from the

@@ -36,7 +36,9 @@ build_and_install module -DNAMES_BUILD_HOST=OFF -DCMAKE_DISABLE_FIND_PACKAGE_Thr
 cat static/include/names_manager/*/*.h >all.h
 "$CC" -E -P -Istatic/include/names_manager all.h | tr '\n' ' ' | sed 's/static inline[^}]*}//g' |
     grep -oE '\b(Names[A-Z]|Host|ZOLT)[A-Za-z_]+ ?\(' | tr -d ' (' | sort -u >declared
-nm -D --defined-only shared/lib/libnames_manager.so | awk '{ print $3 }' | grep -vx HostHashMap_StringKeys | sort >exported
+nm -D --defined-only shared/lib/libnames_manager.so | awk '{ print $3 }' | LC_ALL=C sort >symbols
+diff "$source/docs/symbols.txt" symbols || { echo "If that is meant, bring docs/symbols.txt and CHANGELOG.md up to date"; exit 1; }
+grep -vx HostHashMap_StringKeys symbols | sort >exported
 readelf -sW static/lib/libnames_manager.a |
     awk '$5 ~ /GLOBAL|WEAK|UNIQUE/ && $6 == "DEFAULT" && $7 != "UND" { print $8 }' |
     grep -vE '^(HostHashMap_StringKeys|_ZN?K?St|_ZZN?K?St)' | sort -u >visible

@@ -2,7 +2,10 @@
 // format, numbers at the edge.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #if __has_include(<sys/resource.h>)
 #include <sys/resource.h>
 #endif
@@ -82,6 +85,27 @@ TEST(Loader, SurvivesEveryTruncationAndEveryChangedByte) {
         EXPECT_GT(nAccepted, 0);
     }
     HostMem_FailBeyond(INT64_MAX);
+}
+
+// tests/images holds what this version saved on machines of both byte orders.
+TEST(Loader, TakesSavedImagesForEver) {
+    size_t nTaken = 0;
+    for (const auto &file : std::filesystem::recursive_directory_iterator(NAMES_TEST_IMAGES)) {
+        if (file.path().has_extension() || file.is_directory()) { continue; }
+        std::ostringstream image;
+        image << std::ifstream(file.path(), std::ios::binary).rdbuf();
+        const bool bNone = file.path().filename() == "no_manager";
+        const bool bBig = file.path().parent_path().filename() == "big_endian";
+        const bool bTaken = bNone || bBig == (std::endian::native == std::endian::big);
+        EXPECT_EQ(bTaken, offer(image.str()) == 0) << file.path();
+        if (bNone || !bTaken) { continue; }
+        NamesManager *mgr = NamesManager_Create(nullptr, nullptr);
+        EXPECT_EQ(0, loaded::load(mgr, image.str())) << file.path();
+        EXPECT_TRUE(image.str() == loaded::save(mgr)) << file.path();
+        NamesManager_Destroy(mgr);
+        ++nTaken;
+    }
+    EXPECT_EQ(6U, nTaken);
 }
 
 // An image in the parts that it is written in.

@@ -10,7 +10,7 @@
 namespace tool {
 namespace {
 
-constexpr size_t kReadSize = size_t{4} << 20;
+constexpr size_t kListReadSize = size_t{4} << 20;
 constexpr size_t kMaxNameLength = NAMES_MANAGER_MAX_NAME_BYTES;
 
 // The most bytes of an unfinished name that are kept: the longest name and one blank after it (or
@@ -26,7 +26,7 @@ size_t lengthWithoutBlanks(const char *begin, const char *end) {
 
 ListInput::ListInput(Input *pFile, bool bNull, bool bEager, std::string_view beginning)
     : pFile_(pFile), beginning_(beginning), bNull_(bNull), bEager_(bEager),
-      buffer_(kReadSize + kMaxRest) {}
+      buffer_(kListReadSize + kMaxRest) {}
 
 std::string ListInput::place(int64_t number) const {
     return (bNull_ ? "entry " : "line ") + std::to_string(number);
