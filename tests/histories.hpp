@@ -246,7 +246,9 @@ struct Fields {
                                                : size_t(nWidth),
                          nBytes = std::min(text.size() + 1, nMost);
             if (all.empty()) {
-                pNext = copies.emplace_back(text.c_str(), text.c_str() + nBytes).data();
+                std::vector<char> &copy = copies.emplace_back(1, '#');  // not NULL if empty
+                copy.insert(copy.end(), text.c_str(), text.c_str() + nBytes);
+                pNext = copy.data() + 1;
             }
             pointers.push_back(pNext);
             lengths.push_back(Record::lengthOf(text));
