@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test: optimised, then under AddressSanitizer and UndefinedBehaviorSanitizer. Then the
-# threads' tests under ThreadSanitizer, and each fuzz target for some seconds.
+# Installs what is missing, builds, and runs every test: optimised, then under AddressSanitizer and
+# UndefinedBehaviorSanitizer. Then the threads' tests under ThreadSanitizer, and each fuzz target
+# for some seconds.
 set -euo pipefail
 cd "$(dirname "$0")"
 

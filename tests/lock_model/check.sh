@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# check.sh [--three]: has SPIN search all that can happen in lock.pml, with two threads or, in a few minutes, with three. Then leaves out
-# in turn what the lock needs; each time the search has to find what that leads to. Needs the packages spin and gcc.
+# check.sh [--three]: has SPIN search all that can happen in lock.pml, with two threads or, in a few
+# minutes, with three. Then leaves out in turn what the lock needs; each time the search has to find
+# what that leads to. Needs the packages spin and gcc.
 set -euo pipefail
 model=$(cd "$(dirname "$0")" && pwd)/lock.pml
 threads=2 optimised=-O0
@@ -40,7 +41,8 @@ finds() { # SEARCH WHAT FAULT OPTION...
     "$1" "${@:4}"
     shift
     if grep -qF "$2" found; then
-        printf '%-70s found: %s\n' "$1" "$(sed -nE 's/^pan:1: (.*) \(at depth ([0-9]+)\)/\1, after \2 steps/p' found)"
+        printf '%-70s found: %s\n' "$1" \
+               "$(sed -nE 's/^pan:1: (.*) \(at depth ([0-9]+)\)/\1, after \2 steps/p' found)"
     else
         printf '%-70s NOT FOUND: %s\n' "$1" "$2"
         bad=1
@@ -54,6 +56,8 @@ holds search_cycles "$threads threads, whether all come to an end" -DTHREADS="$t
 finds search "without the limit of 1 ms" 'invalid end state' -DNO_LIMIT
 finds search "without the barrier" 'nHolders==0' -DNO_BARRIER
 finds search "with a look at nState after the store of a release" '!(bFreed)' -DLOOK_AFTER_STORE
-finds search "with a store of nInside that others overtake" 'violated bFreed' -DWEAK_STORES -DNO_RELEASE
-finds search_cycles "with nInside left by a thread that is turned away" 'non-progress cycle' -DNO_STEP_BACK
+finds search "with a store of nInside that others overtake" 'violated bFreed' \
+      -DWEAK_STORES -DNO_RELEASE
+finds search_cycles "with nInside left by a thread that is turned away" 'non-progress cycle' \
+      -DNO_STEP_BACK
 exit "$bad"

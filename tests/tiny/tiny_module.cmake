@@ -1,4 +1,5 @@
-# A library of the module's sources compiled with tiny sizes. The self-check expects the shipped ones.
+# A library of the module's sources compiled with tiny sizes. The self-check expects the shipped
+# ones.
 function(names_add_tiny_module target)
     set(sources ${names_module_sources})
     list(FILTER sources EXCLUDE REGEX "/self_check\\.cpp$")
