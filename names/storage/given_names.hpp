@@ -49,8 +49,7 @@ inline bool measureTrimmed(const char *pName, int32_t *pLength) {
 inline bool holdAnyNul(const char *const *ppNames, const int32_t *pLengths, int32_t nNames) {
     bool bAny = false;
     for (int32_t k = 0; !bAny && k < nNames; ++k) {
-        bAny = pLengths[k] > 0 &&
-               std::memchr(ppNames[k], 0, static_cast<size_t>(pLengths[k])) != nullptr;
+        bAny = std::memchr(ppNames[k], 0, static_cast<size_t>(pLengths[k])) != nullptr;
     }
     return bAny;
 }
