@@ -6,6 +6,7 @@ function(names_project_settings target)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF C_EXTENSIONS OFF
                                                POSITION_INDEPENDENT_CODE ON)
     target_compile_options(${target} PRIVATE
+                           $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
                            -fno-semantic-interposition -Wall -Wextra -Wpedantic -Wconversion
                            -Wshadow $<$<BOOL:${NAMES_WERROR}>:-Werror>)
 endfunction()

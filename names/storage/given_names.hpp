@@ -54,8 +54,7 @@ inline bool endsInBlank(const char *szText) {
 inline bool holdAnyNul(const char *const *ppNames, const int32_t *pLengths, int32_t nNames) {
     bool bAny = false;
     for (int32_t k = 0; !bAny && k < nNames; ++k) {
-        bAny = pLengths[k] > 0 &&
-               std::memchr(ppNames[k], 0, static_cast<size_t>(pLengths[k])) != nullptr;
+        bAny = std::memchr(ppNames[k], 0, static_cast<size_t>(pLengths[k])) != nullptr;
     }
     return bAny;
 }

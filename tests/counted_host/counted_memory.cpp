@@ -8,6 +8,12 @@
 #include <cstring>
 #include <utility>
 
+#if __has_include(<valgrind/memcheck.h>)
+#include <valgrind/memcheck.h>
+#else
+#define VALGRIND_MAKE_MEM_UNDEFINED(p, n) static_cast<void>(p)
+#endif
+
 #include "host/plain_memory.hpp"
 
 namespace {
@@ -68,7 +74,9 @@ void *HostMem_Alloc(uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
     void *pMemory = enclosed(pObtained, nBytes, nSourceTag);
     if (pMemory == nullptr) { return nullptr; }
     ++g_nLive;
-    return std::memset(pMemory, 0xa5, std::min(nBytes, kMarked));
+    std::memset(pMemory, 0xa5, std::min(nBytes, kMarked));
+    VALGRIND_MAKE_MEM_UNDEFINED(pMemory, nBytes);  // memcheck is to find who relies on it
+    return pMemory;
 }
 
 void *HostMem_Realloc(void *pMemory, uint64_t nBytes, uint64_t nSourceTag, int32_t nLine) {
