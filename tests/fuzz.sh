@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# fuzz.sh MINUTES: builds the fuzz targets with clang and runs each for so long (0.25: for 15 seconds). What was found worth keeping stays
-# in build/fuzz/corpus and is where the next run starts; an input that fails is left in build/fuzz.
+# fuzz.sh MINUTES: builds the fuzz targets with clang and runs each for so long (0.25: for 15
+# seconds). What was found worth keeping stays in build/fuzz/corpus and is where the next run
+# starts; an input that fails is left in build/fuzz.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,15 +10,17 @@ cmake/install_packages.sh clang libclang-rt-14-dev
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz --parallel "$(nproc)" --target load_fuzz operations_fuzz
 
-# Memory given back is kept from use for a short while only, and little noted of where it came from: that saves time and memory, and an input
-# that fails can be run again without.
-export ASAN_OPTIONS=quarantine_size_mb=16:malloc_context_size=2:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
+# Memory given back is kept from use for a short while only, and little noted of where it came from:
+# that saves time and memory, and an input that fails can be run again without.
+export ASAN_OPTIONS=quarantine_size_mb=16:malloc_context_size=2:detect_leaks=1
+export UBSAN_OPTIONS=print_stacktrace=1
 run() { # TARGET LONGEST-INPUT
     local target=$1 corpus=build/fuzz/corpus/$1
     echo "== $target"
     mkdir -p "$corpus"
     NAMES_FUZZ_SEEDS=$corpus "build/fuzz/tests/fuzz/$target"
-    "build/fuzz/tests/fuzz/$target" -max_total_time="$seconds" -max_len="$2" -timeout=60 -entropic=0 -print_final_stats=1 \
+    "build/fuzz/tests/fuzz/$target" -max_total_time="$seconds" -max_len="$2" -timeout=60 \
+                                   -entropic=0 -print_final_stats=1 \
         -artifact_prefix="build/fuzz/$target-" "$corpus" 2>"build/fuzz/$target.log" ||
         { tail -n 60 "build/fuzz/$target.log" >&2; exit 1; }
     grep -E "^(stat::(number_of_executed_units|peak_rss_mb)|Done)" "build/fuzz/$target.log"
