@@ -20,7 +20,8 @@ Texts textsWith(const std::string &start, const std::string &end) {
     std::vector<size_t> offsets;
     for (int32_t i = 0; i < kNames; ++i) {
         offsets.push_back(texts.buffer.size());
-        texts.buffer += start + (i % 3 == 0 ? "n" : "name_00") + std::to_string(i) + end + '\0';
+        texts.buffer.append(start).append(i % 3 == 0 ? "n" : "name_00").append(std::to_string(i));
+        texts.buffer.append(end).append(1, '\0');
     }
     for (const size_t nOffset : offsets) { texts.names.push_back(&texts.buffer[nOffset]); }
     return texts;

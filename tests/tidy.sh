@@ -11,12 +11,12 @@ join() { # NAME SOURCE...
 }
 mkdir -p build/tidy
 # Where the analyser follows calls into these it assumes records that cannot be: alone it does not.
-alone=(names/{audit,own_names,self_check}.cpp names/storage/longest.cpp bench/{lock_bench,path_counts}.cpp)
+alone=(names/{audit,own_names,self_check}.cpp names/storage/{longest,reading}.cpp
+       bench/*.cpp)
 mapfile -t names < <(printf '%s\n' names/*.cpp names/storage/*.cpp | grep -vxF "$(printf '%s\n' "${alone[@]}")")
 join names "${names[@]}"
 join tools tools/*.cpp
 join host host/*.cpp files/*.cpp
-join bench bench/{inputs,names_bench,report,rows}.cpp
-printf '%s\0' build/tidy/{tools,names,bench,host}.cpp "${alone[@]}" |
+printf '%s\0' build/tidy/{tools,names,host}.cpp "${alone[@]}" |
     xargs -0 -I{} --max-procs="$(nproc)" clang-tidy --quiet {} -- -std=c++20 -I. -Wall -Wextra -DNAMES_VERSION='"0"' 2>&1 |
     sed '/ warnings\? generated\.$/d'
