@@ -20,7 +20,6 @@ run() { # TARGET LONGEST-INPUT [INPUTS | OPTION]...
     echo "== $target"
     mkdir -p "$corpus"
     tar xzf "tests/fuzz/corpus/$target.tar.gz" -C "$corpus"
-    NAMES_FUZZ_SEEDS=$corpus "build/fuzz/tests/fuzz/$target"
     "build/fuzz/tests/fuzz/$target" -max_total_time="$seconds" -max_len="$2" -timeout=60 \
                                    -entropic=0 -print_final_stats=1 \
         -artifact_prefix="build/fuzz/$target-" "$corpus" "${@:3}" 2>"build/fuzz/$target.log" ||

@@ -3,17 +3,11 @@
 #include <iostream>
 
 #include "tests/counted_host/counted_memory.h"
-#include "tests/fuzz/seeds.hpp"
 #include "tests/histories.hpp"
 #include "tests/loaded_manager.hpp"
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     HostMem_FailBeyond(64 * 1024);  // no time is to go into memory that images only claim
-    std::vector<std::string> seeds;
-    for (const loaded::Record &record : loaded::soundRecords()) {
-        seeds.push_back(loaded::imageOf(record));
-    }
-    writeSeeds(seeds);
     return 0;
 }
 

@@ -2,7 +2,6 @@
 // and the manager in the first of them and an argument in each of the others.
 #include <iostream>
 
-#include "tests/fuzz/seeds.hpp"
 #include "tests/histories.hpp"
 
 namespace {
@@ -28,16 +27,6 @@ std::string play(const uint8_t *pData, size_t nBytes, std::ostream *pLog) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    std::mt19937 random(1);
-    std::vector<std::string> seeds(12, std::string(2 + 8 * kOperation, '\0'));
-    for (std::string &seed : seeds) {
-        std::generate(seed.begin(), seed.end(), [&random] { return char(random()); });
-    }
-    writeSeeds(seeds);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t nBytes) {
     if (nBytes < 2 || play(pData, nBytes, nullptr).empty()) { return 0; }
