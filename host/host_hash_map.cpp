@@ -188,20 +188,14 @@ void prefetchText(const char *szText) {
     __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<uintptr_t>(szText) + 31));
 }
 
-// Finds the entries of the hashes and prefetches their texts, or groups. Returns whether there are
-// any groups.
-bool findEntriesAndPrefetchTexts(const StringMap &map, KeyChunk *pChunk) {
-    bool bGroups = false;
+// Finds the entries of the hashes and prefetches their texts, or groups.
+void findEntriesAndPrefetchTexts(const StringMap &map, KeyChunk *pChunk) {
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
-        if (pChunk->apEntries[k] == nullptr) { continue; }
-        Entry *pEntry = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
-        pChunk->apEntries[k] = pEntry;
-        if (pEntry != nullptr) {
-            prefetchText(pEntry->szKey);
-            bGroups = bGroups || pEntry->nValue == kIsGroup;
+        if (pChunk->apEntries[k] != nullptr) {
+            pChunk->apEntries[k] = findEntry(map.table, pChunk->aHashes[k], pChunk->apEntries[k]);
         }
+        if (pChunk->apEntries[k] != nullptr) { prefetchText(pChunk->apEntries[k]->szKey); }
     }
-    return bGroups;
 }
 
 void prefetchTextsOfGroups(const KeyChunk &chunk) {
@@ -216,7 +210,8 @@ void prefetchTextsOfGroups(const KeyChunk &chunk) {
 void findChunk(const StringMap &map, KeyChunk *pChunk, int32_t *pnValues) {
     startSearches(map, pChunk);
     prefetchLikelyEntries(map, pChunk);
-    if (findEntriesAndPrefetchTexts(map, pChunk)) { prefetchTextsOfGroups(*pChunk); }
+    findEntriesAndPrefetchTexts(map, pChunk);
+    if (map.nGroups > 0) { prefetchTextsOfGroups(*pChunk); }
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         const Entry *pEntry = pChunk->apEntries[k];
         pnValues[k] = pEntry != nullptr ? valueIn(*pEntry, pChunk->ppKeys[k]) : -1;
