@@ -6,7 +6,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 counts=bench/path_counts.txt
-on="$(g++ --version | head -n 1), $(valgrind --version), $(grep -om 1 '\<avx2\>' /proc/cpuinfo || uname -m)"
+vectors=$(grep -om 1 '\<avx2\>' /proc/cpuinfo || uname -m)
+on="$(g++ --version | head -n 1), $(valgrind --version), $vectors"
 if [[ ${1:-} != --update && $(head -n 1 $counts) != "$on" ]]; then
     echo "Not compared: counts are of $(head -n 1 $counts); this is $on"
     exit 0

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# run.sh [OPTION...]: builds the benchmarks as a release, runs them on one core, prints their tables, and writes JSON to build/.
+# run.sh [OPTION...]: builds the benchmarks as a release, runs them on one core (rows of two threads
+# on two), prints their tables, and writes JSON to build/.
 #   run.sh                               the component and its alternatives
-#   run.sh --growth                      the cost per name on lists of rising size, up to 10,000,000 names
+#   run.sh --growth                      the cost per name on lists of rising size, up to 10,000,000
 #   run.sh --growth --max-names=100000000    up to 100,000,000 (12 GB of memory)
-# Further options are Google Benchmark's, such as --benchmark_filter='mixed/.*' or --benchmark_repetitions=3.
+# Further options are Google Benchmark's, such as --benchmark_filter='mixed/.*' or
+# --benchmark_repetitions=3.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,5 +21,6 @@ for option in "$@"; do
         interleaving=(--benchmark_repetitions=3)
     fi
 done
-taskset -c "$(($(nproc) - 1))" build/release/bench/names_bench "${interleaving[@]}" --benchmark_report_aggregates_only=true \
-    --benchmark_out="build/$report.json" --benchmark_out_format=json --json="build/$report-table.json" "$@"
+taskset -c "$(($(nproc) - 1))" build/release/bench/names_bench "${interleaving[@]}" \
+    --benchmark_report_aggregates_only=true --benchmark_out="build/$report.json" \
+    --benchmark_out_format=json --json="build/$report-table.json" "$@"

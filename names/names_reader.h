@@ -21,7 +21,6 @@
 #ifndef NAMES_NAMES_READER_H
 #define NAMES_NAMES_READER_H
 
-#include <stddef.h>
 #include <stdint.h>
 
 #include "names/names_manager.h"
@@ -73,7 +72,8 @@ static inline const char *NamesReader_Name(NamesReader *reader, int32_t index) {
         return reader->pBlocks[pPosition->iBlock].pData + pPosition->nOffset;
     }
     if (k < (uint32_t)reader->nNames) { return reader->pText + reader->aStarts[k]; }
-    return NamesReader_GetName(reader, index, 0, NULL);
+    int32_t nUnwanted = 0;
+    return NamesReader_GetName(reader, index, 0, &nUnwanted);
 }
 
 /** Writes pointers to the names of the range to ppNames[0] to ppNames[last-first] and their lengths

@@ -125,7 +125,9 @@ constexpr int32_t kWriteError = -77;
 int32_t keepBytes(HostOutputStream *pStream, const void *pData, uint64_t nBytes) {
     KeptImage *pImage = reinterpret_cast<KeptImage *>(pStream);
     const int32_t nBefore = pImage->nBytes;
-    if (pImage->nLeft-- == 0 || nBytes > sizeof pImage->aBytes - nBefore) { return kWriteError; }
+    if (pImage->nLeft-- == 0 || nBytes > sizeof pImage->aBytes - static_cast<size_t>(nBefore)) {
+        return kWriteError;
+    }
     std::memcpy(pImage->aBytes + nBefore, pData, nBytes);
     pImage->nBytes += static_cast<int32_t>(nBytes);
     return 0;

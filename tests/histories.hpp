@@ -518,7 +518,10 @@ inline void useReaders(Call &c) {
         const bool bExist = c.twin.getHeldNames(at, &expected), bSingle = first == last;
         Arrays arrays(expected.size() + 1, bSingle || c.chance(240), c.chance(240));
         if (bSingle) {
-            const char *szName = NamesReader_GetName(pReader, first, bOneBased, arrays.pLengths());
+            const bool bInlined = bOneBased == 0 && arrays.pLengths() == nullptr;
+            const char *szName =
+                bInlined ? NamesReader_Name(pReader, first)
+                         : NamesReader_GetName(pReader, first, bOneBased, arrays.pLengths());
             c.compare(szName != nullptr, bExist);
             if (szName != nullptr) { arrays.names[0] = szName; }
         } else {

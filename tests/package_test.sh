@@ -12,9 +12,11 @@ export SOURCE_DATE_EPOCH=1700000000
 
 for copy in first another/copy; do
     mkdir -p "$copy/source"
-    (cd "$source" && git ls-files -z | xargs -0 tar c --ignore-failed-read) 2>log | tar x -C "$copy/source"
-    cmake -S "$copy/source" -B "$copy/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=ON \
-        -DNAMES_BUILD_TESTS=OFF -DNAMES_BUILD_EXAMPLES=OFF -DCMAKE_UNITY_BUILD=ON \
+    (cd "$source" && git ls-files -z | xargs -0 tar c --ignore-failed-read) 2>log |
+        tar x -C "$copy/source"
+    cmake -S "$copy/source" -B "$copy/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DBUILD_SHARED_LIBS=ON -DNAMES_BUILD_TESTS=OFF -DNAMES_BUILD_EXAMPLES=OFF \
+        -DCMAKE_UNITY_BUILD=ON \
         -DCMAKE_CXX_FLAGS_RELEASE=-O0 >log
     cmake --build "$copy/build" --parallel "$(nproc)" >log
     (cd "$copy/build" && cpack -G DEB && cpack -G TGZ) >log

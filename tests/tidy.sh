@@ -6,17 +6,19 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 join() { # NAME SOURCE...
-    awk '/^#include/ { if (seen[$0] && seen[$0] != FILENAME) $0 = ""; else seen[$0] = FILENAME } { print }' \
-        "${@:2}" >"build/tidy/$1.cpp"
+    awk '/^#include/ { if (seen[$0] && seen[$0] != FILENAME) $0 = ""; else seen[$0] = FILENAME }
+         { print }' "${@:2}" >"build/tidy/$1.cpp"
 }
 mkdir -p build/tidy
 # Where the analyser follows calls into these it assumes records that cannot be: alone it does not.
 alone=(names/{audit,own_names,self_check}.cpp names/storage/{longest,reading}.cpp
        bench/*.cpp)
-mapfile -t names < <(printf '%s\n' names/*.cpp names/storage/*.cpp | grep -vxF "$(printf '%s\n' "${alone[@]}")")
+mapfile -t names < <(printf '%s\n' names/*.cpp names/storage/*.cpp |
+                     grep -vxF "$(printf '%s\n' "${alone[@]}")")
 join names "${names[@]}"
 join tools tools/*.cpp
 join host host/*.cpp files/*.cpp
 printf '%s\0' build/tidy/{tools,names,host}.cpp "${alone[@]}" |
-    xargs -0 -I{} --max-procs="$(nproc)" clang-tidy --quiet {} -- -std=c++20 -I. -Wall -Wextra -DNAMES_VERSION='"0"' 2>&1 |
+    xargs -0 -I{} --max-procs="$(nproc)" clang-tidy --quiet {} -- -std=c++20 -I. -Wall -Wextra \
+        -DNAMES_VERSION='"0"' 2>&1 |
     sed '/ warnings\? generated\.$/d'
