@@ -44,37 +44,26 @@ double secondsInThreads(int32_t nThreads, int32_t nNames, Work work) {
         .count();
 }
 
-template <int32_t kThreads>
-Sample findListsByReaders(const Inputs &in) {
-    std::vector<int32_t> found(in.hits.names.size());
-    ByReader contender;
-    fill(contender, in.list);
-    contender.buildIndex();
-    const double nSeconds =
-        secondsInThreads(kThreads, countOf(in.hits), [&](int32_t first, int32_t n) {
-            NamesReader reader = contender.reader;
-            inRanges(n, 1000, [&](int32_t k, int32_t nAtOnce) {
-                require(NamesReader_FindNames(&reader, &in.hits.names[at(first + k)], nAtOnce,
-                                              NamesManagerWidth_Terminated, 0,
-                                              &found[at(first + k)]) == 0);
-            });
-        });
-    return {nSeconds, digestOf(found), countOf(in.hits)};
-}
-
-template <int32_t kThreads>
+// In lists of kAtOnce names, or one name per call.
+template <int32_t kThreads, int32_t kAtOnce>
 Sample findByReaders(const Inputs &in) {
     std::vector<int32_t> found(in.hits.names.size());
     ByReader contender;
     fill(contender, in.list);
     contender.buildIndex();
-    const double nSeconds =
-        secondsInThreads(kThreads, countOf(in.hits), [&](int32_t first, int32_t n) {
-            NamesReader reader = contender.reader;
-            for (int32_t k = first; k < first + n; ++k) {
+    const auto find = [&](int32_t first, int32_t n) {
+        NamesReader reader = contender.reader;
+        for (int32_t k = first; k < first + n; k += kAtOnce) {
+            if (kAtOnce == 1) {
                 found[at(k)] = NamesReader_FindName(&reader, in.hits.names[at(k)], 0);
+            } else {
+                require(NamesReader_FindNames(&reader, &in.hits.names[at(k)],
+                                              std::min(kAtOnce, first + n - k),
+                                              NamesManagerWidth_Terminated, 0, &found[at(k)]) == 0);
             }
-        });
+        }
+    };
+    const double nSeconds = secondsInThreads(kThreads, countOf(in.hits), find);
     return {nSeconds, digestOf(found), countOf(in.hits)};
 }
 
@@ -101,9 +90,10 @@ constexpr char kOneReader[] = "one reader";
 std::vector<Row> threadRows() {
     return {
         row("readers_lists", "two readers in two threads, find, hits, lists of 1,000", 0.55,
-            kOneReader, {{kComponent, findListsByReaders<2>}, {kOneReader, findListsByReaders<1>}}),
+            kOneReader,
+            {{kComponent, findByReaders<2, 1000>}, {kOneReader, findByReaders<1, 1000>}}),
         row("readers_hits", "two readers in two threads, find, hits, one per call", 0.55,
-            kOneReader, {{kComponent, findByReaders<2>}, {kOneReader, findByReaders<1>}}),
+            kOneReader, {{kComponent, findByReaders<2, 1>}, {kOneReader, findByReaders<1, 1>}}),
         row("two_threads", "two threads, one list, find, hits, one per call", 1.0, kArenaGuarded,
             {{kComponent, findInTurn<Component, NoLock>},
              {kArenaGuarded, findInTurn<Arena, std::mutex>}}),
