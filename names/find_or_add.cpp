@@ -31,7 +31,7 @@ uint64_t endOf(const char *pName, int32_t nLength) {
 // Puts a name, the k-th of the chunk, among the new ones unless it is there. Returns its number.
 int32_t noteNew(NewNames *pNew, const char *pName, int32_t k) {
     int32_t nLength = 0;
-    static_cast<void>(measureTrimmed(pName, &nLength));  // names that are too long are not new
+    static_cast<void>(measureTrimmed(pName, &nLength));  // none that is too long gets here
     const uint64_t nEnd = endOf(pName, nLength);
     for (int32_t n = 0; n < pNew->nNames; ++n) {
         if (pNew->aEnds[n] == nEnd && pNew->aLengths[n] == nLength &&
