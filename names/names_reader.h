@@ -47,7 +47,8 @@ typedef struct NamesReader {
     int32_t nNames;
     int32_t iSegment; /**< that holds them, and where the first begins in its block */
     int32_t nOffset;
-    int32_t aStarts[NAMES_READER_AHEAD + 1]; /**< of each, from pText on, and of what follows */
+    /** Of each, from pText on, and of what follows; then room that finding them needs. */
+    int32_t aStarts[NAMES_READER_AHEAD + 1 + 64];
 } NamesReader;
 
 /** Makes *reader a reader of mgr, whose lock it holds meanwhile. With bLookups non-zero the lookup

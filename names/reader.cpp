@@ -43,13 +43,13 @@ void moveCursor(NamesReader *reader, int32_t index, const NameLocation &location
                         location};
     const int32_t nNames = enterSegment(&names);
     const TextSpan text = restOfSegment(names);
-    int32_t aStarts[roomForStarts(NAMES_READER_AHEAD)];
-    findNameStarts(text, nNames, aStarts);
+    static_assert(sizeof reader->aStarts ==
+                  roomForStarts(NAMES_READER_AHEAD) * sizeof reader->aStarts[0]);
     moveCursor(reader, index, names.location);
     reader->pText = text.pText;
     reader->nNames = nNames;
-    std::memcpy(reader->aStarts, aStarts, static_cast<size_t>(nNames + 1) * sizeof aStarts[0]);
-    if (pnLength != nullptr) { *pnLength = aStarts[1] - 1; }
+    findNameStarts(text, nNames, reader->aStarts);
+    if (pnLength != nullptr) { *pnLength = reader->aStarts[1] - 1; }
     return text.pText;
 }
 

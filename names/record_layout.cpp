@@ -43,7 +43,7 @@ static_assert(offsetof(NamesManager, pPositions) == 144);
 static_assert(offsetof(NamesManager, nPositionsAlloc) == 152);
 static_assert(offsetof(NamesManager, pLookupIndex) == 160);
 
-static_assert(sizeof(NamesReader) == 320);
+static_assert(sizeof(NamesReader) == 576);
 static_assert(offsetof(NamesReader, pManager) == 0);
 static_assert(offsetof(NamesReader, pIndex) == 8);
 static_assert(offsetof(NamesReader, pBlocks) == 16);

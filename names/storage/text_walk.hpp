@@ -121,26 +121,8 @@ constexpr int32_t roomForStarts(int32_t nNames) {
 
 // Writes the offsets from text.pText at which the first nNames names start, then the offset at
 // which the last one ends, NULs included: aStarts[k + 1] - aStarts[k] - 1 is the length of name k.
-// Takes four NULs per step, wanted or not, so that the number of names in a window costs no
-// unpredictable branch per name. Returns the number of names found, fewer than nNames where the
-// text ends.
-inline int32_t findNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts) {
-    aStarts[0] = 0;
-    int32_t nFound = 0;
-    for (const char *p = text.pText; nFound < nNames && p < text.pEnd; p += kWindowBytes) {
-        const int32_t nAfterNul = static_cast<int32_t>(p - text.pText) + 1;
-        uint64_t nNuls = matchWindow(p, text, 0);
-        int32_t *pStart = aStarts + 1 + nFound;
-        nFound += countBits(nNuls);
-        while (nNuls != 0) {
-            for (int i = 0; i < 4; ++i) {
-                *pStart++ = nAfterNul + static_cast<int32_t>(lowestBit(nNuls));
-                nNuls &= nNuls - 1;
-            }
-        }
-    }
-    return nFound < nNames ? nFound : nNames;
-}
+// Returns the number of names found, fewer than nNames where the text ends.
+int32_t findNameStarts(const TextSpan &text, int32_t nNames, int32_t *aStarts);
 
 // Number of bytes that the first nNames names of a text take, NULs included. The text holds as
 // many.
