@@ -138,6 +138,14 @@ static inline void HostHashMap_Release(HostHashMap *pMap) {
  * Returns how many are done: all, or those before the first that could not be inserted.
  *     int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys,
  *                                    int32_t nFirstValue, int32_t *pnExisting);
+ *
+ * Optional. Repeated keys, so that none need be looked up to find them:
+ *
+ * #define HOST_HASH_MAP_HAS_REPEATS 1
+ *
+ * The lowest value, at least nFirst, held under a key under which a lower value is held, too, and
+ * the lowest of these; -1 for none, and *pnLowest is untouched. No value is held twice.
+ *     int32_t HostHashMap_NextRepeated(HostHashMap *pMap, int32_t nFirst, int32_t *pnLowest);
  */
 
 /* ---- host/host_pool.h ---- */

@@ -14,6 +14,7 @@
 #include "host/hash_table.hpp"
 #include "host/host_memory.h"
 #include "host/key_group.hpp"
+#include "host/repeats.hpp"
 
 // A test names a header with hashes of few bits instead.
 #ifndef HOST_TEXT_HASH_HEADER
@@ -35,6 +36,7 @@ struct StringMap {
     const HashSecret *pSecret;
     HashTable table;
     int64_t nGroups;  // entries that hold several keys
+    Repeats repeats;
 };
 
 StringMap &stringMap(HostHashMap *pMap) {
@@ -49,27 +51,43 @@ int32_t valueIn(const Entry &entry, const char *szKey) {
     return std::strcmp(entry.szKey, szKey) == 0 ? entry.nValue : -1;
 }
 
-// Adds a key to the entry of its hash. False without memory: nothing has changed. Not inlined: most
-// keys have a hash of their own.
-[[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey,
-                                  int32_t nValue) {
+// Adds a key to the entry of its hash. Returns the group that it is in then, NULL without memory:
+// nothing has changed.
+KeyGroup *addToGroups(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue) {
     if (pEntry->nValue == kIsGroup) { return addKey(&pEntry->pGroups, szKey, nValue); }
     KeyGroup *pGroups = nullptr;
-    if (!addKey(&pGroups, pEntry->szKey, pEntry->nValue)) { return false; }
-    if (!addKey(&pGroups, szKey, nValue)) {
+    if (addKey(&pGroups, pEntry->szKey, pEntry->nValue) == nullptr) { return nullptr; }
+    KeyGroup *pGroup = addKey(&pGroups, szKey, nValue);
+    if (pGroup == nullptr) {
         destroyGroups(pGroups);
-        return false;
+        return nullptr;
     }
     pEntry->pGroups = pGroups;
     pEntry->nValue = kIsGroup;
     ++pMap->nGroups;
-    return true;
+    return pGroup;
+}
+
+// The same, given the lowest value under the key so far, -1 for none: of the two values the higher
+// repeats the other from now on. Not inlined: most keys have a hash of their own.
+[[gnu::noinline]] bool addToEntry(StringMap *pMap, Entry *pEntry, const char *szKey, int32_t nValue,
+                                  int32_t nExisting) {
+    const int32_t nRepeat = std::max(nValue, nExisting);
+    if (nExisting >= 0 && !reserveRepeat(&pMap->repeats, nRepeat)) { return false; }
+    const KeyGroup *pGroup = addToGroups(pMap, pEntry, szKey, nValue);
+    if (nExisting >= 0) {
+        pGroup != nullptr ? addRepeat(&pMap->repeats, nRepeat, pGroup)
+                          : removeRepeat(&pMap->repeats, nRepeat);
+    }
+    return pGroup != nullptr;
 }
 
 // Removes a key from an entry that holds several; the last one left becomes the entry's own key.
 // False if no key is equal.
 bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
-    if (!removeKey(&pEntry->pGroups, szKey)) { return false; }
+    int32_t nRepeat = -1;
+    if (!removeKey(&pEntry->pGroups, szKey, &nRepeat)) { return false; }
+    if (nRepeat >= 0) { removeRepeat(&pMap->repeats, nRepeat); }
     KeyGroup *pGroups = pEntry->pGroups;
     if (hasOneKey(pGroups, &pEntry->szKey, &pEntry->nValue)) {
         destroyGroups(pGroups);
@@ -87,7 +105,7 @@ bool removeFromGroups(StringMap *pMap, Entry *pEntry, const char *szKey) {
     Entry *pEntry = findEntry(pMap->table, hash);
     if (pEntry != nullptr) {  // an equal key, or one that the hash does not tell apart
         const int32_t nExisting = valueIn(*pEntry, szKey);
-        if (!addToEntry(pMap, pEntry, szKey, nValue)) { return false; }
+        if (!addToEntry(pMap, pEntry, szKey, nValue, nExisting)) { return false; }
         *pnExisting = nExisting;
     } else {  // a new hash after all, or no room, which is made only now that it is needed
         if (pMap->table.nRoom == 0 && !growTable(&pMap->table)) { return false; }
@@ -218,11 +236,20 @@ void findChunk(const StringMap &map, KeyChunk *pChunk, int32_t *pnValues) {
     }
 }
 
-// Returns how many keys are done, fewer than all without memory. Entries are not looked up before:
+// Whether so many keys repeat others that it pays to prefetch texts, which new keys do not read.
+bool manyRepeat(const StringMap &map) {
+    return map.nGroups > map.table.nUsed / 64;
+}
+
+// Returns how many keys are done, fewer than all without memory. Entries found before are not kept:
 // keys inserted meanwhile can move them or bring their hash, and a new key mostly just writes to
 // the line that was prefetched.
 int32_t insertChunk(StringMap *pMap, KeyChunk *pChunk, int32_t nFirstValue, int32_t *pnExisting) {
     startSearches(*pMap, pChunk);
+    if (manyRepeat(*pMap)) {
+        prefetchLikelyEntries(*pMap, pChunk);
+        findEntriesAndPrefetchTexts(*pMap, pChunk);
+    }
     for (int32_t k = 0; k < pChunk->nKeys; ++k) {
         const char *szKey = pChunk->ppKeys[k];
         if (szKey == nullptr) {
@@ -246,6 +273,7 @@ void releaseMap(HostHashMap *pMap) {
         }
     }
     freeTable(&map.table);
+    freeRepeats(&map.repeats);
     HostMem_Free(&map, kHashSourceTag, __LINE__);
 }
 
@@ -260,7 +288,7 @@ HostHashMap *HostHashMap_Create(const HostHashMapKeyKind * /*pKeyKind*/, int64_t
     StringMap *pMap =
         static_cast<StringMap *>(HostMem_AllocRecord(sizeof(StringMap), kHashSourceTag, __LINE__));
     if (pMap == nullptr) { return nullptr; }
-    *pMap = {{&kMapOps, 0}, &processSecret(), emptyTable(), 0};
+    *pMap = {{&kMapOps, 0}, &processSecret(), emptyTable(), 0, {nullptr, 0, 0}};
     if (nExpected > 0 && !reserveTable(&pMap->table, nExpected)) {
         releaseMap(&pMap->host);
         return nullptr;
@@ -295,4 +323,11 @@ int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int
         if (nInserted < chunk.nKeys) { break; }  // no memory
     }
     return nDone;
+}
+
+int32_t HostHashMap_NextRepeated(HostHashMap *pMap, int32_t nFirst, int32_t *pnLowest) {
+    const KeyGroup *pGroup = nullptr;
+    const int32_t nRepeat = nextRepeat(stringMap(pMap).repeats, nFirst, &pGroup);
+    if (nRepeat >= 0) { *pnLowest = lowestValue(*pGroup); }
+    return nRepeat;
 }

@@ -84,14 +84,16 @@ static inline void HostHashMap_Release(HostHashMap *pMap) {
     pMap->pOps->pfnRelease(pMap);
 }
 
-/** @name Lists of keys
- * A host need not offer these functions. They do what the functions above do for each key in turn,
- * but can let the waits for memory of many keys overlap. The module goes key by key where
- * HOST_HASH_MAP_HAS_LISTS is not defined. A host that takes this header as it is but does not offer
- * them has the module compiled with HOST_HASH_MAP_NO_LISTS defined.
+/** @name Lists of keys, repeated keys
+ * A host need not offer these functions. The lists do what the functions above do for each key in
+ * turn, but can let the waits for memory of many keys overlap. The module goes key by key where
+ * HOST_HASH_MAP_HAS_LISTS, or HOST_HASH_MAP_HAS_REPEATS for repeated keys, is not defined. A host
+ * that takes this header as it is but does not offer them has the module compiled with
+ * HOST_HASH_MAP_NO_LISTS defined.
  * @{ */
 #ifndef HOST_HASH_MAP_NO_LISTS
 #define HOST_HASH_MAP_HAS_LISTS 1
+#define HOST_HASH_MAP_HAS_REPEATS 1
 
 /** Sets pnValues[k], for each of the nKeys keys, to what HostHashMap_Find() returns for ppKeys[k],
  * or to -1 if ppKeys[k] is NULL. */
@@ -107,6 +109,11 @@ void HostHashMap_FindList(HostHashMap *pMap, const char *const *ppKeys, int64_t 
  * are not, and the rest of pnExisting is untouched. */
 int64_t HostHashMap_InsertList(HostHashMap *pMap, const char *const *ppKeys, int64_t nKeys,
                                int32_t nFirstValue, int32_t *pnExisting);
+
+/** In a map that holds no value twice: the lowest value, at least nFirst, that is held under a key
+ * under which a lower value is held, too, and the lowest of these in *pnLowest. Returns -1, with
+ * *pnLowest untouched, if there is none. nFirst is at least 0. */
+int32_t HostHashMap_NextRepeated(HostHashMap *pMap, int32_t nFirst, int32_t *pnLowest);
 
 #endif
 /** @} */

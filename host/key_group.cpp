@@ -231,37 +231,44 @@ void destroyGroups(KeyGroup *pGroups) {
     freeTree(kByText, &pGroups->inTexts);
 }
 
-bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue) {
+KeyGroup *addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue) {
     KeyNode *pNew = static_cast<KeyNode *>(allocNode(sizeof(KeyNode)));
     KeyGroup *pGroup = *ppGroups != nullptr ? findGroup(*ppGroups, szKey) : nullptr;
     if (pNew != nullptr && pGroup == nullptr) { pGroup = addGroup(ppGroups, szKey); }
     if (pNew == nullptr || pGroup == nullptr) {
         freeNode(pNew);
-        return false;
+        return nullptr;
     }
     *pNew = makeNode(pNew, szKey, nValue);
     addToGroup(pGroup, pNew);
     pGroup->inTexts.nValue = pGroup->pKeys->nLowest;
-    return true;
+    return pGroup;
 }
 
 const char *anyText(const KeyGroup *pGroups) {
     return pGroups->inTexts.szKey;
 }
 
-int32_t lowestValue(KeyGroup *pGroups, const char *szKey) {
-    const KeyGroup *pGroup = findGroup(pGroups, szKey);
-    return pGroup != nullptr ? pGroup->inTexts.nValue : -1;
+int32_t lowestValue(const KeyGroup &group) {
+    return group.inTexts.nValue;
 }
 
-bool removeKey(KeyGroup **ppGroups, const char *szKey) {
+int32_t lowestValue(KeyGroup *pGroups, const char *szKey) {
+    const KeyGroup *pGroup = findGroup(pGroups, szKey);
+    return pGroup != nullptr ? lowestValue(*pGroup) : -1;
+}
+
+bool removeKey(KeyGroup **ppGroups, const char *szKey, int32_t *pnRepeat) {
     KeyGroup *pGroup = findGroup(*ppGroups, szKey);
     if (pGroup == nullptr) { return false; }
     KeyNode *pOld = findAddress(*pGroup, szKey);
     pOld = pOld != nullptr ? pOld : findLowest(*pGroup);
+    const int32_t nOld = pOld->nValue;
     removeFromGroup(pGroup, pOld);
     freeNode(pOld);
+    *pnRepeat = -1;
     if (pGroup->pKeys != nullptr) {  // the text removed may be gone soon: order by one that stays
+        *pnRepeat = std::max(nOld, pGroup->pKeys->nLowest);
         pGroup->inTexts.szKey = pGroup->pKeys->szKey;
         pGroup->inTexts.nValue = pGroup->pKeys->nLowest;
     } else {

@@ -16,18 +16,22 @@ struct KeyGroup;
 // Does not read the texts of the keys.
 void destroyGroups(KeyGroup *pGroups);
 
-// False without memory: nothing has changed.
-bool addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue);
+// Returns the group that the key was added to, NULL without memory: nothing has changed.
+KeyGroup *addKey(KeyGroup **ppGroups, const char *szKey, int32_t nValue);
 
 // A text that one of the keys has.
 const char *anyText(const KeyGroup *pGroups);
+
+// The lowest value of a group.
+int32_t lowestValue(const KeyGroup &group);
 
 // The lowest value under a text, -1 if there is none.
 int32_t lowestValue(KeyGroup *pGroups, const char *szKey);
 
 // Removes a key of this very address, of several the one with the lowest value; if there is none,
-// the key with the lowest value under an equal text. False if no text is equal.
-bool removeKey(KeyGroup **ppGroups, const char *szKey);
+// the key with the lowest value under an equal text. False if no text is equal. *pnRepeat: the value
+// that no longer repeats a lower one, which is the one removed or the new lowest; -1 for none.
+bool removeKey(KeyGroup **ppGroups, const char *szKey, int32_t *pnRepeat);
 
 // True if a single key is left: then it and its value.
 bool hasOneKey(const KeyGroup *pGroups, const char **pszKey, int32_t *pnValue);

@@ -178,11 +178,14 @@ void copyCut(char *pBuffer, int32_t nBufferSize, const char *szText) {
     }
 }
 
-// Looks for the first of the names from index first on that is held at a lower index, too. More and
-// more names are looked up at once, so that the way to a near one is short.
+// Looks for the first of the names from index first on that is held at a lower index, too. Where
+// the map does not know, more and more names are looked up at once, so that the way to a near one
+// is short.
 int32_t findRepeated(NamesManager *mgr, int32_t first, int32_t *piEarlier) {
     NameLookupIndex *pIndex = currentIndex(mgr);
     if (pIndex == nullptr) { return -1; }
+    int32_t iRepeated = -1;
+    if (findNextRepeated(pIndex, first, &iRepeated, piEarlier)) { return iRepeated; }
     const char *apNames[kCheckedChunk];
     int32_t aFound[kCheckedChunk];
     NameReader reader = startReading(mgr, {first, mgr->nNames - 1});

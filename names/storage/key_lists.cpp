@@ -31,4 +31,15 @@ int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, 
 #endif
 }
 
+bool findNextRepeated(HostHashMap *pMap, int32_t nFirst, int32_t *pnRepeated, int32_t *pnLowest) {
+#ifdef HOST_HASH_MAP_HAS_REPEATS
+    *pnRepeated = HostHashMap_NextRepeated(pMap, nFirst, pnLowest);
+    return true;
+#else
+    static_cast<void>(pMap), static_cast<void>(nFirst);
+    static_cast<void>(pnRepeated), static_cast<void>(pnLowest);
+    return false;
+#endif
+}
+
 }  // namespace names

@@ -1,4 +1,4 @@
-// Many keys of a hash map at once, on hosts that offer lists of keys, else key by key.
+// What a host's hash map may offer: many keys at once, else they go key by key; repeated keys.
 #ifndef NAMES_STORAGE_KEY_LISTS_HPP
 #define NAMES_STORAGE_KEY_LISTS_HPP
 
@@ -16,6 +16,9 @@ void findKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32
 // may be NULL. How many keys are done: all, or those before the first that could not be inserted.
 int32_t insertKeys(HostHashMap *pMap, const char *const *ppKeys, int32_t nKeys, int32_t nFirstValue,
                    int32_t *pnExisting);
+
+// HostHashMap_NextRepeated. False on hosts that do not offer it: nothing is written then.
+bool findNextRepeated(HostHashMap *pMap, int32_t nFirst, int32_t *pnRepeated, int32_t *pnLowest);
 
 }  // namespace names
 
