@@ -29,8 +29,9 @@ int32_t lowestValue(const KeyGroup &group);
 int32_t lowestValue(KeyGroup *pGroups, const char *szKey);
 
 // Removes a key of this very address, of several the one with the lowest value; if there is none,
-// the key with the lowest value under an equal text. False if no text is equal. *pnRepeat: the value
-// that no longer repeats a lower one, which is the one removed or the new lowest; -1 for none.
+// the key with the lowest value under an equal text. False if no text is equal. *pnRepeat: the
+// value that no longer repeats a lower one, which is the one removed or the new lowest; -1 for
+// none.
 bool removeKey(KeyGroup **ppGroups, const char *szKey, int32_t *pnRepeat);
 
 // True if a single key is left: then it and its value.
