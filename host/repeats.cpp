@@ -15,6 +15,7 @@ constexpr int32_t kPageWords = kPageValues / kWordBits;
 struct RepeatPage {
     uint64_t aBits[kPageWords];
     uint16_t aBefore[kPageWords];
+    int32_t nWords;  // those from here on never had a value; aBefore is not set there
     int32_t nUsed;
     int32_t nRoom;  // for groups, which follow the page
 };
@@ -35,7 +36,7 @@ const KeyGroup **groupsOf(RepeatPage *pPage) {
     return reinterpret_cast<const KeyGroup **>(pPage + 1);
 }
 
-// How many values the page has before this one.
+// How many values the page has before this one, whose word is among its nWords.
 int32_t rankOf(const RepeatPage &page, int32_t iValue) {
     const int32_t iWord = iValue / kWordBits;
     return page.aBefore[iWord] + std::popcount(page.aBits[iWord] & (bitOf(iValue) - 1));
@@ -47,7 +48,7 @@ void flip(RepeatPage *pPage, int32_t iValue, bool bAdds) {
     const auto nChange = static_cast<uint16_t>(bAdds ? 1 : -1);
     pPage->aBits[iWord] ^= bitOf(iValue);
     pPage->nUsed += bAdds ? 1 : -1;
-    for (int32_t i = iWord + 1; i < kPageWords; ++i) {
+    for (int32_t i = iWord + 1; i < pPage->nWords; ++i) {
         pPage->aBefore[i] = static_cast<uint16_t>(pPage->aBefore[i] + nChange);
     }
 }
@@ -55,7 +56,7 @@ void flip(RepeatPage *pPage, int32_t iValue, bool bAdds) {
 // The lowest value of the page that is at least iFirst; kPageValues if there is none.
 int32_t nextInPage(const RepeatPage &page, int32_t iFirst) {
     uint64_t nWanted = ~(bitOf(iFirst) - 1);
-    for (int32_t iWord = iFirst / kWordBits; iWord < kPageWords; ++iWord) {
+    for (int32_t iWord = iFirst / kWordBits; iWord < page.nWords; ++iWord) {
         const uint64_t nBits = page.aBits[iWord] & nWanted;
         if (nBits != 0) { return iWord * kWordBits + std::countr_zero(nBits); }
         nWanted = ~uint64_t{0};
@@ -119,6 +120,9 @@ void addRepeat(Repeats *pRepeats, int32_t nValue, const KeyGroup *pGroup) {
     RepeatPage *pPage = pRepeats->ppPages[nValue / kPageValues];
     const int32_t iValue = nValue % kPageValues;
     if (hasValue(*pPage, iValue)) { return; }
+    while (pPage->nWords <= iValue / kWordBits) {
+        pPage->aBefore[pPage->nWords++] = static_cast<uint16_t>(pPage->nUsed);
+    }
     const KeyGroup **ppEnd = groupsOf(pPage) + pPage->nUsed;
     const KeyGroup **ppGroup = groupsOf(pPage) + rankOf(*pPage, iValue);
     std::copy_backward(ppGroup, ppEnd, ppEnd + 1);
