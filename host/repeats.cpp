@@ -71,7 +71,7 @@ bool reachPage(Repeats *pRepeats, int32_t iPage) {
     if (iPage < pRepeats->nPages) { return true; }
     const int32_t nPages = std::max(iPage + 1, 2 * pRepeats->nPages);
     auto *ppPages = static_cast<RepeatPage **>(
-        HostMem_Realloc(pRepeats->ppPages, static_cast<uint64_t>(nPages) * sizeof(RepeatPage *),
+        HostMem_Realloc(pRepeats->ppPages, static_cast<uint64_t>(nPages) * sizeof(void *),
                         kHashSourceTag, __LINE__));
     if (ppPages == nullptr) { return false; }
     std::fill(ppPages + pRepeats->nPages, ppPages + nPages, nullptr);
@@ -85,9 +85,9 @@ bool growPage(Repeats *pRepeats, RepeatPage **ppPage) {
     const bool bNew = *ppPage == nullptr;
     if (!bNew && (*ppPage)->nUsed < (*ppPage)->nRoom) { return true; }
     const int32_t nRoom = bNew ? 8 : 2 * (*ppPage)->nRoom;
-    auto *pPage = static_cast<RepeatPage *>(HostMem_Realloc(
-        *ppPage, sizeof(RepeatPage) + static_cast<uint64_t>(nRoom) * sizeof(KeyGroup *),
-        kHashSourceTag, __LINE__));
+    auto *pPage = static_cast<RepeatPage *>(
+        HostMem_Realloc(*ppPage, sizeof(RepeatPage) + static_cast<uint64_t>(nRoom) * sizeof(void *),
+                        kHashSourceTag, __LINE__));
     if (pPage == nullptr) { return false; }
     if (bNew) {
         *pPage = {};
