@@ -61,9 +61,9 @@ bool playShort(size_t iKind, uint32_t nSeed, const Shortage &shortage) {
 }
 
 TEST(Failure, OfAnyAllocationLeavesWhatTheContractSays) {
-    constexpr uint32_t nSeeds = kMaxSegmentNames < 10 ? 120 : 40;
+    constexpr uint32_t kSeeds = kMaxSegmentNames < 10 ? 120 : 40;
     for (size_t iKind = 0; iKind < std::size(kKinds); ++iKind) {
-        for (uint32_t nSeed = 0; nSeed < nSeeds && !HasFailure(); ++nSeed) {
+        for (uint32_t nSeed = 0; nSeed < kSeeds && !HasFailure(); ++nSeed) {
             playShort(iKind, nSeed, {0, false, true});
             for (const bool bFromThereOn : {false, true}) {
                 // Late ones are much like those before them.

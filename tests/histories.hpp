@@ -72,8 +72,8 @@ struct Call {
     std::ostream *pLog;  // or NULL
     NamesManager *pReal = mine.pReal;
     Record &twin = mine.twin;
-    std::string wrong = "";   // answers and locks
-    std::string broken = "";  // what is wrong even where memory runs short
+    std::string wrong = {};   // answers and locks
+    std::string broken = {};  // what is wrong even where memory runs short
     bool bTooLong = false;    // a name is, which may be seen only after others were stored
     bool bRefused = false;    // the twin's status is not 0
 
