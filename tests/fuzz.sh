@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# fuzz.sh MINUTES: builds the fuzz targets with clang and runs each for so long (0.25: for 15
+# fuzz.sh MINUTES: builds the fuzz targets with clang and runs both at once for so long (0.25: for 15
 # seconds), starting from tests/fuzz/corpus and the saved images. What was found worth keeping stays
 # in build/fuzz/corpus and is where the next run starts, too; an input that fails is left in
 # build/fuzz. Says how many functions of names/ the inputs reach.
@@ -30,5 +30,12 @@ run() { # TARGET LONGEST-INPUT [INPUTS | OPTION]...
          END { print "functions reached:", nReached, "of", nAll }' "build/fuzz/$target.coverage"
     grep -E "^(stat::(number_of_executed_units|peak_rss_mb)|Done)" "build/fuzz/$target.log"
 }
-run load_fuzz 500 tests/images/little_endian -dict=tests/fuzz/load_fuzz.dict
-run operations_fuzz 122
+run load_fuzz 500 tests/images/little_endian -dict=tests/fuzz/load_fuzz.dict \
+    >build/fuzz/load_fuzz.summary &
+first=$!
+run operations_fuzz 122 >build/fuzz/operations_fuzz.summary &
+bad=0
+wait $first || bad=1
+wait $! || bad=1
+cat build/fuzz/{load,operations}_fuzz.summary
+exit $bad

@@ -53,6 +53,7 @@ struct Habits {
     int32_t nStray;     // chance of an argument outside the contract
     int32_t nShort;     // chance that memory runs short
     int32_t nAudited;   // chance that a manager is audited after an operation; both are at the end
+    bool bHuge = true;  // whether long names may take a block of their own
 };
 
 template <typename Numbers>
@@ -130,8 +131,9 @@ struct Call {
             return start + std::to_string(pick(1, nDistinct > 0 ? nDistinct : twin.nNames() + 5));
         }
         if (chance(habits.nLong) && twin.nNames() < 300) {
-            const int32_t nAbout = pick({kLocalTextBytes, kFirstBlockBytes, kNewBlockBytes,
-                                         kNewBlockBytes / 2, kMaxNameBytes});
+            static constexpr int32_t kSizes[] = {kLocalTextBytes, kFirstBlockBytes,
+                                                 kNewBlockBytes / 2, kNewBlockBytes, kMaxNameBytes};
+            const int32_t nAbout = kSizes[pick(0, habits.bHuge ? 4 : 2)];
             return std::string(size_t(nAbout + pick(-2, 1)), 'L');
         }
         std::string made = iName < twin.nNames() && chance(128) ? twin.name(iName) : "";

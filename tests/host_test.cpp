@@ -169,7 +169,8 @@ void note(void *pContext, uint64_t nSourceTag, int32_t nLine, int32_t nCode, con
 
 TEST(Report, TellsAllOfItToHandlersOrOnStandardError) {
     std::ostringstream told;
-    const HostReportHandlers handlers = {&told, note, note}, none = {}, *pBefore = nullptr;
+    const HostReportHandlers handlers = {&told, note, note}, none = {}, *pBefore = nullptr,
+                             *pOfTests = Host_SetReportHandlers(nullptr);
     testing::internal::CaptureStderr();
     for (const HostReportHandlers *pHandlers : {&none, pBefore, &handlers}) {
         EXPECT_EQ(std::exchange(pBefore, pHandlers), Host_SetReportHandlers(pHandlers));
@@ -188,7 +189,7 @@ TEST(Report, TellsAllOfItToHandlersOrOnStandardError) {
     EXPECT_EQ(onStandardError + onStandardError, testing::internal::GetCapturedStderr());
     Host_ReportAssertion(1, 1, 1, "%2000d", 1);
     EXPECT_EQ(toHandlers.size() + 7 + 1023, told.str().size());
-    Host_SetReportHandlers(nullptr);
+    Host_SetReportHandlers(pOfTests);
 }
 
 TEST(Memory, KeepsItsContentAndRefusesTheImpossible) {

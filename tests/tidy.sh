@@ -14,15 +14,18 @@ cp tests/.clang-tidy build/tidy/tests
 # Where the analyser follows calls into these it assumes records that cannot be: alone it does not.
 # The tests that are alone declare again what others have.
 alone=(names/{audit,own_names,self_check}.cpp names/storage/{longest,reading}.cpp
-       bench/*.cpp tests/{lock_stress,counted_host/counted_memory,fuzz/load_fuzz}.cpp)
+       bench/{lock_bench,names_bench,path_counts}.cpp
+       tests/{lock_stress,counted_host/counted_memory,fuzz/load_fuzz}.cpp)
 mapfile -t names < <(printf '%s\n' names/*.cpp names/storage/*.cpp |
                      grep -vxF "$(printf '%s\n' "${alone[@]}")")
 join names "${names[@]}"
 join tools tools/*.cpp
+mapfile -t bench < <(ls bench/*.cpp | grep -vxF "$(printf '%s\n' "${alone[@]}")")
+join bench "${bench[@]}"
 join host host/*.cpp files/*.cpp
 mapfile -t tests < <(ls tests/*_test.cpp tests/fuzz/operations_fuzz.cpp)
 join tests/tests "${tests[@]}"
-printf '%s\0' build/tidy/{tests/tests,tools,names,host}.cpp "${alone[@]}" |
+printf '%s\0' build/tidy/{tests/tests,tools,bench,names,host}.cpp "${alone[@]}" |
     xargs -0 -I{} --max-procs="$(nproc)" clang-tidy --quiet {} -- -std=c++20 -I. -Wall -Wextra \
         -DNAMES_VERSION='"0"' -DNAMES_TEST_IMAGES='""' 2>&1 |
     sed '/ warnings\? generated\.$/d'
