@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test: optimised, then under AddressSanitizer and
-# UndefinedBehaviorSanitizer. Then the threads' tests under ThreadSanitizer, and each fuzz target
-# for some seconds.
+# Installs what is missing, builds, and runs every test: optimised by gcc, then by clang under
+# AddressSanitizer and UndefinedBehaviorSanitizer. Then the threads' tests under ThreadSanitizer, and
+# each fuzz target for some seconds. All warnings of both compilers are errors.
 set -euo pipefail
 cd "$(dirname "$0")"
 
-cmake/install_packages.sh
+cmake/install_packages.sh clang libclang-rt-14-dev
 for preset in release asan; do
     echo "== $preset"
     cmake --preset "$preset" >/dev/null

@@ -20,7 +20,7 @@ base=$(git rev-parse --verify --quiet origin/main || git rev-parse HEAD~1)
 mapfile -t files < <(git diff --name-only "$base" -- {names,host,files}/'*.[ch]pp')
 (($#)) && files=("$@")
 tests=(tiny_history_test history_test foreign_history_test foreign_tiny_history_test unit_test
-       image_test hash_map_test)
+       image_test text_walk_test hash_map_test)
 
 copy=build/mutants sanitizers="-fsanitize=address,undefined -fno-sanitize-recover=all"
 export ASAN_OPTIONS=allocator_may_return_null=1:max_allocation_size_mb=256

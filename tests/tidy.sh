@@ -27,5 +27,5 @@ mapfile -t tests < <(ls tests/*_test.cpp tests/fuzz/operations_fuzz.cpp)
 join tests/tests "${tests[@]}"
 printf '%s\0' build/tidy/{tests/tests,tools,bench,names,host}.cpp "${alone[@]}" |
     xargs -0 -I{} --max-procs="$(nproc)" clang-tidy --quiet {} -- -std=c++20 -I. -Wall -Wextra \
-        -DNAMES_VERSION='"0"' -DNAMES_TEST_IMAGES='""' 2>&1 |
+        -Wpedantic -Wconversion -Wshadow -DNAMES_VERSION='"0"' -DNAMES_TEST_IMAGES='""' 2>&1 |
     sed '/ warnings\? generated\.$/d'

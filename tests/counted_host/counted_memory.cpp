@@ -19,8 +19,8 @@
 namespace {
 
 constexpr uint64_t kMarked = 64 * 1024;  // bytes of an allocation that are overwritten at most
-#if defined(__SANITIZE_ADDRESS__)
-constexpr uint64_t kFence = 0;  // the sanitizer has its own
+#ifdef MEMORY_IS_WATCHED
+constexpr uint64_t kFence = 0;
 #else
 constexpr uint64_t kFence = 8;
 #endif

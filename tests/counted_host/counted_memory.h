@@ -7,6 +7,15 @@
 
 #include "host/host_memory.h"
 
+// A sanitizer keeps books on memory, even on what nobody touches, and fences allocations itself.
+#if defined(__SANITIZE_ADDRESS__)
+#define MEMORY_IS_WATCHED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define MEMORY_IS_WATCHED
+#endif
+#endif
+
 // Makes the nCountdown-th call from now (1: the next one) that allocates or resizes fail, and every
 // later one too when bFromThereOn is non-zero. 0 lets every call through again.
 void HostMem_FailAt(int64_t nCountdown, int32_t bFromThereOn);
