@@ -1,5 +1,6 @@
-// Every version of the walk from name to name finds the starts that the names were written at. The
-// source is included, so that each version can be called whatever this processor has.
+// Every version of the walk from name to name finds the starts that the names were written at, and
+// none reads beyond the memory. The source is included, so that each version can be called whatever
+// this processor has.
 #include "names/storage/text_walk.cpp"  // NOLINT(bugprone-suspicious-include)
 
 #include <gtest/gtest.h>
@@ -39,6 +40,10 @@ TEST(TextWalk, FindsTheSameStartsInEveryVersion) {
         const names::TextSpan text = {pText, pText + starts.back(), pText + memory.size()};
         const int32_t nWanted = static_cast<int32_t>(random() % 128),
                       nFound = std::min(nNames, nWanted);
+        for (size_t k = 1; k < starts.size(); ++k) {
+            const char *pName = pText + starts[k - 1];
+            ASSERT_EQ(pText + starts[k] - pName, names::lengthOfName(pName, text.pMemoryEnd) + 1);
+        }
         starts.resize(static_cast<size_t>(nFound) + 1);
         for (const Walk walk : versions()) {
             std::vector<int32_t> found(static_cast<size_t>(names::roomForStarts(nWanted)), -1);
