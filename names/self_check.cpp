@@ -373,6 +373,8 @@ void copying(Check &c) {
     c.done(NamesManager_GetNamePointers(c.mgr, 0, 2, 0, aOwn)).holds("name 11|9|42|");
     std::swap(aOwn[0], aOwn[2]);
     c.done(NamesManager_AddNames(c.mgr, 0, 2, 0, aOwn)).holds("42|9|name 11|");
+    c.swap().holds("0..9|name 11|").done(NamesManager_Copy(c.other, c.mgr)).swap();
+    c.remove(1, 10).done(NamesManager_GenerateNames(c.mgr, 2)).holds("0|name 11|");
 }
 
 void saving(Check &c) {
