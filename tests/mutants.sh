@@ -20,7 +20,8 @@ base=$(git rev-parse --verify --quiet origin/main || git rev-parse HEAD~1)
 mapfile -t files < <(git diff --name-only "$base" -- {names,host,files}/'*.[ch]pp')
 (($#)) && files=("$@")
 tests=(tiny_history_test history_test foreign_history_test foreign_tiny_history_test unit_test
-       image_test text_walk_test hash_map_test)
+       image_test text_walk_test hash_map_test thread_test no_futex_thread_test lock_stress
+       no_futex_lock_stress)
 
 copy=build/mutants sanitizers="-fsanitize=address,undefined -fno-sanitize-recover=all"
 export ASAN_OPTIONS=allocator_may_return_null=1:max_allocation_size_mb=256
