@@ -120,7 +120,7 @@ TEST(Stream, GivesDescriptorsBack) {
 TEST(Stream, ReportsAFullDeviceAndLackOfMemory) {
     HostOutputStream *pFull = HostOutputStream_CreateForFile("/dev/full");
     ASSERT_NE(nullptr, pFull);
-    EXPECT_EQ(0, HostStream_Write(pFull, "abc", 3));  // buffered
+    EXPECT_EQ(0, HostStream_Write(pFull, "a", 1));  // buffered
     EXPECT_EQ(HostStreamError_IO, HostOutputStream_Close(pFull, 1));
     pFull = HostOutputStream_CreateForFile("/dev/full");
     const std::string large(100000, 'x');
