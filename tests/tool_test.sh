@@ -281,6 +281,7 @@ expect 0 '^names_tool [0-9]+\.[0-9]+\.[0-9]+$' --version
 for command in import export find diff show check self-check; do
     expect 0 "^  names_tool $command|\\| names_tool $command" "$command" --help
 done
+expect 0 '^self-check: passed$' self-check
 expect 0 '^  -h, --help  ' check --help
 expect 0 'no checksum' check --help
 expect 2 "^names_tool: unknown command 'exprot' \(names_tool --help tells more\)\$" exprot
